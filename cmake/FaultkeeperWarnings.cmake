@@ -1,0 +1,6 @@
+# Warnings are errors for developers, never for users, whose compilers may be newer than ours.
+# Included before any target of ours is made.
+
+if(FAULTKEEPER_DEVELOPER_MODE)
+    add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+endif()

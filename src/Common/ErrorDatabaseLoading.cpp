@@ -1,0 +1,147 @@
+#include <Faultkeeper/ErrorDatabase.h>
+
+#include "Common/ConfigurationRules.h"
+#include "Common/Numbers.h"
+#include "Common/XmlAttributes.h"
+
+#include <Core/IO/XMLDocument.h>
+#include <Core/IO/XMLNode.h>
+
+#include <string>
+
+namespace Faultkeeper
+{
+
+using namespace ConfigurationRules;
+
+namespace
+{
+/// The list of modules in a configuration document, or null.
+const Core::IO::XMLNode* FindErrorList(const Core::IO::XMLDocument& document)
+{
+    const Core::IO::XMLNode* const top = document.RootNode().Child("Faultkeeper");
+    return top == nullptr ? nullptr : top->Child("ErrorList");
+}
+
+void SetText(CError& newError, const Core::IO::XMLNode& textNode)
+{
+    const std::string& textType = Attribute(textNode, "type");
+    const std::string& textContent = Attribute(textNode, "text");
+    Require(!textType.empty(), kTextHasType);
+    Require(!textContent.empty(), kTextHasContent);
+    if (textType == "problem")
+        newError.ProblemText(textContent);
+    else if (textType == "solution")
+        newError.SolutionText(textContent);
+    else if (textType == "shortProblem")
+        newError.ShortProblemText(textContent);
+    else if (textType == "title")
+        newError.TitleText(textContent);
+}
+
+/// Reads what stands below an "Error" element into the error.
+/// @return the last "TriggerSets" element, or null
+const Core::IO::XMLNode* ReadErrorChildren(CError& newError, const Core::IO::XMLNode& errorNode)
+{
+    const Core::IO::XMLNode* triggerSets = nullptr;
+    for (const Core::IO::XMLNode& node : errorNode.Children())
+    {
+        if (node.Name() == "TriggerSets")
+        {
+            triggerSets = &node;
+        }
+        else if (node.Name() != "ServiceDescription") // notes for technicians, not shown on the console
+        {
+            Require(node.Name() == "Text", kErrorHoldsTexts);
+            SetText(newError, node);
+        }
+    }
+    return triggerSets;
+}
+} // namespace
+
+CErrorDatabase::CErrorDatabase(const std::string& directory)
+    : m_directory(directory), m_reserved(false), m_loaded(false), m_callback(nullptr)
+{
+    Core::IO::XMLDocument document(false);
+    document.Parse(m_directory + "FaultkeeperConfig.xml"); // a failed parse leaves nothing to be found below
+    const Core::IO::XMLNode* const errorList = FindErrorList(document);
+    if (errorList == nullptr)
+        return;
+    for (const Core::IO::XMLNode& moduleNode : errorList->Children())
+    {
+        Require(moduleNode.Name() == "Module", kListHoldsModules);
+        const EModuleIdentifier moduleId = TranslateModuleId(Attribute(moduleNode, "identifier"));
+        Require(moduleId != emiUnknown, kModuleIsKnown);
+        LoadModule(moduleId, m_directory + Attribute(moduleNode, "file"));
+    }
+    // Only now is the error list complete, so that triggers may name errors of later modules and pointers into
+    // the list stay valid.
+    for (const auto& pending : m_pendingTriggerSets)
+        LoadTriggerSet(m_errors[static_cast<std::size_t>(pending.first)], *pending.second);
+    BuildHierarchy();
+    m_loaded = true;
+}
+
+void CErrorDatabase::LoadModule(EModuleIdentifier moduleId, const std::string& path)
+{
+    m_documents.push_back(std::make_unique<Core::IO::XMLDocument>(false));
+    Core::IO::XMLDocument& document = *m_documents.back();
+    document.Parse(path);
+    const Core::IO::XMLNode* const module = document.RootNode().Child("Module");
+    if (module == nullptr)
+        return;
+    for (const Core::IO::XMLNode& subModuleNode : module->Children())
+    {
+        Require(subModuleNode.Name() == "SubModule", kModuleHoldsSubModules);
+        const ESubModuleIdentifier subModuleId = TranslateSubModuleId(Attribute(subModuleNode, "identifier"));
+        Require(subModuleId != esmiUnknown, kSubModuleIsKnown);
+        LoadSubModule(moduleId, subModuleId, subModuleNode);
+    }
+}
+
+void CErrorDatabase::LoadSubModule(EModuleIdentifier moduleId, ESubModuleIdentifier subModuleId,
+                                   const Core::IO::XMLNode& subModuleNode)
+{
+    for (const Core::IO::XMLNode& problemNode : subModuleNode.Children())
+    {
+        Require(problemNode.Name() == "Problem", kSubModuleHoldsProblems);
+        const EProblemIdentifier problemId = TranslateProblemId(Attribute(problemNode, "identifier"));
+        Require(problemId != epiUnknown, kProblemIsKnown);
+        for (const Core::IO::XMLNode& errorNode : problemNode.Children())
+        {
+            Require(errorNode.Name() == "Error", kProblemHoldsErrors);
+            const std::string& errorIdentifier = Attribute(errorNode, "identifier");
+            Require(!errorIdentifier.empty(), kErrorHasIdentifier);
+            const EProblemType problemType = TranslateProblemType(errorIdentifier);
+            const EErrorSeverity errorSeverity = TranslateSeverity(Attribute(errorNode, "severity"));
+            Require(errorSeverity != eesUnknown, kSeverityIsKnown);
+            LoadError(moduleId, subModuleId, problemId, problemType, errorSeverity, errorNode,
+                      Flag(errorNode, "visible"), Flag(errorNode, "fullScreen"),
+                      Flag(errorNode, "forceShutdown"), Flag(errorNode, "includeServiceNumber"),
+                      Flag(errorNode, "shouldBeep"), Flag(errorNode, "shouldBeepIfGuiding"));
+        }
+    }
+}
+
+void CErrorDatabase::LoadError(EModuleIdentifier moduleId, ESubModuleIdentifier subModuleId,
+                               EProblemIdentifier problemId, EProblemType problemType, EErrorSeverity severity,
+                               const Core::IO::XMLNode& errorNode, bool visible, bool fullScreen,
+                               bool forceShutdown, bool includeServiceNumber, bool shouldBeep,
+                               bool shouldBeepIfGuiding)
+{
+    CError newError(*this, moduleId, subModuleId, problemId, problemType, severity, visible, fullScreen,
+                    forceShutdown, includeServiceNumber, shouldBeep, shouldBeepIfGuiding);
+    const Core::IO::XMLNode* const triggerSets = ReadErrorChildren(newError, errorNode);
+    Require(!newError.ProblemText().empty(), kErrorHasProblemText);
+    Require(!newError.SolutionText().empty(), kErrorHasSolutionText);
+    Require(!newError.ShortProblemText().empty(), kErrorHasShortProblemText);
+
+    const int position = static_cast<int>(m_errors.size());
+    m_errors.push_back(newError);
+    m_index[ErrorId(newError.ProblemCode(), problemType)] = position; // of two definitions the later one is found
+    if (triggerSets != nullptr)
+        m_pendingTriggerSets.emplace_back(position, triggerSets);
+}
+
+} // namespace Faultkeeper

@@ -1,0 +1,29 @@
+#include "Common/TableRecords.h"
+
+#include <algorithm>
+
+namespace Faultkeeper
+{
+
+int RecordCount(const SStatusTable& table)
+{
+    return std::clamp<int>(table.header.count, 0, kStatusTableCapacity);
+}
+
+int FindRecord(const SStatusTable& table, int code, int type)
+{
+    const int count = RecordCount(table);
+    for (int i = 0; i < count; ++i)
+    {
+        if (table.records[i].problemCode == code && table.records[i].problemType == static_cast<std::int16_t>(type))
+            return i;
+    }
+    return -1;
+}
+
+Core::Time ChangeTime(const SErrorEntry& record)
+{
+    return record.raisedTime < record.clearedTime ? record.clearedTime : record.raisedTime;
+}
+
+} // namespace Faultkeeper

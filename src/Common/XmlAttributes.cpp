@@ -1,0 +1,20 @@
+#include "Common/XmlAttributes.h"
+
+#include <Core/IO/XMLNode.h>
+
+namespace Faultkeeper
+{
+
+const std::string& Attribute(const Core::IO::XMLNode& node, const char* name)
+{
+    static const std::string kAbsent;
+    const auto found = node.Attributes().find(name);
+    return found == node.Attributes().end() ? kAbsent : found->second;
+}
+
+bool Flag(const Core::IO::XMLNode& node, const char* name)
+{
+    return Attribute(node, name) == "yes";
+}
+
+} // namespace Faultkeeper
