@@ -18,12 +18,12 @@ class CErrorDatabase;
 /// One fault definition (what it is called, what the driver reads, how it beeps) with its live state.
 ///
 /// Errors form a hierarchy: an error's trigger sets hold the errors that can raise it, its parents are the
-/// errors in whose trigger sets it stands. A raise or clear that is not silent is reported to the database and
-/// then offered to every parent, which follows by the rules of its trigger sets.
+/// errors in whose trigger sets it stands. A raise or clear that is not silent is reported to the database
+/// and then offered to every parent, which follows by the rules of its trigger sets.
 ///
-/// Ownership: the database owns every error in one vector; triggers and parents are borrowed pointers into it.
-/// Threads: none inside; one thread at a time per database.
-/// Failure: there is none. An error that does not know a pointer it is asked about answers "no".
+/// Ownership: the database owns every error in one vector; triggers and parents are borrowed pointers into
+/// it. Threads: none inside; one thread at a time per database. Failure: there is none. An error that does
+/// not know a pointer it is asked about answers "no".
 class FAULTKEEPER_EXPORT CError
 {
 public:
@@ -79,8 +79,8 @@ public:
     bool ShouldBeep() const { return m_shouldBeep; }
     bool ShouldBeepIfGuiding() const { return m_shouldBeepIfGuiding; }
 
-    /// Did a raise or clear request reach the error since the last CErrorDatabase::UpdateErrorTree()? A request
-    /// counts even when it changed nothing; what follows from triggers does not count.
+    /// Did a raise or clear request reach the error since the last CErrorDatabase::UpdateErrorTree()? A
+    /// request counts even when it changed nothing; what follows from triggers does not count.
     bool Changed() const { return m_changed; }
     void Changed(bool changed) { m_changed = changed; }
 

@@ -29,15 +29,15 @@ class CErrorDbChanged;
 /// Every fault definition of the console, linked into a hierarchy, with the live state of each.
 ///
 /// The constructor reads FaultkeeperConfig.xml and the module files it lists; after it the error list never
-/// changes, so pointers to its errors stay valid as long as the database. The owning process raises and clears
-/// errors here by request, parents follow, and the listener hears of each change. Display processes raise and
-/// clear silently what the shared table says, and show the tops of the groups of linked errors.
+/// changes, so pointers to its errors stay valid as long as the database. The owning process raises and
+/// clears errors here by request, parents follow, and the listener hears of each change. Display processes
+/// raise and clear silently what the shared table says, and show the tops of the groups of linked errors.
 ///
 /// Ownership: owns its errors and the parsed module documents; the listener is borrowed.
 /// Threads: none inside; one thread at a time. Listener calls come on the caller's thread.
 /// Failure: broken configuration (a wrong element, an unknown name, a missing text) ends the process with the
-/// assertion message that names the rule; a file that is missing or not well-formed contributes nothing, without
-/// a message. An identifier that is not known is ignored by every operation.
+/// assertion message that names the rule; a file that is missing or not well-formed contributes nothing,
+/// without a message. An identifier that is not known is ignored by every operation.
 class FAULTKEEPER_EXPORT CErrorDatabase
 {
 public:
@@ -81,7 +81,8 @@ public:
 
     /// Groups the given errors by their direct links and lists one top for each group.
     /// @param errors  in the order that decides ties; left as they are
-    /// @param tops    replaced: for each group, in the order of the groups' first members, the member with the
+    /// @param tops    replaced: for each group, in the order of the groups' first members, the member with
+    /// the
     ///                largest position; among equals the one that was met first
     /// Cost: linear in the errors and their links.
     void UpdateErrorTree(std::list<const CError*>& errors, std::list<const CError*>& tops);
@@ -89,8 +90,8 @@ public:
     /// Called by the view after a synchronisation that changed something; rebuilds the lists.
     void SynchronisationComplete();
 
-    /// Tops of the groups of active errors as of the last UpdateErrorTree(), in identifier order of the groups'
-    /// first members.
+    /// Tops of the groups of active errors as of the last UpdateErrorTree(), in identifier order of the
+    /// groups' first members.
     /// @param changedOnly  only errors that were the target of a request since the update before, grouped by
     ///                     themselves
     const std::list<const CError*>& ActiveErrors(bool changedOnly) const;
@@ -119,7 +120,8 @@ private:
                    bool shouldBeep, bool shouldBeepIfGuiding);
     void LoadTriggerSet(CError& error, const Core::IO::XMLNode& triggerSetsNode);
     void LoadTriggerSetOptions(CTriggerSet& triggerSet, const Core::IO::XMLNode& optionsNode);
-    void LoadTriggerSetTriggers(CError& error, CTriggerSet& triggerSet, const Core::IO::XMLNode& triggersNode);
+    void LoadTriggerSetTriggers(CError& error, CTriggerSet& triggerSet,
+                                const Core::IO::XMLNode& triggersNode);
     void BuildHierarchy();
 
     CError* FindError(int problemCode, int problemType);
@@ -129,8 +131,9 @@ private:
     std::string m_directory;
     bool m_reserved;
     bool m_loaded;
-    CErrorDbChanged* m_callback;                                                      // not owned
-    std::vector<std::pair<int, const Core::IO::XMLNode*>> m_pendingTriggerSets;       // position, node in a document
+    CErrorDbChanged* m_callback; // not owned
+    std::vector<std::pair<int, const Core::IO::XMLNode*>>
+        m_pendingTriggerSets; // position, node in a document
     std::list<const CError*> m_activeErrors;
     std::list<const CError*> m_changedActiveErrors;
     std::list<const CError*> m_inactiveErrors;

@@ -25,22 +25,22 @@ enum EViewType : int
 
 /// One process's handle on the shared table that tells the state of every error.
 ///
-/// The owner: construct with (true, eViewOwner), LoadErrors, perhaps UpdateErrorDetails, FaultkeeperReady(true), then
-/// RaiseError and ClearError as errors change. A reader: construct with (false, eViewReader), perhaps SetCallback,
-/// then call Synchronise with its own database again and again.
+/// The owner: construct with (true, eViewOwner), LoadErrors, perhaps UpdateErrorDetails,
+/// FaultkeeperReady(true), then RaiseError and ClearError as errors change. A reader: construct with (false,
+/// eViewReader), perhaps SetCallback, then call Synchronise with its own database again and again.
 ///
 /// Table and lock are found through the current working directory at construction, which every process that
-/// cooperates must share. Both outlive every process: the destructor detaches and removes nothing, and the next
-/// creating view zeroes the table. Once the creating process has ended nobody can take the lock until there is
-/// another creating view.
+/// cooperates must share. Both outlive every process: the destructor detaches and removes nothing, and the
+/// next creating view zeroes the table. Once the creating process has ended nobody can take the lock until
+/// there is another creating view.
 ///
-/// Failure: an operation on the wrong kind of view does nothing and gives its refusal value. A failed system call is
-/// reported with perror under the name "CErrorDatabaseView::<operation> <call>" and leaves the view failed for
-/// good: every operation refuses. A lock that stays busy for five attempts is reported as "unable to obtain lock"
-/// on standard error; that one call does nothing and the next one tries again. What the table holds is another
-/// process's memory and is not trusted: a count outside 0..400 is taken as the nearest of the two.
-/// Threads: one at a time for each view. Between processes the table is guarded by its lock, held for a copy or a
-/// few writes; listeners and databases are called after it has been given back.
+/// Failure: an operation on the wrong kind of view does nothing and gives its refusal value. A failed system
+/// call is reported with perror under the name "CErrorDatabaseView::<operation> <call>" and leaves the view
+/// failed for good: every operation refuses. A lock that stays busy for five attempts is reported as "unable
+/// to obtain lock" on standard error; that one call does nothing and the next one tries again. What the table
+/// holds is another process's memory and is not trusted: a count outside 0..400 is taken as the nearest of
+/// the two. Threads: one at a time for each view. Between processes the table is guarded by its lock, held
+/// for a copy or a few writes; listeners and databases are called after it has been given back.
 class FAULTKEEPER_EXPORT CErrorDatabaseView
 {
 public:
@@ -58,8 +58,8 @@ public:
     /// Takes the table's lock.
     /// @param wait  wait until it is free; otherwise make five attempts without a pause
     /// @return true with the lock held; false if it is busy or the call failed
-    /// For callers that read or write several things as one; every operation below takes and gives back the lock
-    /// by itself and must not be called while this process holds it.
+    /// For callers that read or write several things as one; every operation below takes and gives back the
+    /// lock by itself and must not be called while this process holds it.
     bool GetLock(bool wait);
     /// Gives the lock back. @return false if the call failed, and the view with it
     bool ReleaseLock();
@@ -70,18 +70,18 @@ public:
     /// Declares the table ready or not. Owner only. @return false if refused or the lock was busy
     bool FaultkeeperReady(bool ready);
 
-    /// Writes the identifiers of all errors of the database into the table's records, in the order of its error
-    /// list; flags, counters and times stay as they are. Owner only. Of more than 400 errors the first 400 are
-    /// written, and standard error tells how many were left out.
+    /// Writes the identifiers of all errors of the database into the table's records, in the order of its
+    /// error list; flags, counters and times stay as they are. Owner only. Of more than 400 errors the first
+    /// 400 are written, and standard error tells how many were left out.
     /// @return false if refused or the lock was busy
     bool LoadErrors(const CErrorDatabase& db);
 
-    /// Raises one record that is not raised: counters plus one, a new raised time, the raised bit, the header's
-    /// last raise time. Nothing for a record that is raised or absent. Owner only, once ready.
+    /// Raises one record that is not raised: counters plus one, a new raised time, the raised bit, the
+    /// header's last raise time. Nothing for a record that is raised or absent. Owner only, once ready.
     /// @return false if refused or the lock was busy
     bool RaiseError(int code, int type);
-    /// Clears one record that is raised: a new cleared time, no raised bit, the header's last clear time. Counters
-    /// stay. Nothing for a record that is clear or absent. Owner only, once ready.
+    /// Clears one record that is raised: a new cleared time, no raised bit, the header's last clear time.
+    /// Counters stay. Nothing for a record that is clear or absent. Owner only, once ready.
     /// @return false if refused or the lock was busy
     bool ClearError(int code, int type);
 
@@ -89,15 +89,16 @@ public:
     bool RaiseErrors(const std::vector<std::pair<int, int>>& ids);
     bool ClearErrors(const std::vector<std::pair<int, int>>& ids);
 
-    /// Puts remembered counters and times back into the records with the same identifiers; entries without a record
-    /// are skipped, raised bits stay as they are. If either time lies in the future both become zero. Owner only.
+    /// Puts remembered counters and times back into the records with the same identifiers; entries without a
+    /// record are skipped, raised bits stay as they are. If either time lies in the future both become zero.
+    /// Owner only.
     /// @return false if refused or the lock was busy
     bool UpdateErrorDetails(const std::vector<SErrorEntry>& entries);
 
-    /// Copies the table and replays what changed since the last call: silent raises and clears in `db`, a listener
-    /// call for each, and at the end CErrorDatabase::SynchronisationComplete. The first call that finds the table
-    /// ready replays every raised record instead, and so does the first one after it was not ready. Readers only; an
-    /// owning view copies and returns 0.
+    /// Copies the table and replays what changed since the last call: silent raises and clears in `db`, a
+    /// listener call for each, and at the end CErrorDatabase::SynchronisationComplete. The first call that
+    /// finds the table ready replays every raised record instead, and so does the first one after it was not
+    /// ready. Readers only; an owning view copies and returns 0.
     /// @return 1 if a raised record was replayed, 2 if only cleared ones were, 0 if none or if refused
     int Synchronise(CErrorDatabase& db);
 
@@ -110,11 +111,12 @@ public:
     /// @return as for Synchronise
     int UpdateErrorStatus(CErrorDatabase& db, bool all);
 
-    /// Appends a copy of every record to `out`. An owning view reads the table (nothing if the lock is busy), a
-    /// reading view its copy as of the last Synchronise.
+    /// Appends a copy of every record to `out`. An owning view reads the table (nothing if the lock is busy),
+    /// a reading view its copy as of the last Synchronise.
     void RetrieveAllErrors(std::vector<SErrorEntry>& out);
 
-    /// Copies the record of one error as of the last Synchronise; `out` is untouched if there is none. Readers only.
+    /// Copies the record of one error as of the last Synchronise; `out` is untouched if there is none.
+    /// Readers only.
     void RetrieveErrorDetails(int code, int type, SErrorEntry& out) const;
 
     /// Position of the first record with this identifier as of the last Synchronise, or -1. Readers only.

@@ -22,8 +22,8 @@ struct SPattern
 ///
 /// Read from ErrorPatterns.xml once, then only asked.
 /// Threads: FindFriendlyCode may be called from several threads.
-/// Failure: a file that is missing, not well-formed or without a "Patterns" element leaves the table empty, without
-/// a message. An id that does not have four fields is skipped.
+/// Failure: a file that is missing, not well-formed or without a "Patterns" element leaves the table empty,
+/// without a message. An id that does not have four fields is skipped.
 class FAULTKEEPER_EXPORT CErrorOverlay
 {
 public:
@@ -31,9 +31,9 @@ public:
     /// @param directory  put in front of the file's name as it stands, so it ends with a "/"
     explicit CErrorOverlay(const std::string& directory);
 
-    /// Code of the first pattern, in the order of the file, that matches a tree's errors, or "". A pattern matches
-    /// when both hold the same identifiers, duplicates counted, in any order; one that allows partial matches
-    /// also when each of its identifiers is among the given ones.
+    /// Code of the first pattern, in the order of the file, that matches a tree's errors, or "". A pattern
+    /// matches when both hold the same identifiers, duplicates counted, in any order; one that allows partial
+    /// matches also when each of its identifiers is among the given ones.
     std::string FindFriendlyCode(const std::vector<std::pair<int, int>>& ids) const;
 
     /// Does nothing; kept for programs that call it.

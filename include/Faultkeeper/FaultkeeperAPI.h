@@ -15,14 +15,15 @@ namespace Faultkeeper
 
 /// Reports a process's own faults to the process that owns the error state.
 ///
-/// Sends a "RaiseError" or "ClearError" notification to port 5300 of this machine for every change, and nothing for
-/// a repeat of what it sent last for the same error. What cannot be sent because there is no connection can be kept
-/// and sent later, in order. The connection is asked for once, at construction; the host's socket tries again.
+/// Sends a "RaiseError" or "ClearError" notification to port 5300 of this machine for every change, and
+/// nothing for a repeat of what it sent last for the same error. What cannot be sent because there is no
+/// connection can be kept and sent later, in order. The connection is asked for once, at construction; the
+/// host's socket tries again.
 ///
 /// Ownership: self-contained. What is still queued at destruction is dropped without being sent.
 /// Threads: none inside; one thread at a time for each object.
-/// Failure: no connection is told by the result -1 alone. A message lost after it was handed to the connection is
-/// not noticed: the state counts as sent until the opposite is sent.
+/// Failure: no connection is told by the result -1 alone. A message lost after it was handed to the
+/// connection is not noticed: the state counts as sent until the opposite is sent.
 /// Cost: a repeat costs one look-up. One map entry stays for every error ever sent.
 class FAULTKEEPER_EXPORT CFaultkeeperAPI : public MPISocketClientC
 {
@@ -36,11 +37,11 @@ public:
     /// Reports an error as raised.
     /// @param code   module | sub-module | problem
     /// @param flag   accepted and not used
-    /// @param queue  keep the event if there is no connection, and after a success or a repeat send what was kept
+    /// @param queue  keep the event if there is no connection; after a success or a repeat send what was kept
     /// @return 1 sent, 0 nothing to do because a raise was sent last, -1 not connected
     int RaiseError(int code, EProblemType type, bool flag, bool queue);
-    /// Reports an error as cleared. Arguments and result as for RaiseError; the first clear of an error that was
-    /// never raised through this object is sent.
+    /// Reports an error as cleared. Arguments and result as for RaiseError; the first clear of an error that
+    /// was never raised through this object is sent.
     int ClearError(int code, EProblemType type, bool queue);
 
     /// As above with queue true; in silent mode nothing happens and the result is 0.
@@ -65,6 +66,7 @@ private:
     int Report(const ErrorEvent& event, bool queue);
     bool SentLast(const ErrorEvent& event) const;
     void SendReport(const ErrorEvent& event);
+    void DrainQueue();
 
     std::map<std::pair<int, int>, bool, SErrorIDComparer> m_sentStates; // true: the last message was a raise
     std::list<ErrorEvent> m_queue;                                      // oldest first

@@ -20,10 +20,10 @@ constexpr std::size_t kStatusTableBytes = 14432;
 /// What the owner says of the table as a whole.
 struct SStatusHeader
 {
-    std::uint32_t ready = 0;   ///< 1 while the owner has declared the table ready, otherwise 0
-    std::int32_t count = 0;    ///< records in use, 0..400
-    Core::Time lastRaiseTime;  ///< most recent raise of any error
-    Core::Time lastClearTime;  ///< most recent clear of any error
+    std::uint32_t ready = 0;  ///< 1 while the owner has declared the table ready, otherwise 0
+    std::int32_t count = 0;   ///< records in use, 0..400
+    Core::Time lastRaiseTime; ///< most recent raise of any error
+    Core::Time lastClearTime; ///< most recent clear of any error
 };
 
 /// The shared segment, byte for byte. Only the first `header.count` records mean anything.

@@ -47,7 +47,8 @@ const SConfigurationRule kTextHasType = {"!textType.empty()", 183, kLoadError};
 const SConfigurationRule kTextHasContent = {"!textContent.empty()", 184, kLoadError};
 const SConfigurationRule kErrorHasProblemText = {"!newError.ProblemText().empty()", 197, kLoadError};
 const SConfigurationRule kErrorHasSolutionText = {"!newError.SolutionText().empty()", 198, kLoadError};
-const SConfigurationRule kErrorHasShortProblemText = {"!newError.ShortProblemText().empty()", 199, kLoadError};
+const SConfigurationRule kErrorHasShortProblemText = {"!newError.ShortProblemText().empty()", 199,
+                                                      kLoadError};
 const SConfigurationRule kTriggerSetsHoldTriggerSets = {"triggerSet.Name() == \"TriggerSet\"", 219,
                                                         kLoadTriggerSet};
 const SConfigurationRule kOptionsHoldOptions = {"optionNode.Name() == \"Option\"", 249, kLoadOptions};
@@ -55,8 +56,8 @@ const SConfigurationRule kOptionHasName = {"!name.empty()", 254, kLoadOptions};
 const SConfigurationRule kOptionHasValue = {"!value.empty()", 255, kLoadOptions};
 const SConfigurationRule kTriggersHoldTriggers = {"triggerNode.Name() == \"Trigger\"", 287, kLoadTriggers};
 const SConfigurationRule kTriggerHasId = {"!identifier.empty()", 291, kLoadTriggers};
-const SConfigurationRule kTriggerIdSplits = {"Core::Utilities::SplitString(identifier, \":\", subStrings)", 295,
-                                             kLoadTriggers};
+const SConfigurationRule kTriggerIdSplits = {"Core::Utilities::SplitString(identifier, \":\", subStrings)",
+                                             295, kLoadTriggers};
 const SConfigurationRule kTriggerIdHasFourFields = {"subStrings.size() == 4", 297, kLoadTriggers};
 const SConfigurationRule kTriggerModuleIsKnown = {"moduleId != emiUnknown", 304, kLoadTriggers};
 const SConfigurationRule kTriggerSubModuleIsKnown = {"subModuleId != esmiUnknown", 305, kLoadTriggers};
@@ -70,7 +71,8 @@ namespace
 #ifdef __GLIBC__
     __assert_fail(rule.condition, kFile, rule.line, rule.function);
 #else
-    std::fprintf(stderr, "%s:%u: %s: Assertion `%s' failed.\n", kFile, rule.line, rule.function, rule.condition);
+    std::fprintf(stderr, "%s:%u: %s: Assertion `%s' failed.\n", kFile, rule.line, rule.function,
+                 rule.condition);
     std::abort();
 #endif
 }

@@ -4,8 +4,8 @@
 namespace Faultkeeper
 {
 
-/// A rule that configuration files must obey. Support staff search logs by its text and position, so both stay as
-/// they are when the code around the check moves.
+/// A rule that configuration files must obey. Support staff search logs by its text and position, so both
+/// stay as they are when the code around the check moves.
 struct SConfigurationRule
 {
     const char* condition; ///< what must be true

@@ -31,8 +31,8 @@ CError::CError(CErrorDatabase& database)
 
 CError::CError(const CError& other) = default;
 
-// The flags that say how an error is announced belong to the definition in its place, not to the state that is
-// carried over: screens rely on them staying put.
+// The flags that say how an error is announced belong to the definition in its place, not to the state that
+// is carried over: screens rely on them staying put.
 CError& CError::operator=(const CError& other)
 {
     m_problemCode = other.m_problemCode;

@@ -1,19 +1,16 @@
 #include <Faultkeeper/ErrorDatabase.h>
 
 #include "Common/ErrorName.h"
+#include "Common/ErrorPath.h"
 
-#include <algorithm>
 #include <iostream>
 #include <string>
-#include <vector>
 
 namespace Faultkeeper
 {
 
 namespace
 {
-typedef std::vector<const CError*> Path; // from the listed error down to the present one
-
 constexpr const char* kBranch = "---";
 constexpr const char* kShallowBranch = "   ";
 
@@ -25,31 +22,27 @@ std::string Headline(const CError& error)
 std::string Settings(const CTriggerSet& set)
 {
     return "Trigger threshold is " + (set.AutoTrigger() ? std::to_string(set.TriggersRequired()) : "N/A") +
-           ". Linking mode is " + (set.LinkingMode() == eelmShallow ? "shallow." : "deep.") + " Title source is " +
-           (set.TitleSource() == eetsTrigger ? "trigger." : "parent.");
+           ". Linking mode is " + (set.LinkingMode() == eelmShallow ? "shallow." : "deep.") +
+           " Title source is " + (set.TitleSource() == eetsTrigger ? "trigger." : "parent.");
 }
 
-bool Contains(const Path& path, const CError* error)
-{
-    return std::find(path.begin(), path.end(), error) != path.end();
-}
+void PrintSets(const CError& error, const std::string& indent, CErrorPath& path);
 
-void PrintSets(const CError& error, const std::string& indent, Path& path);
-
-void PrintTriggers(const CTriggerSet& set, const std::string& linePrefix, const std::string& childIndent, Path& path)
+void PrintTriggers(const CTriggerSet& set, const std::string& linePrefix, const std::string& childIndent,
+                   CErrorPath& path)
 {
     for (const CError* trigger : set.Triggers())
     {
         std::cout << linePrefix << Headline(*trigger) << std::endl;
-        if (!Contains(path, trigger)) // a cycle is shown once round
+        if (!path.Holds(*trigger))
             PrintSets(*trigger, childIndent, path);
     }
 }
 
 /// The triggers of a shallow set are set apart by blanks in place of the dashes of their own level.
-void PrintSets(const CError& error, const std::string& indent, Path& path)
+void PrintSets(const CError& error, const std::string& indent, CErrorPath& path)
 {
-    path.push_back(&error);
+    const CErrorPathStep step(path, error);
     for (const CTriggerSet& set : error.TriggerSets())
     {
         const bool shallow = set.LinkingMode() == eelmShallow;
@@ -58,7 +51,6 @@ void PrintSets(const CError& error, const std::string& indent, Path& path)
             std::cout << indent << Settings(set) << std::endl;
         PrintTriggers(set, linePrefix, linePrefix + (shallow ? kShallowBranch : kBranch), path);
     }
-    path.pop_back();
 }
 } // namespace
 
@@ -89,7 +81,7 @@ void CErrorDatabase::PrintHierarchy(bool includeLeaves) const
 
 void CErrorDatabase::PrintHierarchy(const CError& error, const std::string& indent) const
 {
-    Path path;
+    CErrorPath path;
     PrintSets(error, indent, path);
 }
 

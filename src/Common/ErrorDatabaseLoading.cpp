@@ -75,8 +75,8 @@ CErrorDatabase::CErrorDatabase(const std::string& directory)
         Require(moduleId != emiUnknown, kModuleIsKnown);
         LoadModule(moduleId, m_directory + Attribute(moduleNode, "file"));
     }
-    // Only now is the error list complete, so that triggers may name errors of later modules and pointers into
-    // the list stay valid.
+    // Only now is the error list complete, so that triggers may name errors of later modules and pointers
+    // into the list stay valid.
     for (const auto& pending : m_pendingTriggerSets)
         LoadTriggerSet(m_errors[static_cast<std::size_t>(pending.first)], *pending.second);
     BuildHierarchy();
@@ -125,10 +125,10 @@ void CErrorDatabase::LoadSubModule(EModuleIdentifier moduleId, ESubModuleIdentif
 }
 
 void CErrorDatabase::LoadError(EModuleIdentifier moduleId, ESubModuleIdentifier subModuleId,
-                               EProblemIdentifier problemId, EProblemType problemType, EErrorSeverity severity,
-                               const Core::IO::XMLNode& errorNode, bool visible, bool fullScreen,
-                               bool forceShutdown, bool includeServiceNumber, bool shouldBeep,
-                               bool shouldBeepIfGuiding)
+                               EProblemIdentifier problemId, EProblemType problemType,
+                               EErrorSeverity severity, const Core::IO::XMLNode& errorNode, bool visible,
+                               bool fullScreen, bool forceShutdown, bool includeServiceNumber,
+                               bool shouldBeep, bool shouldBeepIfGuiding)
 {
     CError newError(*this, moduleId, subModuleId, problemId, problemType, severity, visible, fullScreen,
                     forceShutdown, includeServiceNumber, shouldBeep, shouldBeepIfGuiding);
@@ -139,7 +139,8 @@ void CErrorDatabase::LoadError(EModuleIdentifier moduleId, ESubModuleIdentifier 
 
     const int position = static_cast<int>(m_errors.size());
     m_errors.push_back(newError);
-    m_index[ErrorId(newError.ProblemCode(), problemType)] = position; // of two definitions the later one is found
+    m_index[ErrorId(newError.ProblemCode(), problemType)] =
+        position; // of two definitions the later one is found
     if (triggerSets != nullptr)
         m_pendingTriggerSets.emplace_back(position, triggerSets);
 }

@@ -36,15 +36,17 @@ void CErrorDatabaseView::Attach(bool create)
         return Fail("CErrorDatabaseView::CErrorDatabaseView ftok");
     m_segmentId = SystemVIpc::OpenSegment(key);
     if (m_segmentId == -1)
-        return Fail("CErrorDatabaseView::CErrorDatabaseView shmeget"); // support staff search for this spelling
-    m_semaphoreId = SystemVIpc::OpenSemaphore(key); // a bad one shows when the lock is taken
+        return Fail(
+            "CErrorDatabaseView::CErrorDatabaseView shmeget"); // support staff search for this spelling
+    m_semaphoreId = SystemVIpc::OpenSemaphore(key);            // a bad one shows when the lock is taken
     m_table = SystemVIpc::Attach(m_segmentId);
     if (m_table == nullptr)
         return Fail("CErrorDatabaseView::CErrorDatabaseView shmat");
     if (create)
     {
         std::memset(static_cast<void*>(m_table), 0, sizeof *m_table);
-        ReleaseLock(); // the semaphore starts at 0: this makes the lock available as long as this process lives
+        ReleaseLock(); // the semaphore starts at 0: this makes the lock available as long as this process
+                       // lives
     }
 }
 
@@ -95,7 +97,8 @@ void CErrorDatabaseView::RetrieveAllErrors(std::vector<SErrorEntry>& out)
         out.insert(out.end(), m_mirror.records, m_mirror.records + RecordCount(m_mirror));
         return;
     }
-    out.reserve(out.size() + kStatusTableCapacity); // before the lock is taken: nothing may fail while it is held
+    out.reserve(out.size() +
+                kStatusTableCapacity); // before the lock is taken: nothing may fail while it is held
     const CTableLock lock(*this);
     if (lock.Held())
         out.insert(out.end(), m_table->records, m_table->records + RecordCount(*m_table));

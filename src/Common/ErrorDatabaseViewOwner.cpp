@@ -14,7 +14,8 @@ namespace Faultkeeper
 namespace
 {
 /// Raises a record that is not raised.
-void RaiseRecord(SStatusHeader& header, SErrorEntry& record, const Core::Time& raised, const Core::Time& reading)
+void RaiseRecord(SStatusHeader& header, SErrorEntry& record, const Core::Time& raised,
+                 const Core::Time& reading)
 {
     ++record.counter1;
     ++record.counter2;

@@ -8,8 +8,8 @@ namespace Faultkeeper
 
 class CError;
 
-/// "<module>:<sub-module>:<problem>:<failure mode>", the failure mode as a number. Coordinates that have no name
-/// give an empty field.
+/// "<module>:<sub-module>:<problem>:<failure mode>", the failure mode as a number. Coordinates that have no
+/// name give an empty field.
 std::string ErrorName(int problemCode, int problemType);
 std::string ErrorName(const CError& error);
 

@@ -11,9 +11,9 @@ class CError;
 
 /// Works out the positions of all errors of a database, each after all of its triggers.
 ///
-/// The result is that of walking upward from the leaves level by level and recalculating every parent that is met,
-/// which visits an error once for each path to it; here each link is looked at twice, so that lattices cost no
-/// more than chains. Errors that are not above any leaf keep their position.
+/// The result is that of walking upward from the leaves level by level and recalculating every parent that is
+/// met, which visits an error once for each path to it; here each link is looked at twice, so that lattices
+/// cost no more than chains. Errors that are not above any leaf keep their position.
 class CHierarchyPositions
 {
 public:
@@ -21,7 +21,8 @@ public:
     explicit CHierarchyPositions(std::vector<CError>& errors);
 
     /// Recalculates all positions.
-    /// @return one error of each cycle that was found, the one with the least identifier; empty if there is none
+    /// @return one error of each cycle that was found, the one with the least identifier; empty if there is
+    /// none
     std::vector<const CError*> Calculate();
 
 private:
@@ -34,11 +35,11 @@ private:
     const CError* WaitedFor(const CError* error) const;
 
     std::vector<CError>& m_errors;
-    std::vector<std::size_t> m_open;   // by place: links from triggers that are not settled yet
-    std::vector<char> m_settled;       // by place
-    std::vector<char> m_aboveLeaf;     // by place
-    std::vector<std::size_t> m_ready;  // places without open links, to be settled
-    std::size_t m_firstWaiting = 0;    // every place before it is settled
+    std::vector<std::size_t> m_open;  // by place: links from triggers that are not settled yet
+    std::vector<char> m_settled;      // by place
+    std::vector<char> m_aboveLeaf;    // by place
+    std::vector<std::size_t> m_ready; // places without open links, to be settled
+    std::size_t m_firstWaiting = 0;   // every place before it is settled
 };
 
 } // namespace Faultkeeper

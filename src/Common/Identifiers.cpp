@@ -195,18 +195,10 @@ constexpr const char* kProblemTypeNames[] = {
 
 // A module's value is (row + 1) << 16. Append only.
 constexpr const char* kModuleNames[] = {
-    "GPS",
-    "CAN",
-    "Navigation And Control",
-    "Positioning",
-    "Service",
-    "Base Radio",
-    "Base",
-    "Audio",
-    "Cell Radio",
-    "System",
-    "NMEA",
-    "NTrip",
+    "GPS",         "CAN",     "Navigation And Control",
+    "Positioning", "Service", "Base Radio",
+    "Base",        "Audio",   "Cell Radio",
+    "System",      "NMEA",    "NTrip",
 };
 
 // A severity's value is its row. Append only.

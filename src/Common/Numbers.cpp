@@ -13,7 +13,8 @@ bool ReadNumber(const std::string& text, int& number)
     const long value = std::strtol(text.c_str(), &end, 10);
     if (end == text.c_str())
         return false;
-    number = static_cast<int>(std::clamp<long>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+    number = static_cast<int>(
+        std::clamp<long>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
     return true;
 }
 

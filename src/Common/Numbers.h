@@ -6,8 +6,9 @@
 namespace Faultkeeper
 {
 
-/// Reads the decimal number that a text starts with: white space is skipped, a sign accepted, and what follows the
-/// digits ignored. Numbers beyond the range of int become its nearest end, on 32 and 64 bit alike.
+/// Reads the decimal number that a text starts with: white space is skipped, a sign accepted, and what
+/// follows the digits ignored. Numbers beyond the range of int become its nearest end, on 32 and 64 bit
+/// alike.
 /// @param number  untouched if there is no digit
 /// @return false if there is no digit
 bool ReadNumber(const std::string& text, int& number);

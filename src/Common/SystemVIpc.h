@@ -5,8 +5,8 @@
 
 #include <sys/types.h>
 
-/// The system calls behind the shared table, one function each. A call that fails gives its failure value and leaves
-/// errno as the system set it.
+/// The system calls behind the shared table, one function each. A call that fails gives its failure value and
+/// leaves errno as the system set it.
 namespace Faultkeeper
 {
 namespace SystemVIpc

@@ -15,7 +15,8 @@ int FindRecord(const SStatusTable& table, int code, int type)
     const int count = RecordCount(table);
     for (int i = 0; i < count; ++i)
     {
-        if (table.records[i].problemCode == code && table.records[i].problemType == static_cast<std::int16_t>(type))
+        if (table.records[i].problemCode == code &&
+            table.records[i].problemType == static_cast<std::int16_t>(type))
             return i;
     }
     return -1;

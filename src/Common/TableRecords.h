@@ -9,8 +9,8 @@ namespace Faultkeeper
 /// Records of a table that may be read: its count, kept within 0..400 whatever another process wrote there.
 int RecordCount(const SStatusTable& table);
 
-/// Position of the first record with this identifier, or -1. Only 16 bits of the type are compared, as many as a
-/// record holds.
+/// Position of the first record with this identifier, or -1. Only 16 bits of the type are compared, as many
+/// as a record holds.
 int FindRecord(const SStatusTable& table, int code, int type);
 
 /// When the record last changed: its clear if that is later than its raise, otherwise its raise.

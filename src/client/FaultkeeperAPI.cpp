@@ -1,0 +1,123 @@
+#include <Faultkeeper/FaultkeeperAPI.h>
+
+#include <MPI/BAtomC.h>
+#include <MPI/BListC.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Faultkeeper
+{
+
+namespace
+{
+constexpr unsigned short kOwnerPort = 5300;
+
+void AppendNumber(BListC& arguments, int number)
+{
+    arguments.Append(std::make_unique<BAtomC>(number, &arguments));
+}
+
+/// Sets a flag for one scope.
+class CFlagScope
+{
+public:
+    explicit CFlagScope(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~CFlagScope() { m_flag = false; }
+    CFlagScope(const CFlagScope&) = delete;
+    CFlagScope& operator=(const CFlagScope&) = delete;
+
+private:
+    bool& m_flag;
+};
+} // namespace
+
+CFaultkeeperAPI::CFaultkeeperAPI() : MPISocketClientC(true), m_silent(false), m_draining(false)
+{
+    Socket::Connect("localhost", kOwnerPort, -1); // whether it works out is asked before every message
+}
+
+CFaultkeeperAPI::~CFaultkeeperAPI() = default;
+
+int CFaultkeeperAPI::RaiseError(int code, EProblemType type, bool, bool queue)
+{
+    return Report({true, code, type}, queue);
+}
+
+int CFaultkeeperAPI::ClearError(int code, EProblemType type, bool queue)
+{
+    return Report({false, code, type}, queue);
+}
+
+int CFaultkeeperAPI::RaiseError(const std::pair<int, int>& id, bool flag)
+{
+    return m_silent ? 0 : RaiseError(id.first, static_cast<EProblemType>(id.second), flag, true);
+}
+
+int CFaultkeeperAPI::ClearError(const std::pair<int, int>& id)
+{
+    return m_silent ? 0 : ClearError(id.first, static_cast<EProblemType>(id.second), true);
+}
+
+int CFaultkeeperAPI::Report(const ErrorEvent& event, bool queue)
+{
+    const bool repeated = SentLast(event);
+    if (!repeated && !VerifyConnection())
+    {
+        if (queue)
+            m_queue.push_back(event);
+        return -1;
+    }
+    if (!repeated)
+        SendReport(event);
+    if (queue)
+        ProcessQueuedErrors();
+    return repeated ? 0 : 1;
+}
+
+bool CFaultkeeperAPI::SentLast(const ErrorEvent& event) const
+{
+    const auto sent = m_sentStates.find({event.problemCode, event.problemType});
+    return sent != m_sentStates.end() && sent->second == event.raise;
+}
+
+void CFaultkeeperAPI::SendReport(const ErrorEvent& event)
+{
+    // Noted first: a host that calls back during the send finds the new state, and a repeat is not sent
+    // again.
+    m_sentStates[{event.problemCode, event.problemType}] = event.raise;
+    const std::unique_ptr<BListC> arguments = std::make_unique<BListC>();
+    AppendNumber(*arguments, event.problemCode);
+    AppendNumber(*arguments, event.problemType);
+    if (event.raise)
+        AppendNumber(*arguments, 0); // owners expect three arguments of a raise
+    SendNotification(event.raise ? "RaiseError" : "ClearError", arguments.get());
+}
+
+void CFaultkeeperAPI::ProcessQueuedErrors()
+{
+    if (m_draining || m_queue.empty())
+        return;
+    // A host may call back from the check or a send; the walk must be the only one then.
+    const CFlagScope draining(m_draining);
+    if (VerifyConnection())
+        DrainQueue();
+}
+
+void CFaultkeeperAPI::DrainQueue()
+{
+    std::vector<std::list<ErrorEvent>::iterator> done;
+    for (auto event = m_queue.begin(); event != m_queue.end(); ++event)
+        if (Report(*event, false) != -1)
+            done.push_back(event);
+    for (const auto& event : done)
+        m_queue.erase(event);
+}
+
+void CFaultkeeperAPI::SilentMode(bool on)
+{
+    m_silent = on;
+}
+
+} // namespace Faultkeeper
