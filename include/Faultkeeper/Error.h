@@ -22,8 +22,12 @@ class CErrorDatabase;
 /// and then offered to every parent, which follows by the rules of its trigger sets.
 ///
 /// Ownership: the database owns every error in one vector; triggers and parents are borrowed pointers into
-/// it. Threads: none inside; one thread at a time per database. Failure: there is none. An error that does
-/// not know a pointer it is asked about answers "no".
+/// it.
+///
+/// Threads: none inside; one thread at a time per database.
+///
+/// Failure: there is none. An error that does not know a pointer it is asked about answers "no". Raises and
+/// clears go up the hierarchy by recursion: its depth is bounded by the stack (some 100 bytes a level).
 class FAULTKEEPER_EXPORT CError
 {
 public:

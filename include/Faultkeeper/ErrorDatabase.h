@@ -84,7 +84,7 @@ public:
     /// @param tops    replaced: for each group, in the order of the groups' first members, the member with
     /// the
     ///                largest position; among equals the one that was met first
-    /// Cost: linear in the errors and their links.
+    /// Cost: near-linear in the errors and their links.
     void UpdateErrorTree(std::list<const CError*>& errors, std::list<const CError*>& tops);
 
     /// Called by the view after a synchronisation that changed something; rebuilds the lists.

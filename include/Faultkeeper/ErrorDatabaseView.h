@@ -36,11 +36,13 @@ enum EViewType : int
 ///
 /// Failure: an operation on the wrong kind of view does nothing and gives its refusal value. A failed system
 /// call is reported with perror under the name "CErrorDatabaseView::<operation> <call>" and leaves the view
-/// failed for good: every operation refuses. A lock that stays busy for five attempts is reported as "unable
-/// to obtain lock" on standard error; that one call does nothing and the next one tries again. What the table
-/// holds is another process's memory and is not trusted: a count outside 0..400 is taken as the nearest of
-/// the two. Threads: one at a time for each view. Between processes the table is guarded by its lock, held
-/// for a copy or a few writes; listeners and databases are called after it has been given back.
+/// failed for good: everything but GetLock, ReleaseLock and SetCallback refuses. A lock that stays busy for
+/// five attempts is reported as "unable to obtain lock" on standard error; that one call does nothing and the
+/// next one tries again. What the table holds is another process's memory and is not trusted: a count outside
+/// 0..400 is taken as the nearest of the two.
+///
+/// Threads: one at a time for each view. Between processes the table is guarded by its lock, held for a copy
+/// or a few writes; listeners and databases are called after it has been given back.
 class FAULTKEEPER_EXPORT CErrorDatabaseView
 {
 public:
@@ -52,14 +54,14 @@ public:
     CErrorDatabaseView(const CErrorDatabaseView&) = delete;
     CErrorDatabaseView& operator=(const CErrorDatabaseView&) = delete;
 
-    /// Has a system call failed, so that the view refuses everything?
+    /// Has a system call failed, so that the view refuses to work?
     bool Failed() const { return m_failed; }
 
     /// Takes the table's lock.
     /// @param wait  wait until it is free; otherwise make five attempts without a pause
     /// @return true with the lock held; false if it is busy or the call failed
-    /// For callers that read or write several things as one; every operation below takes and gives back the
-    /// lock by itself and must not be called while this process holds it.
+    /// For callers that read or write several things as one. The operations below that touch the table take
+    /// and give back the lock by themselves, so none of them may be called while this process holds it.
     bool GetLock(bool wait);
     /// Gives the lock back. @return false if the call failed, and the view with it
     bool ReleaseLock();
@@ -103,7 +105,7 @@ public:
     int Synchronise(CErrorDatabase& db);
 
     /// Takes the present copy as the starting point: the records' times as seen, the header as the snapshot.
-    /// Called by Synchronise.
+    /// Synchronise does the same at its first ready copy. Readers only.
     void Initialise();
 
     /// Replays records of the present copy. Readers only; called by Synchronise.

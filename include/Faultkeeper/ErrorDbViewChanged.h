@@ -11,8 +11,9 @@ struct SErrorEntry;
 /// Told by a reading view of every record that it found changed.
 ///
 /// Calls come from inside CErrorDatabaseView::Synchronise, on its thread and without the table's lock, after
-/// the local database has been given the change. Ownership: the view borrows its listener and never deletes
-/// it.
+/// the local database has been given the change.
+///
+/// Ownership: the view borrows its listener and never deletes it.
 class FAULTKEEPER_EXPORT CErrorDbViewChanged
 {
 public:

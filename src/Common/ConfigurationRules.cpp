@@ -1,5 +1,6 @@
 #include "Common/ConfigurationRules.h"
 
+#undef NDEBUG // the assertion reporter is declared only where assertions are on, and these rules always are
 #include <cassert>
 #include <cstdio>
 #include <cstdlib>

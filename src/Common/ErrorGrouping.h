@@ -21,8 +21,8 @@ class CError;
 /// earlier in the list.
 ///
 /// Nothing is compared pass after pass: an error joins in the pass of the member it is related to if it
-/// stands behind that member, otherwise in the next one, and the earliest pass wins. Cost: linear in errors
-/// and links.
+/// stands behind that member, otherwise in the next one, and the earliest pass wins. Cost: near-linear in
+/// errors and links.
 class CErrorGrouping
 {
 public:

@@ -12,8 +12,9 @@ class CError;
 /// Works out the positions of all errors of a database, each after all of its triggers.
 ///
 /// The result is that of walking upward from the leaves level by level and recalculating every parent that is
-/// met, which visits an error once for each path to it; here each link is looked at twice, so that lattices
-/// cost no more than chains. Errors that are not above any leaf keep their position.
+/// met, which visits an error once for each path to it; here each link is looked at a few
+/// times however many paths there are (more often only to name cycles). Errors that are not above any leaf
+/// keep their position.
 class CHierarchyPositions
 {
 public:

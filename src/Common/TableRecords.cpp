@@ -7,7 +7,9 @@ namespace Faultkeeper
 
 int RecordCount(const SStatusTable& table)
 {
-    return std::clamp<int>(table.header.count, 0, kStatusTableCapacity);
+    // Read once: the word may change between a comparison and its use if another process ignores the lock.
+    const int count = *static_cast<const volatile std::int32_t*>(&table.header.count);
+    return std::clamp(count, 0, kStatusTableCapacity);
 }
 
 int FindRecord(const SStatusTable& table, int code, int type)
