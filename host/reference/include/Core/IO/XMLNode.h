@@ -1,0 +1,64 @@
+#ifndef CORE_IO_XMLNODE_H
+#define CORE_IO_XMLNODE_H
+
+#include <Core/Export.h>
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Core
+{
+namespace IO
+{
+
+/// One element of a document that XMLDocument has read.
+///
+/// Ownership: a node owns its children; references and pointers into a document last until the document
+/// parses again or goes. Positions count from 1. A column is a character, not a byte: a tab is one, so is a
+/// letter with an accent. Line ends are LF, CR LF or CR.
+class CORE_EXPORT XMLNode
+{
+public:
+    /// The element's name as written, prefix included; empty for the node above the top element.
+    const std::string& Name() const { return m_name; }
+
+    /// The child elements in document order.
+    const std::vector<XMLNode>& Children() const { return m_children; }
+
+    /// The first child element of that name, or null.
+    const XMLNode* Child(const std::string& name) const;
+
+    /// The attributes, name to value. References are replaced; tabs and line ends within a value are blanks.
+    const std::map<std::string, std::string>& Attributes() const { return m_attributes; }
+
+    /// The character data directly inside this element, pieces between child elements joined. Always empty if
+    /// the document was made not to keep text.
+    const std::string& Text() const { return m_text; }
+
+    /// Where the element's "<" stands; 0 for the node above the top element.
+    int Line() const { return m_position.first; }
+    int Column() const { return m_position.second; }
+
+    /// Finds where the name of an attribute starts in the file.
+    /// @return false if there is no such attribute; `line` and `column` are untouched then
+    bool AttributePosition(const std::string& name, int& line, int& column) const;
+
+private:
+    friend class XMLTreeBuilder;
+
+    using Position = std::pair<int, int>; // line, column
+
+    std::string m_name;
+    std::string m_text;
+    std::vector<XMLNode> m_children;
+    std::map<std::string, std::string> m_attributes;
+    std::map<std::string, Position> m_attributePositions;
+    Position m_position{0, 0};
+};
+
+} // namespace IO
+} // namespace Core
+
+#endif

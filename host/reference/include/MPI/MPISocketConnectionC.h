@@ -1,0 +1,127 @@
+#ifndef MPI_MPISOCKETCONNECTIONC_H
+#define MPI_MPISOCKETCONNECTIONC_H
+
+#include <Core/Export.h>
+#include <MPI/BDecoderC.h>
+#include <MPI/Socket.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+class BDictionaryC;
+class BElementC;
+class BEncoderC;
+class BListC;
+
+/// A connection over which two programs send each other messages: named notifications with arguments.
+///
+/// On the wire a notification is the bencoded dictionary {"args": [...], "name": "..."}.
+///
+/// Ownership: arguments and messages passed by pointer are borrowed.
+/// Failure: input that is no message, or too large or too deep a one, closes the connection; Refused and the
+/// operations after it tell what was wrong until the next connection.
+class CORE_EXPORT MPISocketConnectionC : public Socket
+{
+public:
+    /// What is registered for a notification gets its arguments, borrowed for the call.
+    using Callback = std::function<void(BListC* arguments)>;
+
+    /// One call of ProcessMessages reads no more than about this many bytes, so that a busy peer leaves time
+    /// for others.
+    static constexpr std::size_t kTurnBytes = 65536;
+
+    MPISocketConnectionC();
+    ~MPISocketConnectionC() override;
+
+    /// Is the connection up, and has the peer not closed it? A peer that has ended its own sending counts as
+    /// gone.
+    bool Connected() override;
+
+    /// Gives the connection up for good: closes it and forgets the outbox, unread input and where to connect.
+    virtual void Destroy();
+
+    /// Calls what was registered for `name`.
+    /// @return false if nothing was
+    virtual bool DoCallback(const std::string& name, BListC* arguments);
+
+    /// Called for a notification that nothing was registered for. Does nothing by default.
+    /// @return false if it means nothing here, either
+    virtual bool DoClientCallback(const std::string& name, BListC* arguments);
+
+    /// One turn: does what is due (CheckCallbacks), then reads what has come in and passes every whole
+    /// message to MessageReceived. Called from inside a turn it does nothing.
+    /// @param wait  with nothing to read yet, wait for it as long as SetTimeout says, and call Idle if it
+    /// does not
+    ///              come; the wait may end early
+    /// @return messages passed on
+    virtual int ProcessMessages(bool wait);
+
+    /// Called by each turn first. Sends what waits in the outbox.
+    virtual void CheckCallbacks();
+
+    /// How long the operations told to wait do so, in milliseconds; -1 is without limit. 1000 at first.
+    virtual void SetTimeout(int timeoutMilliseconds) { m_timeout = timeoutMilliseconds; }
+
+    /// Sends an encoded message, or keeps it until there is a connection again.
+    /// @param message  borrowed, not null
+    /// @return false if the connection is not up, the outbox full, or the message beyond the limits of
+    /// BDecoderC;
+    ///         nothing is sent or kept then
+    virtual bool SendMessage(BEncoderC* message);
+
+    /// Encodes an element and sends it with SendMessage.
+    /// @param element  borrowed, not null
+    virtual bool SendMessageElement(BElementC* element);
+
+    /// The next message; null if there is none.
+    /// @param wait  wait for one as long as SetTimeout says
+    virtual std::unique_ptr<BDictionaryC> ReceiveMessage(bool wait);
+
+    /// Called with every message of a turn. Passes the arguments of a notification to DoCallback, and if that
+    /// finds nothing to DoClientCallback; other messages are ignored.
+    /// @param message  borrowed, not null
+    virtual void MessageReceived(BDictionaryC* message);
+
+    /// Sends a notification; see SendMessage.
+    /// @param arguments  borrowed; null is an empty list
+    /// @return as SendMessage
+    bool SendNotification(const std::string& name, BListC* arguments);
+
+    /// Has the outbox room for a message of the largest size?
+    bool HasRoom() const;
+
+    /// Registers what to call for a notification; it takes the place of what was registered before.
+    void RegisterCallback(const std::string& name, Callback callback);
+
+    /// True if this or, before the next one, the last connection was closed because of its input.
+    bool Refused() const { return m_decoder.Failed(); }
+
+    /// What was wrong and where, counted in bytes from the beginning of the connection.
+    const std::string& RefusalReason() const { return m_decoder.FaultReason(); }
+    std::uint64_t RefusalOffset() const { return m_decoder.FaultOffset(); }
+
+protected:
+    const BDecoderC& Decoder() const { return m_decoder; }
+
+private:
+    std::unique_ptr<BDictionaryC> DecodeBuffered();
+    bool ReadMore();
+    int HandleMessages();
+    int WaitingTime() const;
+    void FollowConnection();
+    void ForgetInput();
+
+    int m_timeout = 1000;
+    bool m_inTurn = false;
+    std::size_t m_turnBytes = 0; // read during this turn
+    unsigned m_connection = 0;   // the one that input and decoder belong to
+    std::string m_input;         // read, decoded up to m_decoded
+    std::size_t m_decoded = 0;
+    BDecoderC m_decoder;
+    std::map<std::string, Callback> m_callbacks;
+};
+
+#endif

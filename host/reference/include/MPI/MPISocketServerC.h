@@ -1,0 +1,116 @@
+#ifndef MPI_MPISOCKETSERVERC_H
+#define MPI_MPISOCKETSERVERC_H
+
+#include <Core/Export.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+class BDictionaryC;
+class BListC;
+
+/// One connection to a server, as its handler sees it.
+struct CORE_EXPORT MPIPeerC
+{
+    std::uint64_t connection; ///< counts from 1 in the order of arrival; never used twice by a server
+    std::string name;         ///< "127.0.0.1:40312" or "[::1]:40312"
+};
+
+/// A notification that a server has received; everything is borrowed for the call.
+struct CORE_EXPORT MPINotificationC
+{
+    const std::string& name;
+    const BListC& arguments;
+    const BDictionaryC& message; ///< all of it: the two above and whatever else the sender put in
+    std::uint64_t offset; ///< of the message's first byte, counted in bytes from the connection's beginning
+};
+
+/// What a server tells its owner. All calls come from within MPISocketServerC::Serve or Close, on that
+/// thread.
+class CORE_EXPORT MPIServerHandlerC
+{
+public:
+    virtual ~MPIServerHandlerC();
+
+    /// Somebody has connected. Does nothing by default.
+    virtual void PeerConnected(const MPIPeerC& peer);
+
+    /// A notification has come in; those of one connection come in the order in which they were sent.
+    /// @return false to refuse it: that connection is closed, and what else it has sent is not read
+    virtual bool NotificationReceived(const MPIPeerC& peer, const MPINotificationC& notification) = 0;
+
+    /// A connection has sent something that is no notification, or has ended in the middle of one, and is
+    /// closed.
+    /// @param offset  of the first wrong byte (or of the end), counted in bytes from the connection's
+    /// beginning
+    /// @param reason  in words, without the peer and the offset
+    virtual void InputRefused(const MPIPeerC& peer, std::uint64_t offset, const std::string& reason) = 0;
+
+    /// A connection was turned away because there are kMaximumConnections already, or the process has no
+    /// descriptors left; its number is 0. Does nothing by default.
+    virtual void PeerTurnedAway(const MPIPeerC& peer);
+
+    /// A connection has ended, for whatever reason; nothing more comes from it. Does nothing by default.
+    virtual void PeerDisconnected(const MPIPeerC& peer);
+};
+
+/// The receiving end of message connections, for the process that owns the error state.
+///
+/// Everything happens within Serve, which hands what comes in to a handler. A connection that sends nonsense
+/// is closed by itself; no connection holds up another: each gets a bounded turn, and memory per connection
+/// is bounded.
+///
+/// Ownership: the handler is borrowed.
+/// Threads: none inside; one thread at a time.
+class CORE_EXPORT MPISocketServerC
+{
+public:
+    static constexpr std::size_t kMaximumConnections = 256;
+
+    /// A server that does not listen yet.
+    /// @param handler  borrowed; must live as long as the server
+    explicit MPISocketServerC(MPIServerHandlerC& handler);
+    ~MPISocketServerC(); ///< closes like Close, but without telling the handler
+    MPISocketServerC(const MPISocketServerC&) = delete;
+    MPISocketServerC& operator=(const MPISocketServerC&) = delete;
+
+    /// Listens on the loopback only: on 127.0.0.1, and on ::1 where there is one.
+    /// @param port  0 lets the system choose; Port tells which it was
+    /// @return false if a port is in use or can't be had, Error tells why and nothing listens; also if it
+    /// listens
+    ///         already, which goes on then
+    bool Listen(unsigned short port);
+
+    /// The port that the server listens on; 0 if it does not.
+    unsigned short Port() const;
+
+    /// Why Listen or Serve failed last, such as "port 5300 on 127.0.0.1: Address already in use"; empty if it
+    /// did not.
+    const std::string& Error() const;
+
+    /// A descriptor that has input (poll(2), epoll(7)) whenever Serve has something to do. The same for the
+    /// life of the server; -1 if the system would not give one.
+    int Descriptor() const;
+
+    /// One turn: accepts who has connected, reads what has come in and tells the handler. Not to be called,
+    /// nor the server destroyed, from within the handler.
+    /// @param timeoutMilliseconds  how long to wait for something to do; 0 does not wait, -1 waits without
+    /// limit.
+    ///                             A signal ends the wait
+    /// @return notifications handed over, 0 or more; -1 if the system refused, Error tells why
+    int Serve(int timeoutMilliseconds);
+
+    /// Connections that are up.
+    std::size_t ConnectionCount() const;
+
+    /// Stops listening and ends all connections; the handler is told of each. Listen may follow.
+    void Close();
+
+private:
+    class CORE_LOCAL Implementation;
+    std::unique_ptr<Implementation> m_implementation;
+};
+
+#endif

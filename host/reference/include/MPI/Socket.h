@@ -1,0 +1,141 @@
+#ifndef MPI_SOCKET_H
+#define MPI_SOCKET_H
+
+#include <Core/Export.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+/// A TCP connection that never keeps its owner waiting unless it is told to.
+///
+/// What is sent goes out as whole messages: those that the kernel has no room for wait in an outbox, in
+/// order, and survive the loss of the connection. One that was cut off by the loss starts again from its
+/// first byte.
+///
+/// The virtual operations are declared in a fixed order, destructor first: programs built against one version
+/// of the host run with another. Append only.
+///
+/// Ownership: the socket owns its descriptor.
+/// Threads: none inside; one thread at a time per object.
+/// Failure: nothing is printed, no signal is raised (no SIGPIPE); a connection that fails is not Connected.
+class CORE_EXPORT Socket
+{
+public:
+    /// The outbox holds this many bytes, the message being sent included.
+    static constexpr std::size_t kOutboxBytes = 1024 * 1024;
+
+    Socket();
+
+    /// Hands the kernel what it takes of the outbox, reads away what is pending (unread input would make the
+    /// kernel cut off what we sent), then shuts writing down and closes. Does not wait.
+    virtual ~Socket();
+
+    /// Called by a wait that has ended without any input.
+    virtual void Idle() {}
+
+    /// Takes over a connected stream socket, such as accept(2) returns; the connection held before is closed.
+    /// @param descriptor  owned from here on; if negative nothing happens
+    virtual void Accept(int descriptor);
+
+    /// Starts connecting anew to where Connect went last; the connection held before is closed.
+    /// @param timeoutMilliseconds  as for Connect
+    /// @return as Connect; false if there was no Connect
+    virtual bool Reconnect(int timeoutMilliseconds);
+
+    /// Is the connection up? A connection being made is looked after, without waiting.
+    virtual bool Connected();
+
+    /// Another descriptor that a wait should watch for input; negative if none, which is the default.
+    virtual int GetExtraReader();
+
+    /// Called by a wait when the extra descriptor has input. Does nothing by default.
+    virtual void ReadExtra();
+
+    /// Called after bytes have come in. Do nothing by default.
+    virtual void DataReceived();
+    virtual void DataReceivedFrom(std::string address, unsigned short port);
+
+    /// Called when the outbox has become empty: the kernel has everything. Does nothing by default.
+    virtual void DataSent();
+
+    /// Called when a connection that was up is so no more. Does nothing by default. Not called by the
+    /// destructor.
+    virtual void Disconnected();
+
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+
+    /// Connects to a port; the connection held before is closed. What waits in the outbox goes to the new
+    /// one.
+    ///
+    /// No name service is asked: `host` is a numeric IPv4 or IPv6 address, or "localhost", which is 127.0.0.1
+    /// and, if that does not answer, ::1.
+    /// @param timeoutMilliseconds  how long to wait for the connection; -1: start it and return, whatever
+    /// follows
+    ///                             is found out by Connected
+    /// @return true if the connection is up, or with -1, if it is up or being made. A connection that is not
+    /// up when
+    ///         the time is over goes on being made
+    bool Connect(const std::string& host, unsigned short port, int timeoutMilliseconds);
+
+    /// Sends what can be sent without waiting and closes. What waits in the outbox stays there.
+    void Close();
+
+    /// The socket, for poll(2): for input always, for output while Sending(). -1 without a connection.
+    /// Changes when the connection does, so ask each time.
+    int Descriptor() const;
+
+    /// True while there is something to do as soon as the descriptor takes output: a connection is being
+    /// made, or messages wait in the outbox of one that is up.
+    bool Sending() const;
+
+    /// The bytes waiting in the outbox.
+    std::size_t BytesWaiting() const;
+
+    /// The other end as "127.0.0.1:5300" or "[::1]:5300"; empty without a connection. Once lost, no longer
+    /// known.
+    const std::string& PeerName() const;
+
+protected:
+    /// Puts a whole message into the outbox and sends what can be sent without waiting.
+    /// @return false if the outbox has no room for it; nothing of it is kept then
+    bool Send(const std::string& message);
+
+    /// Sends what can be sent of the outbox without waiting. Without a connection nothing happens.
+    void Flush();
+
+    /// Forgets all messages in the outbox.
+    void DropOutbox();
+
+    /// Reads what is there without waiting. A connection that the peer has closed is found out here.
+    /// @return the bytes read, 0 if there were none
+    std::size_t Receive(char* buffer, std::size_t size);
+
+    /// Waits until the socket has input, can go on sending, or the time is over, and serves the extra reader.
+    /// @param timeoutMilliseconds  0 only looks; -1 waits without limit
+    /// @return true if anything of that happened
+    bool Wait(int timeoutMilliseconds);
+
+    /// Closes and forgets where to connect.
+    void Forget();
+
+    /// Has the peer of a connection ended its own sending, or the connection been cut? Input may be left to
+    /// read.
+    bool PeerHasEnded() const;
+
+    /// How many connections this object has had, the present one included.
+    unsigned ConnectionCount() const;
+
+    /// Milliseconds since connecting was last tried; the greatest int if it never was or that long ago.
+    int MillisecondsSinceAttempt() const;
+
+private:
+    class CORE_LOCAL Transport;
+
+    void ReportLoss();
+
+    std::unique_ptr<Transport> m_transport;
+};
+
+#endif

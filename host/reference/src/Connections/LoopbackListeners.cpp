@@ -1,0 +1,64 @@
+#include "Connections/LoopbackListeners.h"
+
+#include "Sockets/SocketCalls.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace
+{
+
+constexpr int kTriesForAnyPort = 16; // a port that is free for IPv4 may be taken for IPv6
+
+bool MeansNoSuchFamily(int problem)
+{
+    return problem == EADDRNOTAVAIL || problem == EAFNOSUPPORT || problem == EPROTONOSUPPORT;
+}
+
+} // namespace
+
+bool LoopbackListeners::Open(unsigned short port)
+{
+    int problem = 0;
+    for (int tries = port == 0 ? kTriesForAnyPort : 1; tries > 0; --tries)
+    {
+        if (OpenBoth(port, problem))
+        {
+            m_port = SocketAddress::Own(m_descriptors.front().Number()).Port();
+            m_error.clear();
+            return true;
+        }
+        Close();
+        if (problem != EADDRINUSE)
+            break;
+    }
+    return false;
+}
+
+bool LoopbackListeners::OpenBoth(unsigned short port, int& problem)
+{
+    if (!OpenOne(SocketAddress::LoopbackIPv4(port), problem))
+        return false;
+    const unsigned short samePort = SocketAddress::Own(m_descriptors.front().Number()).Port();
+    return OpenOne(SocketAddress::LoopbackIPv6(samePort), problem) || MeansNoSuchFamily(problem);
+}
+
+bool LoopbackListeners::OpenOne(const SocketAddress& address, int& problem)
+{
+    FileDescriptor descriptor = SocketCalls::Listen(address, problem);
+    if (!descriptor.Valid())
+    {
+        m_error = "port " + std::to_string(address.Port()) + " on " + address.Host() + ": " +
+                  std::strerror(problem);
+        return false;
+    }
+    m_descriptors.push_back(std::move(descriptor));
+    return true;
+}
+
+void LoopbackListeners::Close()
+{
+    m_descriptors.clear();
+    m_port = 0;
+}

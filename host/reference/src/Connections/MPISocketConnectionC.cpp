@@ -1,0 +1,197 @@
+#include <MPI/MPISocketConnectionC.h>
+
+#include "Connections/NotificationParts.h"
+#include "Sockets/Deadline.h"
+
+#include <MPI/BEncoderC.h>
+
+#include <utility>
+
+namespace
+{
+
+constexpr std::size_t kReadBytes = 16384;
+constexpr int kLongestWaitUnconnected = 250; // as often as a client may connect again
+
+/// Raises a flag for one scope.
+class FlagScope
+{
+public:
+    explicit FlagScope(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~FlagScope() { m_flag = false; }
+    FlagScope(const FlagScope&) = delete;
+    FlagScope& operator=(const FlagScope&) = delete;
+
+private:
+    bool& m_flag;
+};
+
+} // namespace
+
+MPISocketConnectionC::MPISocketConnectionC() = default;
+
+MPISocketConnectionC::~MPISocketConnectionC() = default;
+
+bool MPISocketConnectionC::Connected()
+{
+    return Socket::Connected() && !PeerHasEnded();
+}
+
+void MPISocketConnectionC::Destroy()
+{
+    Forget();
+    DropOutbox();
+    ForgetInput();
+}
+
+bool MPISocketConnectionC::DoCallback(const std::string& name, BListC* arguments)
+{
+    const auto found = m_callbacks.find(name);
+    if (found == m_callbacks.end())
+        return false;
+    const Callback callback = found->second; // which may register another in its place
+    callback(arguments);
+    return true;
+}
+
+bool MPISocketConnectionC::DoClientCallback(const std::string&, BListC*)
+{
+    return false;
+}
+
+int MPISocketConnectionC::ProcessMessages(bool wait)
+{
+    if (m_inTurn)
+        return 0;
+    const FlagScope turn(m_inTurn);
+    CheckCallbacks();
+    const int handled = HandleMessages();
+    if (handled > 0 || !wait)
+        return handled;
+    if (!Wait(WaitingTime()))
+        Idle();
+    CheckCallbacks();
+    return HandleMessages();
+}
+
+int MPISocketConnectionC::WaitingTime() const
+{
+    const bool tooLong = m_timeout < 0 || m_timeout > kLongestWaitUnconnected;
+    return Descriptor() < 0 && tooLong ? kLongestWaitUnconnected : m_timeout;
+}
+
+int MPISocketConnectionC::HandleMessages()
+{
+    m_turnBytes = 0;
+    int handled = 0;
+    while (const std::unique_ptr<BDictionaryC> message = ReceiveMessage(false))
+    {
+        ++handled;
+        MessageReceived(message.get());
+    }
+    return handled;
+}
+
+void MPISocketConnectionC::CheckCallbacks()
+{
+    Socket::Connected(); // goes on connecting
+    Flush();
+}
+
+bool MPISocketConnectionC::SendMessage(BEncoderC* message)
+{
+    const bool fits = message->Bytes().size() <= BDecoderC::kMaximumMessageBytes &&
+                      message->Depth() <= BDecoderC::kMaximumDepth;
+    return fits && Connected() && Send(message->Bytes());
+}
+
+bool MPISocketConnectionC::SendMessageElement(BElementC* element)
+{
+    BEncoderC encoder;
+    encoder.Element(*element);
+    return SendMessage(&encoder);
+}
+
+bool MPISocketConnectionC::SendNotification(const std::string& name, BListC* arguments)
+{
+    const BListC none;
+    BEncoderC encoder;
+    encoder.BeginDictionary(); // written in steps because a dictionary would want to own the arguments
+    encoder.Text("args");
+    encoder.Element(arguments != nullptr ? *arguments : none);
+    encoder.Text("name");
+    encoder.Text(name);
+    encoder.End();
+    return SendMessage(&encoder);
+}
+
+std::unique_ptr<BDictionaryC> MPISocketConnectionC::ReceiveMessage(bool wait)
+{
+    const Deadline deadline(m_timeout);
+    for (;;)
+    {
+        FollowConnection();
+        if (auto message = DecodeBuffered())
+            return message;
+        if (ReadMore())
+            continue;
+        if (!wait || Descriptor() < 0 || deadline.Passed())
+            return nullptr;
+        Wait(deadline.MillisecondsLeft());
+        CheckCallbacks();
+    }
+}
+
+void MPISocketConnectionC::FollowConnection()
+{
+    if (m_connection == ConnectionCount())
+        return;
+    m_connection = ConnectionCount();
+    ForgetInput();
+}
+
+void MPISocketConnectionC::ForgetInput()
+{
+    m_input.clear();
+    m_decoded = 0;
+    m_decoder.Reset();
+}
+
+std::unique_ptr<BDictionaryC> MPISocketConnectionC::DecodeBuffered()
+{
+    m_decoded += m_decoder.Feed(m_input.data() + m_decoded, m_input.size() - m_decoded);
+    if (m_decoder.Failed())
+    {
+        m_decoded = m_input.size();
+        Close();
+    }
+    return m_decoder.TakeMessage();
+}
+
+bool MPISocketConnectionC::ReadMore()
+{
+    if (m_inTurn && m_turnBytes >= kTurnBytes)
+        return false;
+    m_input.resize(kReadBytes);
+    m_decoded = 0;
+    m_input.resize(Receive(&m_input[0], m_input.size()));
+    m_turnBytes += m_input.size();
+    return !m_input.empty();
+}
+
+void MPISocketConnectionC::MessageReceived(BDictionaryC* message)
+{
+    const NotificationParts parts(*message);
+    if (parts.Complete() && !DoCallback(*parts.name, parts.arguments))
+        DoClientCallback(*parts.name, parts.arguments);
+}
+
+bool MPISocketConnectionC::HasRoom() const
+{
+    return BytesWaiting() + BDecoderC::kMaximumMessageBytes <= kOutboxBytes;
+}
+
+void MPISocketConnectionC::RegisterCallback(const std::string& name, Callback callback)
+{
+    m_callbacks[name] = std::move(callback);
+}

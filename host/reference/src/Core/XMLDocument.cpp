@@ -1,0 +1,29 @@
+#include <Core/IO/XMLDocument.h>
+
+#include "Core/XMLFile.h"
+#include "Core/XMLTreeBuilder.h"
+
+namespace Core
+{
+namespace IO
+{
+
+XMLDocument::XMLDocument(bool keepText) : m_keepText(keepText) {}
+
+bool XMLDocument::Parse(const std::string& path)
+{
+    m_root = XMLNode();
+    m_error.clear();
+    std::string text;
+    bool recoded = false;
+    const std::string unread = ReadXMLFile(path, text, recoded);
+    if (!unread.empty())
+    {
+        m_error = "0:0: " + unread;
+        return false;
+    }
+    return XMLTreeBuilder(text, recoded, m_keepText).Build(m_root, m_error);
+}
+
+} // namespace IO
+} // namespace Core

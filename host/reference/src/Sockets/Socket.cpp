@@ -1,0 +1,159 @@
+#include <MPI/Socket.h>
+
+#include "Sockets/Deadline.h"
+#include "Sockets/SocketCalls.h"
+#include "Sockets/SocketTransport.h"
+
+Socket::Socket() : m_transport(std::make_unique<Transport>()) {}
+
+Socket::~Socket() = default;
+
+void Socket::Accept(int descriptor)
+{
+    if (descriptor < 0)
+        return;
+    Close();
+    m_transport->Adopt(FileDescriptor(descriptor));
+}
+
+bool Socket::Reconnect(int timeoutMilliseconds)
+{
+    if (!m_transport->HasTarget())
+        return false;
+    Close();
+    m_transport->Start();
+    if (timeoutMilliseconds < 0)
+        return m_transport->Up() || m_transport->UnderWay();
+    const Deadline deadline(timeoutMilliseconds);
+    m_transport->Progress();
+    while (m_transport->UnderWay() && !deadline.Passed())
+    {
+        SocketCalls::Poll(m_transport->Number(), true, -1, deadline.MillisecondsLeft());
+        m_transport->Progress();
+    }
+    return m_transport->Up();
+}
+
+bool Socket::Connected()
+{
+    m_transport->Progress();
+    return m_transport->Up();
+}
+
+int Socket::GetExtraReader()
+{
+    return -1;
+}
+
+void Socket::ReadExtra() {}
+
+void Socket::DataReceived() {}
+
+void Socket::DataReceivedFrom(std::string, unsigned short) {}
+
+void Socket::DataSent() {}
+
+void Socket::Disconnected() {}
+
+bool Socket::Connect(const std::string& host, unsigned short port, int timeoutMilliseconds)
+{
+    m_transport->Target(SocketAddress::Find(host, port));
+    if (m_transport->HasTarget())
+        return Reconnect(timeoutMilliseconds);
+    Close();
+    return false;
+}
+
+void Socket::Close()
+{
+    m_transport->Close();
+    ReportLoss();
+}
+
+void Socket::Forget()
+{
+    Close();
+    m_transport->Target({});
+}
+
+bool Socket::PeerHasEnded() const
+{
+    return m_transport->Up() && SocketCalls::PeerHasEnded(m_transport->Number());
+}
+
+int Socket::Descriptor() const
+{
+    return m_transport->Number();
+}
+
+bool Socket::Sending() const
+{
+    return m_transport->UnderWay() || (m_transport->Up() && !m_transport->Outbox().Empty());
+}
+
+std::size_t Socket::BytesWaiting() const
+{
+    return m_transport->Outbox().Waiting();
+}
+
+const std::string& Socket::PeerName() const
+{
+    return m_transport->PeerName();
+}
+
+bool Socket::Send(const std::string& message)
+{
+    if (!m_transport->Outbox().Add(message))
+        return false;
+    Flush();
+    return true;
+}
+
+void Socket::Flush()
+{
+    if (m_transport->Flush())
+        DataSent();
+    ReportLoss();
+}
+
+void Socket::DropOutbox()
+{
+    m_transport->Outbox().Clear();
+}
+
+std::size_t Socket::Receive(char* buffer, std::size_t size)
+{
+    const std::size_t count = m_transport->Receive(buffer, size);
+    if (count > 0)
+    {
+        DataReceived();
+        DataReceivedFrom(m_transport->Peer().Host(), m_transport->Peer().Port());
+    }
+    ReportLoss();
+    return count;
+}
+
+bool Socket::Wait(int timeoutMilliseconds)
+{
+    const unsigned ready =
+        SocketCalls::Poll(m_transport->Number(), Sending(), GetExtraReader(), timeoutMilliseconds);
+    if ((ready & 2u) != 0)
+        ReadExtra();
+    return ready != 0;
+}
+
+unsigned Socket::ConnectionCount() const
+{
+    return m_transport->Count();
+}
+
+int Socket::MillisecondsSinceAttempt() const
+{
+    return m_transport->MillisecondsSinceStart();
+}
+
+void Socket::ReportLoss()
+{
+    if (m_transport->TakeLoss())
+        Disconnected();
+}

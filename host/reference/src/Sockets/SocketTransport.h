@@ -1,0 +1,84 @@
+#ifndef SOCKETS_SOCKETTRANSPORT_H
+#define SOCKETS_SOCKETTRANSPORT_H
+
+#include "Sockets/FileDescriptor.h"
+#include "Sockets/MessageOutbox.h"
+#include "Sockets/SocketAddress.h"
+
+#include <MPI/Socket.h>
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// What a socket does, without its virtual operations: the descriptor's states, the outbox, and where to
+/// connect.
+class CORE_LOCAL Socket::Transport
+{
+public:
+    Transport() : m_outbox(kOutboxBytes) {}
+    ~Transport();
+    Transport(const Transport&) = delete;
+    Transport& operator=(const Transport&) = delete;
+
+    /// Remembers where to connect.
+    void Target(const std::vector<SocketAddress>& addresses) { m_target = addresses; }
+    bool HasTarget() const { return !m_target.empty(); }
+
+    /// Begins to connect; the connection held before is closed.
+    void Start();
+
+    /// Goes on connecting, from one address to the next where one does not answer.
+    void Progress();
+
+    /// Takes over a connected descriptor.
+    void Adopt(FileDescriptor descriptor);
+
+    /// Ends the connection, with a proper farewell if it was up.
+    void Close();
+
+    bool Up() const { return m_up; }
+
+    /// True once after a connection that was up has ended.
+    bool TakeLoss() { return std::exchange(m_lossUntold, false); }
+
+    bool UnderWay() const { return m_descriptor.Valid() && !m_up; }
+    int Number() const { return m_descriptor.Number(); }
+    const SocketAddress& Peer() const { return m_peer; }
+    const std::string& PeerName() const { return m_peerName; }
+    unsigned Count() const { return m_count; }
+    int MillisecondsSinceStart() const;
+
+    MessageOutbox& Outbox() { return m_outbox; }
+    const MessageOutbox& Outbox() const { return m_outbox; }
+
+    /// Sends what can be sent without waiting.
+    /// @return true if the outbox has become empty by it
+    bool Flush();
+
+    /// Reads without waiting.
+    std::size_t Receive(char* buffer, std::size_t size);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void TryNextAddress();
+    void Establish();
+    void Drop();
+
+    std::vector<SocketAddress> m_target;
+    std::size_t m_nextAddress = 0;
+    bool m_started = false;
+    Clock::time_point m_start; // of the last try to connect, if any
+    FileDescriptor m_descriptor;
+    bool m_up = false;
+    bool m_lossUntold = false;
+    unsigned m_count = 0;
+    SocketAddress m_peer;
+    std::string m_peerName;
+    MessageOutbox m_outbox;
+};
+
+#endif

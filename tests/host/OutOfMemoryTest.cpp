@@ -1,0 +1,115 @@
+// A program of its own, because it takes the place of the global operator new.
+#include <Core/IO/XMLDocument.h>
+#include <MPI/BDecoderC.h>
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <new>
+
+#include "support/FreshDirectory.h"
+
+namespace
+{
+
+int allocationsLeft = -1; // negative: any number
+
+void* Allocate(std::size_t size)
+{
+    if (allocationsLeft == 0)
+        throw std::bad_alloc();
+    if (allocationsLeft > 0)
+        --allocationsLeft;
+    void* const memory = std::malloc(size > 0 ? size : 1);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+/// Runs an action with only so many allocations allowed.
+/// @return false if it ran out of them
+template <typename Action> bool RunsWith(int allocations, Action action)
+{
+    allocationsLeft = allocations;
+    bool enough = true;
+    try
+    {
+        action();
+    }
+    catch (const std::bad_alloc&)
+    {
+        enough = false;
+    }
+    allocationsLeft = -1;
+    return enough;
+}
+
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    return Allocate(size);
+}
+
+void* operator new[](std::size_t size)
+{
+    return Allocate(size);
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+namespace
+{
+
+constexpr int kMoreThanEnough = 100000;
+
+TEST(HostOutOfMemory, ParseThrowsAndLeavesADocumentWithoutElements)
+{
+    const Support::CFreshDirectory directory;
+    const std::string path = directory.File("document.xml");
+    Support::WriteFile(path,
+                       "<a attributeWithALongName='and a value that is long too'>text that is not so short"
+                       "<b/><c><d e='f'/></c></a>");
+    int allocations = 0;
+    for (bool enough = false; !enough; ++allocations)
+    {
+        ASSERT_LT(allocations, kMoreThanEnough);
+        Core::IO::XMLDocument document(true);
+        enough = RunsWith(allocations, [&] { document.Parse(path); });
+        EXPECT_EQ(document.RootNode().Children().empty(), !enough) << allocations;
+    }
+    EXPECT_GT(allocations, 10) << "the test has to interrupt the parser, too";
+}
+
+TEST(HostOutOfMemory, DecodingThrowsAndGivesNoMessage)
+{
+    const std::string bytes = "d4:argsli1e33:a text that is too long for cheapd1:al1:beee4:name1:xe";
+    int allocations = 0;
+    for (bool enough = false; !enough; ++allocations)
+    {
+        ASSERT_LT(allocations, kMoreThanEnough);
+        BDecoderC decoder;
+        enough = RunsWith(allocations, [&] { decoder.Feed(bytes.data(), bytes.size()); });
+        EXPECT_EQ(decoder.TakeMessage() != nullptr, enough) << allocations;
+    }
+    EXPECT_GT(allocations, 5) << "the test has to interrupt the decoder, too";
+}
+
+} // namespace

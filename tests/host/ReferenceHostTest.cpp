@@ -1,0 +1,179 @@
+// What only our own host promises.
+#include <Core/Time.h>
+#include <MPI/BAtomC.h>
+#include <MPI/BEncoderC.h>
+#include <MPI/BListC.h>
+#include <MPI/MPISocketClientC.h>
+#include <MPI/MPISocketServerC.h>
+
+#include <chrono>
+#include <cstring>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <vector>
+
+#include "host/RawPeer.h"
+
+namespace
+{
+
+using HostTest::CRawConnection;
+using HostTest::CRawListener;
+using HostTest::Eventually;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kOutboxBytes = 1024 * 1024;
+constexpr std::size_t kLargestMessage = 65536;
+
+TEST(ReferenceHost, HasZeroAsTypeWordOfATime)
+{
+    for (const Core::Time& time : {Core::Time(), Core::Time(5), Core::Time::Now()})
+    {
+        std::uint32_t word = 1;
+        std::memcpy(&word, &time, sizeof(word));
+        EXPECT_EQ(word, 0u);
+    }
+}
+
+TEST(ReferenceHost, KeepsOneMebibyteAndSaysNoWhenALargestMessageWouldNotFit)
+{
+    CRawListener listener;
+    MPISocketClientC client(true);
+    ASSERT_TRUE(client.Connect("localhost", listener.Port(), 30000));
+    const CRawConnection peer = listener.Accept();
+    BListC arguments;
+    arguments.Append(std::make_unique<BAtomC>(std::string(1000, 'x')));
+    while (client.VerifyConnection())
+    {
+        ASSERT_LE(client.BytesWaiting(), kOutboxBytes - kLargestMessage);
+        ASSERT_TRUE(client.SendNotification("a", &arguments));
+    }
+    EXPECT_GT(client.BytesWaiting(), kOutboxBytes - kLargestMessage);
+    while (client.SendNotification("a", &arguments))
+        ASSERT_LE(client.BytesWaiting(), kOutboxBytes);
+    EXPECT_GT(client.BytesWaiting(), kOutboxBytes - 1100) << "after a no there is still the rest of the room";
+}
+
+TEST(ReferenceHost, TriesALostConnectionAgainAtMostEvery250Milliseconds)
+{
+    CRawListener listener;
+    MPISocketClientC client(true);
+    Clock::time_point beforeLast = Clock::now();
+    client.Connect("localhost", listener.Port(), -1);
+    listener.Accept().Close();
+    for (int tries = 0; tries < 4; ++tries)
+    {
+        Clock::time_point before;
+        ASSERT_TRUE(Eventually(
+            [&]
+            {
+                before = Clock::now();
+                client.VerifyConnection();
+                return listener.HasConnection();
+            }));
+        EXPECT_GE(Clock::now() - beforeLast, std::chrono::milliseconds(250));
+        beforeLast = before;
+        listener.Accept().Close();
+    }
+}
+
+class Handler : public MPIServerHandlerC
+{
+public:
+    bool NotificationReceived(const MPIPeerC&, const MPINotificationC&) override
+    {
+        ++notifications;
+        return true;
+    }
+    void InputRefused(const MPIPeerC&, std::uint64_t, const std::string& reason) override
+    {
+        ADD_FAILURE() << reason;
+    }
+    void PeerTurnedAway(const MPIPeerC& peer) override { turnedAway.push_back(peer.name); }
+
+    int notifications = 0;
+    std::vector<std::string> turnedAway;
+};
+
+/// Leaves the process no descriptor as long as it lives.
+class NoDescriptors
+{
+public:
+    NoDescriptors()
+    {
+        getrlimit(RLIMIT_NOFILE, &m_limit);
+        rlimit low = m_limit;
+        low.rlim_cur = 64;
+        setrlimit(RLIMIT_NOFILE, &low);
+        for (int copy = dup(0); copy >= 0; copy = dup(0))
+            m_copies.push_back(copy);
+    }
+    ~NoDescriptors()
+    {
+        for (const int copy : m_copies)
+            close(copy);
+        setrlimit(RLIMIT_NOFILE, &m_limit);
+    }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+
+private:
+    rlimit m_limit = {};
+    std::vector<int> m_copies;
+};
+
+TEST(ReferenceHost, TurnsConnectionsAwayWithoutDescriptorsAndServesTheOthers)
+{
+    Handler handler;
+    MPISocketServerC server(handler);
+    ASSERT_TRUE(server.Listen(0));
+    CRawConnection served = CRawConnection::To("127.0.0.1", server.Port());
+    ASSERT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 1; }));
+    served.Send("d4:argsle4:name1:xe");
+    ASSERT_TRUE(Eventually([&] { return server.Serve(0) >= 0 && handler.notifications == 1; }));
+    CRawConnection late = CRawConnection::To("127.0.0.1", server.Port());
+    {
+        const NoDescriptors noDescriptors;
+        EXPECT_TRUE(Eventually([&] { return server.Serve(0) == 0 && late.Ended(); }));
+        EXPECT_EQ(handler.turnedAway,
+                  std::vector<std::string>{"127.0.0.1:" + std::to_string(late.OwnPort())});
+        served.Send("d4:argsle4:name1:xe");
+        EXPECT_TRUE(Eventually([&] { return server.Serve(0) >= 0 && handler.notifications == 2; }));
+    }
+    const CRawConnection next = CRawConnection::To("127.0.0.1", server.Port());
+    EXPECT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 2; }));
+}
+
+/// A client without a connection: the two operations that matter are taken over.
+class Unconnected : public MPISocketClientC
+{
+public:
+    Unconnected() : MPISocketClientC(true) {}
+    bool Connected() override { return connected; }
+    bool SendMessage(BEncoderC* message) override
+    {
+        sent += message->Bytes();
+        return true;
+    }
+
+    bool connected = false;
+    std::string sent;
+};
+
+TEST(ReferenceHost, LetsATestTakeThePlaceOfTheConnection)
+{
+    Unconnected client;
+    EXPECT_FALSE(client.VerifyConnection());
+    client.connected = true;
+    EXPECT_TRUE(client.VerifyConnection());
+    EXPECT_TRUE(client.SendNotification("a", nullptr));
+    BAtomC atom(1);
+    EXPECT_TRUE(client.SendMessageElement(&atom));
+    EXPECT_EQ(client.sent, "d4:argsle4:name1:aei1e");
+}
+
+} // namespace
