@@ -1,0 +1,166 @@
+#include "common/TableCalls.h"
+
+#include <pwd.h>
+#include <signal.h>
+#include <sys/ipc.h>
+#include <sys/sem.h>
+#include <sys/shm.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+namespace Faultkeeper::Apps
+{
+
+namespace
+{
+constexpr int kTableMode = 0644; // as views ask for
+constexpr int kSemaphoreMode = 0666;
+constexpr int kPrivateMode = 0600;
+
+bool Operate(int semaphore, short change, short flags)
+{
+    struct sembuf operation = {};
+    operation.sem_op = change;
+    operation.sem_flg = static_cast<short>(SEM_UNDO | flags);
+    return semop(semaphore, &operation, 1) == 0;
+}
+
+// The letter behind the name in parentheses, which may itself hold parentheses; 0 if the process is not
+// listed.
+char ProcessState(pid_t process)
+{
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string text;
+    std::getline(file, text);
+    const std::size_t name = text.rfind(") ");
+    return name == std::string::npos || name + 2 >= text.size() ? '\0' : text[name + 2];
+}
+} // namespace
+
+bool TableKey(key_t& key)
+{
+    key = ftok(".", kStatusTableProject);
+    return key != -1;
+}
+
+int FindSegment(key_t key)
+{
+    return shmget(key, 0, 0);
+}
+
+int FindSemaphore(key_t key)
+{
+    return semget(key, 0, 0);
+}
+
+bool SegmentUsable(key_t key)
+{
+    return shmget(key, kStatusTableBytes, kTableMode) != -1;
+}
+
+bool SemaphoreUsable(key_t key)
+{
+    return semget(key, 1, kSemaphoreMode) != -1;
+}
+
+bool ReadSegmentFacts(int segment, SSegmentFacts& facts)
+{
+    struct shmid_ds description = {};
+    if (shmctl(segment, IPC_STAT, &description) == -1)
+        return false;
+    facts.user = description.shm_perm.uid;
+    facts.group = description.shm_perm.gid;
+    facts.mode = description.shm_perm.mode & 0777U;
+    facts.bytes = description.shm_segsz;
+    facts.attachments = static_cast<unsigned long>(description.shm_nattch);
+    return true;
+}
+
+bool SegmentUser(int segment, uid_t& user)
+{
+    std::ifstream file("/proc/sysvipc/shm");
+    std::string line;
+    while (std::getline(file, line))
+    {
+        std::istringstream fields(line);
+        std::string key, mode, bytes, creator, last, attachments;
+        int id = -1;
+        uid_t owner = 0;
+        if (fields >> key >> id >> mode >> bytes >> creator >> last >> attachments >> owner && id == segment)
+        {
+            user = owner;
+            return true;
+        }
+    }
+    return false;
+}
+
+ELockAttempt TryLock(int semaphore)
+{
+    if (Operate(semaphore, -1, IPC_NOWAIT))
+        return elaTaken;
+    return errno == EAGAIN || errno == EINTR ? elaBusy : elaFailed;
+}
+
+bool Unlock(int semaphore)
+{
+    return Operate(semaphore, 1, 0);
+}
+
+int LockValue(int semaphore)
+{
+    return semctl(semaphore, 0, GETVAL);
+}
+
+pid_t LastLocker(int semaphore)
+{
+    return semctl(semaphore, 0, GETPID);
+}
+
+bool CopyTable(int segment, SStatusTable& table)
+{
+    const void* const address = shmat(segment, nullptr, SHM_RDONLY);
+    if (address == reinterpret_cast<const void*>(-1))
+        return false;
+    std::memcpy(&table, address, sizeof table);
+    return shmdt(address) == 0;
+}
+
+bool RemoveSegment(int segment)
+{
+    return shmctl(segment, IPC_RMID, nullptr) == 0;
+}
+
+bool RemoveSemaphore(int semaphore)
+{
+    return semctl(semaphore, 0, IPC_RMID) == 0;
+}
+
+int ClaimSemaphore(key_t key)
+{
+    return semget(key, 1, IPC_CREAT | IPC_EXCL | kPrivateMode);
+}
+
+int ClaimSegment(key_t key)
+{
+    return shmget(key, kStatusTableBytes, IPC_CREAT | IPC_EXCL | kPrivateMode);
+}
+
+bool ProcessRuns(pid_t process)
+{
+    if (process <= 0 || (kill(process, 0) != 0 && errno == ESRCH))
+        return false;
+    const char state = ProcessState(process);
+    return state != 'Z' && state != 'X';
+}
+
+std::string UserName(uid_t user)
+{
+    const struct passwd* const entry = getpwuid(user);
+    return entry == nullptr ? std::to_string(user) : entry->pw_name;
+}
+
+} // namespace Faultkeeper::Apps

@@ -1,0 +1,153 @@
+#include "common/TableProbe.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+namespace Faultkeeper::Apps
+{
+
+namespace
+{
+constexpr int kLockAttempts = 250;
+constexpr std::chrono::milliseconds kLockPause(2);
+
+bool OwnerHasEnded(int semaphore)
+{
+    return LockValue(semaphore) == 0 && !ProcessRuns(LastLocker(semaphore));
+}
+
+ETableState StateOfFailure()
+{
+    return errno == EACCES || errno == EPERM ? etsRefused : errno == EINVAL ? etsForeign : etsAbsent;
+}
+
+// Tries for the lock; etsReady stands for "taken".
+ETableState TakeLock(STableFacts& facts)
+{
+    for (int attempt = 0; attempt < kLockAttempts; ++attempt)
+    {
+        const ELockAttempt result = TryLock(facts.semaphore);
+        if (result == elaTaken)
+            return etsReady;
+        if (result == elaFailed)
+            return StateOfFailure();
+        if (OwnerHasEnded(facts.semaphore))
+            return etsOwnerGone;
+        std::this_thread::sleep_for(kLockPause);
+    }
+    facts.holder = LastLocker(facts.semaphore);
+    return etsBusy;
+}
+
+ETableState CopyUnderLock(STableFacts& facts)
+{
+    const ETableState taken = TakeLock(facts);
+    if (taken != etsReady)
+        return taken;
+    const bool copied = CopyTable(facts.segment, facts.table);
+    const ETableState failure = StateOfFailure();
+    Unlock(facts.semaphore);
+    if (!copied)
+        return failure;
+    return facts.table.header.ready == 1 ? etsReady : etsNotReady;
+}
+
+ETableState Examine(STableFacts& facts, unsigned long ownAttachments)
+{
+    if (!ReadSegmentFacts(facts.segment, facts.details))
+        SegmentUser(facts.segment, facts.details.user);
+    if (!SegmentUsable(facts.key))
+        return StateOfFailure();
+    if (facts.details.bytes != kStatusTableBytes)
+        return etsForeign;
+    if (facts.details.attachments <= ownAttachments || facts.semaphore == -1)
+        return etsOwnerGone;
+    if (!SemaphoreUsable(facts.key))
+        return StateOfFailure();
+    return CopyUnderLock(facts);
+}
+} // namespace
+
+STableFacts ProbeTable(unsigned long ownAttachments)
+{
+    STableFacts facts;
+    if (!TableKey(facts.key))
+        return facts;
+    facts.segment = FindSegment(facts.key);
+    facts.semaphore = FindSemaphore(facts.key);
+    if (facts.segment != -1)
+        facts.state = Examine(facts, ownAttachments);
+    return facts;
+}
+
+bool OwnerPresent(ETableState state)
+{
+    return state == etsBusy || state == etsNotReady || state == etsReady;
+}
+
+const char* StateName(ETableState state)
+{
+    switch (state)
+    {
+    case etsAbsent:
+        return "absent";
+    case etsForeign:
+        return "foreign";
+    case etsRefused:
+        return "refused";
+    case etsOwnerGone:
+        return "ownerGone";
+    case etsBusy:
+        return "busy";
+    case etsNotReady:
+        return "notReady";
+    case etsReady:
+        break;
+    }
+    return "ready";
+}
+
+int RecordCount(const SStatusTable& table)
+{
+    return std::clamp<int>(table.header.count, 0, kStatusTableCapacity);
+}
+
+std::string Describe(const STableFacts& facts, const std::string& directory)
+{
+    const std::string table = "the table in " + directory;
+    switch (facts.state)
+    {
+    case etsAbsent:
+        return "no owner: there is no table in " + directory;
+    case etsForeign:
+        return "the shared memory under the key of " + directory + " is not a table of faults";
+    case etsRefused:
+        return table + " belongs to user " + UserName(facts.details.user) + ": only that user may read it";
+    case etsOwnerGone:
+        return "no owner: " + table + " is left over from an owner that has ended";
+    case etsBusy:
+        return table + " is locked by process " + std::to_string(facts.holder) + ", which does not let go";
+    case etsNotReady:
+        return table + " is not ready: its owner is starting or stopping";
+    case etsReady:
+        break;
+    }
+    return table + " is ready";
+}
+
+bool RemoveTable(const STableFacts& facts, std::string& problem)
+{
+    const bool segmentLeft = facts.segment != -1 && !RemoveSegment(facts.segment);
+    const int segmentError = errno;
+    const bool semaphoreLeft = facts.semaphore != -1 && !RemoveSemaphore(facts.semaphore);
+    const int error = segmentLeft ? segmentError : errno;
+    if (segmentLeft || semaphoreLeft)
+        problem =
+            std::string("cannot remove the ") + (segmentLeft ? "segment: " : "lock: ") + std::strerror(error);
+    return !segmentLeft && !semaphoreLeft;
+}
+
+} // namespace Faultkeeper::Apps

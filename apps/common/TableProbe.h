@@ -1,0 +1,69 @@
+#ifndef FAULTKEEPER_APPS_TABLEPROBE_H
+#define FAULTKEEPER_APPS_TABLEPROBE_H
+
+#include "common/TableCalls.h"
+
+#include <Faultkeeper/StatusTable.h>
+
+#include <sys/types.h>
+
+#include <string>
+
+namespace Faultkeeper::Apps
+{
+
+/// How things stand with the shared table of the working directory, as far as a display is concerned.
+enum ETableState : int
+{
+    etsAbsent,    ///< nothing there
+    etsForeign,   ///< something there that is no table of ours
+    etsRefused,   ///< another user's
+    etsOwnerGone, ///< left over: its owner has ended
+    etsBusy,      ///< a process keeps the lock and does not let go
+    etsNotReady,  ///< an owner is there and has not declared the table ready
+    etsReady,     ///< an owner is there and the table can be read
+};
+
+/// What a look at the table found.
+struct STableFacts
+{
+    ETableState state = etsAbsent;
+    key_t key = -1;
+    int segment = -1;      ///< system's number of the segment, -1 if there is none
+    int semaphore = -1;    ///< of the semaphore set, likewise
+    SSegmentFacts details; ///< zero as far as they may not be read
+    pid_t holder = -1;     ///< if busy, the process that operated on the lock last
+    SStatusTable table;    ///< copy of the table; only if ready or not ready
+};
+
+/// Looks whether there is a table and an owner, and copies the table under its lock. Makes nothing, prints
+/// nothing, and leaves everything as it was.
+///
+/// A lock that is busy is tried again for a few hundred milliseconds. That an owner is there shows by the
+/// lock: the system takes it away from everybody when the process that made it available ends, so a lock that
+/// cannot be had, and was last touched by a process that has ended, has no owner. Nor has a segment that
+/// nobody is attached to.
+/// @param ownAttachments  how often this process itself is attached to the segment
+STableFacts ProbeTable(unsigned long ownAttachments);
+
+/// Is there an owner, as far as can be told? A lock that somebody keeps counts as one.
+bool OwnerPresent(ETableState state);
+
+/// The state in one word for programs: "absent", "foreign", "refused", "ownerGone", "busy", "notReady",
+/// "ready".
+const char* StateName(ETableState state);
+
+/// Number of records in use, within what the table can hold.
+int RecordCount(const SStatusTable& table);
+
+/// The state for people: "there is no table in /run/faultkeeper".
+/// @param directory  the run directory
+std::string Describe(const STableFacts& facts, const std::string& directory);
+
+/// Removes segment and semaphore set, as far as they are there.
+/// @param problem  replaced if the result is false
+bool RemoveTable(const STableFacts& facts, std::string& problem);
+
+} // namespace Faultkeeper::Apps
+
+#endif

@@ -1,0 +1,77 @@
+#ifndef FAULTKEEPERCTL_COMMANDLINE_H
+#define FAULTKEEPERCTL_COMMANDLINE_H
+
+#include "faultkeeperctl/Settings.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace CLI
+{
+class App;
+class ParseError;
+} // namespace CLI
+
+namespace Faultkeeper::Apps
+{
+
+/// What a command does once the command line is understood.
+typedef std::function<EProgramStatus(const SSettings&)> CommandAction;
+
+/// A command that was added, for its own arguments and flags. Where they are stored must outlive the command
+/// line.
+class CCommand
+{
+public:
+    explicit CCommand(CLI::App& app) : m_app(app) {}
+
+    /// Adds an argument that must be given.
+    /// @param value  borrowed
+    void Argument(const std::string& name, std::string& value, const std::string& what);
+
+    /// @param name   with its dashes
+    /// @param value  borrowed; true if the flag is given
+    void Flag(const std::string& name, bool& value, const std::string& what);
+
+    /// Adds a flag without which the command does nothing.
+    void RequiredFlag(const std::string& name, const std::string& what);
+
+private:
+    CLI::App& m_app; // not owned
+};
+
+/// The program's commands and the options that hold for all of them.
+class CCommandLine
+{
+public:
+    CCommandLine();
+    ~CCommandLine();
+    CCommandLine(const CCommandLine&) = delete;
+    CCommandLine& operator=(const CCommandLine&) = delete;
+
+    /// Adds a command.
+    /// @param what     one line for the list of commands
+    /// @param details  for the command's own help: what it prints, and an example
+    CCommand Add(const std::string& name, const std::string& what, const std::string& details,
+                 CommandAction action);
+
+    /// Reads the command line and does what it says. Messages go to standard error.
+    /// @return the program's exit status
+    int Run(int argumentCount, const char* const* arguments);
+
+private:
+    EProgramStatus RunChosen();
+    int Misunderstood(const CLI::ParseError& error);
+
+    std::unique_ptr<CLI::App> m_app;
+    std::string m_configuration;
+    std::string m_runDirectory;
+    bool m_json = false;
+    std::map<const CLI::App*, CommandAction> m_actions;
+};
+
+} // namespace Faultkeeper::Apps
+
+#endif

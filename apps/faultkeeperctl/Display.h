@@ -1,0 +1,78 @@
+#ifndef FAULTKEEPERCTL_DISPLAY_H
+#define FAULTKEEPERCTL_DISPLAY_H
+
+#include "common/TableProbe.h"
+#include "faultkeeperctl/Settings.h"
+
+#include <Faultkeeper/ErrorDatabase.h>
+#include <Faultkeeper/ErrorDatabaseView.h>
+#include <Faultkeeper/ErrorEntry.h>
+#include <Faultkeeper/ErrorOverlay.h>
+#include <Faultkeeper/ErrorTree.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Faultkeeper::Apps
+{
+
+/// What a display program holds: the configuration, and of the shared table a picture that is exact each time
+/// it is refreshed, whatever was missed in between.
+///
+/// Works in the run directory, which it makes the working directory, and makes neither table nor lock.
+class CDisplay
+{
+public:
+    /// Loads the configuration and goes to the run directory.
+    /// @throws CFailure
+    explicit CDisplay(const SSettings& settings);
+
+    /// Brings records and database to the present state of the table. Without a table that is ready they keep
+    /// what they hold.
+    /// @return how things stand with the table
+    ETableState Refresh();
+
+    /// The same for commands that show one picture and end.
+    /// @throws CFailure if there is no table that is ready; its message says why
+    void RequirePicture();
+
+    /// What the last Refresh found.
+    const STableFacts& Facts() const { return m_facts; }
+    /// Have the records changed with the last Refresh?
+    bool Changed() const { return m_changed; }
+    /// The table's records in its order.
+    const std::vector<SErrorEntry>& Records() const { return m_records; }
+    const CErrorDatabase& Database() const { return *m_database; }
+
+    /// The trees of all active top errors in identifier order, with texts.
+    std::vector<SErrorTree> Trees() const;
+
+    /// Names of the errors that are raised and that this configuration does not know, so that no tree shows
+    /// them.
+    std::vector<std::string> UnknownRaised() const;
+
+private:
+    void FollowTable();
+    bool CopyRecords();
+    void CorrectDatabase();
+
+    SSettings m_settings;
+    std::unique_ptr<CErrorDatabase> m_database;
+    CErrorOverlay m_overlay;
+    STableFacts m_facts;
+    std::unique_ptr<CErrorDatabaseView> m_view;
+    std::vector<int> m_attached; // segments that this process has attached; views never detach
+    std::vector<SErrorEntry> m_records;
+    bool m_changed = false;
+};
+
+/// Status for a state in which nothing can be shown.
+EProgramStatus StatusOf(ETableState state);
+
+/// Tells on standard error which raised errors the display cannot show.
+void WarnOfUnknown(const CDisplay& display);
+
+} // namespace Faultkeeper::Apps
+
+#endif

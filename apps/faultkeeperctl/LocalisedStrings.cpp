@@ -1,0 +1,64 @@
+#include "faultkeeperctl/LocalisedStrings.h"
+
+#include "faultkeeperctl/Settings.h"
+
+#include <Faultkeeper/Error.h>
+#include <Faultkeeper/ErrorPresentation.h>
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <system_error>
+
+namespace Faultkeeper::Apps
+{
+
+namespace
+{
+class CTemporaryFile
+{
+public:
+    CTemporaryFile()
+    {
+        std::error_code failed;
+        const std::filesystem::path base = std::filesystem::temp_directory_path(failed);
+        m_path = ((failed ? std::filesystem::path("/tmp") : base) / "faultkeeperctl-XXXXXX").string();
+        const int descriptor = mkstemp(m_path.data());
+        if (descriptor < 0)
+            throw CFailure(epsNo, "cannot make the file " + m_path + ": " + std::strerror(errno));
+        close(descriptor);
+    }
+    ~CTemporaryFile() { unlink(m_path.c_str()); }
+    CTemporaryFile(const CTemporaryFile&) = delete;
+    CTemporaryFile& operator=(const CTemporaryFile&) = delete;
+
+    const std::string& Path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+bool EndsWith(const std::string& text, const std::string& end)
+{
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+} // namespace
+
+std::string LocalisedStrings(const std::vector<CError>& errors)
+{
+    const CTemporaryFile file;
+    CErrorPresentation::DumpLocalisedText(errors, file.Path());
+    std::ostringstream text;
+    text << std::ifstream(file.Path(), std::ios::binary).rdbuf();
+    // a full disk cuts the file off, so what comes last tells whether all of it is there
+    if (!errors.empty() && !EndsWith(text.str(), "\n" + errors.back().ShortProblemText() + "\n"))
+        throw CFailure(epsNo, "the temporary file " + file.Path() + " could not be written whole");
+    return text.str();
+}
+
+} // namespace Faultkeeper::Apps

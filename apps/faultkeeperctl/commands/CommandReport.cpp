@@ -1,0 +1,152 @@
+#include "faultkeeperctl/commands/Commands.h"
+
+#include "common/ErrorNames.h"
+#include "faultkeeperctl/CommandLine.h"
+#include "faultkeeperctl/json/Json.h"
+
+#include <Faultkeeper/ErrorDatabase.h>
+#include <Faultkeeper/FaultkeeperAPI.h>
+
+#include <poll.h>
+
+#include <chrono>
+#include <iostream>
+#include <memory>
+
+namespace Faultkeeper::Apps
+{
+
+namespace
+{
+typedef std::chrono::steady_clock Clock;
+
+constexpr std::chrono::seconds kPatience(2); // for a connection, and then for the message to leave
+constexpr int kTurnMilliseconds = 20;
+constexpr const char* kNoOwner = "no owner: nobody listens on port 5300 of this machine";
+
+struct SRequest
+{
+    bool raise;
+    std::string id;
+};
+
+// With a configuration at hand an error that it does not define is a mistake; the owner would only log it.
+void CheckConfigured(const SSettings& settings, const std::string& typed, const ErrorId& id)
+{
+    const std::unique_ptr<CErrorDatabase> database = LoadConfiguration(settings);
+    if (database->RetrieveError(id.first, id.second) != nullptr)
+        return;
+    const std::string nearest = NearestConfigured(typed, *database);
+    throw CFailure(epsNo, "the configuration in " + settings.configuration + " defines no error \"" +
+                              ErrorName(id.first, id.second) + "\"" +
+                              (nearest.empty() ? "" : "; the nearest is \"" + nearest + "\""));
+}
+
+// For a name with a slip: what the configuration, if there is one, has nearest to it.
+std::string ConfiguredHint(const SSettings& settings, const std::string& typed, const std::string& problem)
+{
+    if (!settings.configured)
+        return "";
+    const std::string nearest = NearestConfigured(typed, *LoadConfiguration(settings));
+    const bool told = nearest.empty() || problem.find("\"" + nearest + "\"") != std::string::npos;
+    return told ? "" : "; the nearest configured error is \"" + nearest + "\"";
+}
+
+ErrorId CheckedId(const SSettings& settings, const std::string& typed)
+{
+    ErrorId id;
+    std::string problem;
+    if (!ParseErrorId(typed, id, problem))
+        throw CFailure(epsUsage, problem + ConfiguredHint(settings, typed, problem));
+    if (settings.configured)
+        CheckConfigured(settings, typed, id);
+    return id;
+}
+
+void WaitForSocket(CFaultkeeperAPI& api)
+{
+    struct pollfd waiting = {};
+    waiting.fd = api.Descriptor();
+    waiting.events = POLLOUT;
+    poll(&waiting, 1, kTurnMilliseconds);
+}
+
+bool Connected(CFaultkeeperAPI& api)
+{
+    for (const Clock::time_point end = Clock::now() + kPatience; Clock::now() < end;)
+    {
+        if (api.VerifyConnection())
+            return true;
+        if (api.Descriptor() < 0)
+            return false; // refused: there is nobody
+        WaitForSocket(api);
+    }
+    return false;
+}
+
+// The message is out of this process when nothing waits any more: the kernel delivers it even if we are gone.
+bool Delivered(CFaultkeeperAPI& api)
+{
+    for (const Clock::time_point end = Clock::now() + kPatience; Clock::now() < end;)
+    {
+        if (api.BytesWaiting() == 0)
+            return true;
+        if (api.Descriptor() < 0)
+            return false;
+        WaitForSocket(api);
+        api.ProcessMessages(false);
+    }
+    return api.BytesWaiting() == 0;
+}
+
+void Send(bool raise, const ErrorId& id)
+{
+    CFaultkeeperAPI api;
+    if (!Connected(api))
+        throw CFailure(epsNoOwner, kNoOwner);
+    const EProblemType type = static_cast<EProblemType>(id.second);
+    const int result =
+        raise ? api.RaiseError(id.first, type, false, false) : api.ClearError(id.first, type, false);
+    if (result != 1 || !Delivered(api))
+        throw CFailure(epsNoOwner, "no owner: the connection was lost before the report was sent");
+}
+
+EProgramStatus Report(const SSettings& settings, const SRequest& request)
+{
+    const ErrorId id = CheckedId(settings, request.id);
+    Send(request.raise, id);
+    if (settings.json)
+    {
+        Json document = IdDocument(id.first, id.second);
+        document["request"] = request.raise ? "raise" : "clear";
+        document["sent"] = true;
+        PrintDocument(document);
+    }
+    else
+        std::cout << (request.raise ? "raise" : "clear") << " of " << ErrorName(id.first, id.second) << " ("
+                  << ErrorNumber(id.first, id.second) << ") sent to the owner\n";
+    return epsDone;
+}
+
+void AddOne(CCommandLine& commandLine, bool raise, const char* name, const char* what, const char* details)
+{
+    const auto request = std::make_shared<SRequest>(SRequest{raise, ""});
+    CCommand command = commandLine.Add(
+        name, what, details, [request](const SSettings& settings) { return Report(settings, *request); });
+    command.Argument("ID", request->id, "the error");
+}
+} // namespace
+
+void AddReport(CCommandLine& commandLine)
+{
+    AddOne(commandLine, true, "raise", "Report an error as raised",
+           "Sends the report to the owner on port 5300. The last field of a name is the failure mode, as "
+           "number or\n"
+           "name. With a configuration the error must be defined in it.\n"
+           "Example: faultkeeperctl raise \"Positioning:GPS:No Data:2\"");
+    AddOne(commandLine, false, "clear", "Report an error as cleared",
+           "Sends the report to the owner on port 5300, as \"raise\" does.\n"
+           "Example: faultkeeperctl clear 0x40C1B:2");
+}
+
+} // namespace Faultkeeper::Apps

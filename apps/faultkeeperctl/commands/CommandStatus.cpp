@@ -1,0 +1,98 @@
+#include "faultkeeperctl/commands/Commands.h"
+
+#include "common/TableProbe.h"
+#include "faultkeeperctl/CommandLine.h"
+#include "faultkeeperctl/Display.h"
+#include "faultkeeperctl/json/Json.h"
+#include "faultkeeperctl/text/TextTable.h"
+#include "faultkeeperctl/text/TextWidth.h"
+#include "faultkeeperctl/text/TimeText.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+
+namespace Faultkeeper::Apps
+{
+
+namespace
+{
+bool HasCopy(const STableFacts& facts)
+{
+    return facts.state == etsReady || facts.state == etsNotReady;
+}
+
+int RaisedCount(const SStatusTable& table)
+{
+    return static_cast<int>(std::count_if(table.records, table.records + RecordCount(table),
+                                          [](const SErrorEntry& record)
+                                          { return (record.flags & kRaisedFlag) != 0; }));
+}
+
+std::string KeyText(key_t key)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "0x%08x", static_cast<unsigned>(key));
+    return text;
+}
+
+Json StatusDocument(const STableFacts& facts, const SSettings& settings)
+{
+    Json document;
+    document["runDirectory"] = settings.runDirectory;
+    document["key"] = KeyText(facts.key);
+    document["state"] = StateName(facts.state);
+    document["owner"] = OwnerPresent(facts.state);
+    document["ready"] = facts.state == etsReady;
+    document["message"] = Describe(facts, settings.runDirectory);
+    if (!HasCopy(facts))
+        return document;
+    document["records"] = RecordCount(facts.table);
+    document["raised"] = RaisedCount(facts.table);
+    SetTime(document, "lastRaise", WholeSeconds(facts.table.header.lastRaiseTime));
+    SetTime(document, "lastClear", WholeSeconds(facts.table.header.lastClearTime));
+    return document;
+}
+
+void PrintField(const char* label, const std::string& value)
+{
+    std::cout << FieldText(label, {value}, OutputWidth());
+}
+
+void PrintStatus(const STableFacts& facts, const SSettings& settings)
+{
+    PrintField("Run dir", settings.runDirectory);
+    PrintField("Key", KeyText(facts.key));
+    PrintField("Owner", OwnerPresent(facts.state) ? "running" : "none");
+    PrintField("Ready", facts.state == etsReady ? "yes" : "no");
+    if (!HasCopy(facts))
+        return;
+    PrintField("Records", std::to_string(RecordCount(facts.table)));
+    PrintField("Raised", std::to_string(RaisedCount(facts.table)));
+    PrintField("Last raise", TimeOrNever(WholeSeconds(facts.table.header.lastRaiseTime)));
+    PrintField("Last clear", TimeOrNever(WholeSeconds(facts.table.header.lastClearTime)));
+}
+
+EProgramStatus Status(const SSettings& settings)
+{
+    EnterRunDirectory(settings);
+    const STableFacts facts = ProbeTable(0);
+    if (settings.json)
+        PrintDocument(StatusDocument(facts, settings));
+    else
+        PrintStatus(facts, settings);
+    if (facts.state != etsReady)
+        throw CFailure(StatusOf(facts.state), Describe(facts, settings.runDirectory));
+    return epsDone;
+}
+} // namespace
+
+void AddStatus(CCommandLine& commandLine)
+{
+    commandLine.Add("status", "Tell whether an owner is there and how many errors are raised",
+                    "Needs no configuration. Exit status 0 if the table is ready, 3 if there is no owner.\n"
+                    "Example: faultkeeperctl status && echo \"faults are being watched\"",
+                    Status);
+}
+
+} // namespace Faultkeeper::Apps

@@ -1,0 +1,26 @@
+#ifndef FAULTKEEPERCTL_TIMETEXT_H
+#define FAULTKEEPERCTL_TIMETEXT_H
+
+#include <cstdint>
+#include <string>
+
+namespace Core
+{
+class Time;
+}
+
+namespace Faultkeeper::Apps
+{
+
+/// Local time with its distance from UTC: "2026-03-01T17:05:09+01:00".
+std::string TimeText(std::int64_t secondsSince1970);
+
+/// The same, or "never" for 0, which stands for a time that was not recorded.
+std::string TimeOrNever(std::int64_t secondsSince1970);
+
+/// Whole seconds, rounded down.
+std::int64_t WholeSeconds(const Core::Time& time);
+
+} // namespace Faultkeeper::Apps
+
+#endif

@@ -1,0 +1,20 @@
+#ifndef FAULTKEEPER_FAULTKEEPERD_LOG_H
+#define FAULTKEEPER_FAULTKEEPERD_LOG_H
+
+#include <string>
+
+namespace Faultkeeper::Apps
+{
+
+/// One line each on standard error, "faultkeeperd: <level>: text". Line ends and other control characters in
+/// `text` are written as \xNN, so nothing a peer sends can forge a line.
+void LogError(const std::string& text);
+void LogWarning(const std::string& text);
+void LogInfo(const std::string& text);
+
+/// The text as a log line may hold it: control characters as \xNN, and no more than its first 80 bytes.
+std::string Quoted(const std::string& text);
+
+} // namespace Faultkeeper::Apps
+
+#endif

@@ -1,0 +1,85 @@
+#ifndef FAULTKEEPER_FAULTKEEPERD_PUBLISHER_H
+#define FAULTKEEPER_FAULTKEEPERD_PUBLISHER_H
+
+#include <Faultkeeper/ErrorDbChanged.h>
+
+#include <cstddef>
+#include <deque>
+
+namespace Faultkeeper
+{
+class CErrorDatabase;
+class CErrorDatabaseView;
+} // namespace Faultkeeper
+
+namespace Faultkeeper::Apps
+{
+
+/// Brings the shared table to what the database says, and loses nothing while the table's lock is busy.
+///
+/// Listens to the database and keeps every change, in order, until the table has it: the records' identifiers
+/// first, then the word that the table is ready, then the changes, and in the end, once withdrawn, the word
+/// that it is ready no more. Each call of Publish goes as far as the lock allows.
+///
+/// Ownership: database and view are borrowed. Whoever makes one sets it as the database's listener.
+/// Failure: a busy lock only means that Publish has to be called again. A failed view makes it refuse for
+/// good. Cost: 12 bytes for each change that waits.
+class CPublisher : public CErrorDbChanged
+{
+public:
+    /// One taking of the lock publishes at most this many changes, so that readers get their turn.
+    static constexpr std::size_t kRunLimit = 64;
+
+    /// @param view  owning and creating
+    CPublisher(const CErrorDatabase& database, CErrorDatabaseView& view);
+
+    void ErrorRaised(int problemCode, int problemType) override;
+    void ErrorCleared(int problemCode, int problemType) override;
+
+    /// Publishes what is left, in order, as far as it goes.
+    /// @return true if nothing is left; false if the lock was busy or the view has failed
+    bool Publish();
+
+    /// True if Publish has nothing to do.
+    bool Done() const;
+
+    /// From here on, the table is declared not ready as soon as all changes are in it. One that was never
+    /// declared ready and waits for no change is left as it is.
+    void Withdraw() { m_withdrawn = true; }
+
+    /// Does the table say that it is ready?
+    bool Ready() const { return m_stage == epsReady; }
+
+    /// Changes that the table does not have yet.
+    std::size_t Waiting() const { return m_changes.size(); }
+
+private:
+    enum EPublishingStage
+    {
+        epsEmpty, // the table has no identifiers yet
+        epsLoaded,
+        epsReady,
+        epsWithdrawn // not ready: declared so, or never declared ready
+    };
+
+    struct SChange
+    {
+        int problemCode;
+        int problemType;
+        bool raised;
+    };
+
+    bool Advance();
+    bool Reach(EPublishingStage stage, bool done);
+    bool PublishRun();
+
+    const CErrorDatabase& m_database;
+    CErrorDatabaseView& m_view;
+    EPublishingStage m_stage;
+    bool m_withdrawn;
+    std::deque<SChange> m_changes; // oldest first
+};
+
+} // namespace Faultkeeper::Apps
+
+#endif

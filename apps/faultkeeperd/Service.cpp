@@ -1,0 +1,114 @@
+#include "faultkeeperd/Service.h"
+
+#include "faultkeeperd/Log.h"
+
+#include <poll.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace Faultkeeper::Apps
+{
+
+namespace
+{
+using Clock = COwner::Clock;
+
+// The pauses between these add up to about four seconds; a lock that is busy longer than that is not coming
+// back.
+constexpr int kEndingTries = 24;
+
+/// Waits for input on any of the descriptors.
+/// @return false if the system refused
+bool WaitForInput(struct pollfd* descriptors, nfds_t count, int timeoutMilliseconds)
+{
+    return poll(descriptors, count, timeoutMilliseconds) >= 0 || errno == EINTR;
+}
+} // namespace
+
+CService::CService() : m_server(m_handler) {}
+
+bool CService::Listen(unsigned short port)
+{
+    if (m_server.Listen(port))
+        return true;
+    const bool inUse = m_server.Error().find(std::strerror(EADDRINUSE)) != std::string::npos;
+    LogError(inUse ? "another owner is running: " + m_server.Error() : "cannot listen: " + m_server.Error());
+    return false;
+}
+
+bool CService::Load(const std::string& configurationPrefix)
+{
+    m_database = std::make_unique<CErrorDatabase>(configurationPrefix);
+    if (!m_database->Loaded())
+    {
+        LogError("the configuration in " + configurationPrefix + " could not be loaded");
+        return false;
+    }
+    m_owner = std::make_unique<COwner>(*m_database);
+    m_handler.Owner(m_owner.get());
+    return Publish();
+}
+
+bool CService::Run()
+{
+    bool working = true;
+    while (working && m_signals.Received() == 0)
+        working = Turn();
+    return End() && working;
+}
+
+bool CService::Turn()
+{
+    struct pollfd inputs[] = {{m_signals.Descriptor(), POLLIN, 0}, {m_server.Descriptor(), POLLIN, 0}};
+    if (!WaitForInput(inputs, 2, m_owner->MillisecondsToPublish(Clock::now())))
+    {
+        LogError(std::string("poll: ") + std::strerror(errno));
+        return false;
+    }
+    if (m_signals.Received() == 0 && inputs[1].revents != 0 && m_server.Serve(0) < 0)
+    {
+        LogError("cannot go on listening: " + m_server.Error());
+        return false;
+    }
+    return Publish();
+}
+
+bool CService::Publish()
+{
+    const bool wasReady = m_owner->Publisher().Ready();
+    m_owner->Publish(Clock::now());
+    if (m_owner->Failed())
+    {
+        LogError("the shared table has failed; nothing can be published any more");
+        return false;
+    }
+    if (!wasReady && m_owner->Publisher().Ready())
+        LogInfo("ready: " + std::to_string(m_database->GetErrorList().size()) + " errors, port " +
+                std::to_string(m_server.Port()));
+    return true;
+}
+
+bool CService::End()
+{
+    // The port stays ours to the last: another owner must not take over the table while this one still writes
+    // it.
+    m_owner->Withdraw();
+    for (int attempt = 0; attempt < kEndingTries && !m_owner->Failed(); ++attempt)
+    {
+        m_owner->Publish(Clock::now());
+        if (m_owner->Publisher().Done())
+            break;
+        WaitForInput(nullptr, 0, m_owner->MillisecondsToPublish(Clock::now()));
+    }
+    m_server.Close();
+    if (!m_owner->Publisher().Done())
+    {
+        LogError("ended with " + std::to_string(m_owner->Publisher().Waiting()) + " changes not published");
+        return false;
+    }
+    LogInfo("ended");
+    return true;
+}
+
+} // namespace Faultkeeper::Apps
