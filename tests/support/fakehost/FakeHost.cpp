@@ -47,6 +47,17 @@ void CallIfSet(const std::function<void()>& hook)
 }
 } // namespace
 
+void* BListC::operator new(std::size_t size)
+{
+    return ::operator new(size);
+}
+
+void BListC::operator delete(void* list)
+{
+    FakeHost::Record("list deleted");
+    ::operator delete(list);
+}
+
 std::string BListC::Shown() const
 {
     std::string text;

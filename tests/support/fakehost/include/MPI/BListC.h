@@ -14,12 +14,8 @@ public:
     ~BListC() override { FakeHost::Record("list destroyed"); }
 
     // Tells lists that are deleted from lists that are only destroyed.
-    static void* operator new(std::size_t size) { return ::operator new(size); }
-    static void operator delete(void* list)
-    {
-        FakeHost::Record("list deleted");
-        ::operator delete(list);
-    }
+    static void* operator new(std::size_t size);
+    static void operator delete(void* list);
 
     /// Leaves the parent as it is, so that the record shows whether it was given.
     void Append(std::unique_ptr<BElementC> element) { m_elements.push_back(std::move(element)); }

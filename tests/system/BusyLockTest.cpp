@@ -1,0 +1,126 @@
+#include "SystemFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+using namespace Support;
+using namespace Faultkeeper;
+
+namespace
+{
+
+class BusyLock : public SystemTest
+{
+};
+
+/// A process that takes the table's lock, keeps it until told, and gives it back.
+class CLockHolder
+{
+public:
+    CLockHolder() : m_process([this] { return HoldLock(); }) { EXPECT_TRUE(m_held.Pass()); }
+
+    /// @return true if the lock was given back as it should be
+    bool Release()
+    {
+        m_release.Open();
+        return m_process.Wait() == 0;
+    }
+
+    CChildProcess& Process() { return m_process; }
+
+private:
+    int HoldLock() const
+    {
+        CErrorDatabaseView view(false, eViewReader);
+        if (!WaitUntil([&] { return view.GetLock(false); }))
+            return 1;
+        m_held.Open();
+        return m_release.Pass() && view.ReleaseLock() ? 0 : 1;
+    }
+
+    CGate m_held;
+    CGate m_release;
+    CChildProcess m_process; // last: it uses the gates
+};
+
+} // namespace
+
+TEST_F(BusyLock, LosesNoReportHoweverLongItIsHeld)
+{
+    const auto owner = StartOwner();
+    CLockHolder holder;
+    Report("repeat 100 raise 0x40C09 9 clear 0x40C09 9 then raise 0x4281B 2");
+    ASSERT_TRUE(owner->SaysInTime("unable to obtain lock\nunable to obtain lock\nunable to obtain lock\n"));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 0);
+
+    EXPECT_TRUE(holder.Release());
+    CDisplay display(Configuration());
+    EXPECT_TRUE(display.ShowsInTime({kDataSensor, kReceiver, kPosition}));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 100);
+    EXPECT_EQ(Record(kLinkSensor).counter2, 100);
+    EXPECT_EQ(Record(kReceiver).counter1, 101);
+    EXPECT_EQ(Record(kDataSensor).counter1, 1);
+}
+
+TEST_F(BusyLock, LosesNoReportWhileDisplaysCopyWithoutAPause)
+{
+    const auto owner = StartOwner();
+    const CGate end;
+    const auto copy = [&]
+    {
+        std::freopen("/dev/null", "w", stderr); // the lock is busy often enough, and says so
+        CDisplay display(Configuration());
+        while (!end.Opened())
+            display.Active();
+        return 0;
+    };
+    CChildProcess first(copy);
+    CChildProcess second(copy);
+    Report("repeat 1000 raise 0x40C09 9 clear 0x40C09 9 then raise 0x4281B 2");
+    EXPECT_TRUE(WaitUntil([&] { return Record(kDataSensor).counter1 == 1; }));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1000);
+    EXPECT_EQ(Record(kReceiver).counter1, 1001);
+    end.Open();
+    EXPECT_EQ(first.Wait(), 0);
+    EXPECT_EQ(second.Wait(), 0);
+}
+
+TEST_F(BusyLock, IsFreeAgainWhenItsHolderIsKilled)
+{
+    const auto owner = StartOwner();
+    CLockHolder holder;
+    Report("raise 0x40C09 9");
+    ASSERT_TRUE(owner->SaysInTime("unable to obtain lock"));
+    holder.Process().Signal(SIGKILL);
+    EXPECT_EQ(holder.Process().Wait(), 128 + SIGKILL);
+    CDisplay display(Configuration());
+    EXPECT_TRUE(display.ShowsInTime({kLinkSensor, kReceiver, kPosition}));
+}
+
+TEST_F(BusyLock, DoesNotKeepTheOwnerFromPublishingBeforeItEnds)
+{
+    const auto owner = StartOwner();
+    CLockHolder holder;
+    Report("raise 0x40C09 9");
+    ASSERT_TRUE(owner->SaysInTime("unable to obtain lock"));
+    owner->Process().Signal(SIGTERM);
+    EXPECT_TRUE(holder.Release());
+    EXPECT_EQ(owner->Wait(), 0) << owner->Errors();
+    EXPECT_EQ(Record(kPosition).flags, kRaisedFlag);
+    EXPECT_EQ(Table().header.ready, 0U);
+}
+
+TEST_F(BusyLock, ThatIsNeverGivenBackDoesNotKeepTheOwnerFromEnding)
+{
+    const auto owner = StartOwner();
+    CLockHolder holder;
+    Report("raise 0x40C09 9");
+    ASSERT_TRUE(owner->SaysInTime("unable to obtain lock"));
+    owner->Process().Signal(SIGTERM);
+    EXPECT_EQ(owner->Wait(), 1);
+    EXPECT_NE(owner->Errors().find("faultkeeperd: error: ended with 3 changes not published\n"),
+              std::string::npos)
+        << owner->Errors();
+    EXPECT_TRUE(holder.Release());
+}

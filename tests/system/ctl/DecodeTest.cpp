@@ -1,0 +1,165 @@
+#include "CtlFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+using namespace Support;
+
+namespace
+{
+class Decode : public CtlTest
+{
+protected:
+    bool TemporaryDirectoryIsEmpty() const { return std::filesystem::is_empty(m_temporary.Path()); }
+
+    CFreshDirectory m_temporary;
+    CVariable m_temporaryPath{"TMPDIR", m_temporary.Path()};
+};
+
+// Segments and semaphore sets of this program's making: tables of that size, and sets of one.
+std::string IpcListing()
+{
+    std::string text;
+    for (const char* const path : {"/proc/sysvipc/shm", "/proc/sysvipc/sem"})
+    {
+        std::ifstream file(path);
+        for (std::string key, line; file >> key && std::getline(file, line);)
+            text += key + "\n";
+    }
+    return text;
+}
+
+const char* const kLines = "+-System:Position:No Data:2\n"
+                           "+---Positioning:GPS:No Data:2\n"
+                           "+-----Positioning:GPS:Communications:9\n";
+} // namespace
+
+// Position 3; the position's one trigger; the receiver's two, of which the first; the rest is padding:
+// 0000000011 1 10
+TEST_F(Decode, TurnsAKeyBackIntoTheErrorsOfItsTreeAlsoBelowShallowLinks)
+{
+    const SFinished finished = Ctl({"decode", "00F0"});
+    EXPECT_EQ(finished.status, 0);
+    EXPECT_EQ(finished.errors, "");
+    EXPECT_EQ(finished.output, "Key 00F0\n\n" + std::string(kLines) +
+                                   "\n"
+                                   "    Title      title of Positioning:GPS:No Data:2\n"
+                                   "    Short      short of Positioning:GPS:No Data:2\n"
+                                   "    Severity   High\n"
+                                   "    Problem    problem of System:Position:No Data:2\n"
+                                   "    Solution   solution of Positioning:GPS:Communications:9\n"
+                                   "    Codes      System:Position:No Data:2 (0xA211B:2)\n"
+                                   "               Positioning:GPS:No Data:2 (0x40C1B:2)\n"
+                                   "               Positioning:GPS:Communications:9 (0x40C09:9)\n");
+}
+
+TEST_F(Decode, GivesTheSameAsADocument)
+{
+    const Json document = Document({"decode", "00F0"});
+    EXPECT_EQ(KeysOf(document), "key positions lines errors title shortTitle severity problems solutions");
+    EXPECT_EQ(document["key"], "00F0");
+    EXPECT_EQ(document["positions"], "configuration");
+    EXPECT_EQ(document["lines"].size(), 3U);
+    EXPECT_EQ(document["errors"][2].dump(),
+              R"({"id":"Positioning:GPS:Communications:9","problemCode":265225,"problemType":9})");
+    EXPECT_EQ(document["solutions"], Json({"solution of " + kLink}));
+}
+
+TEST_F(Decode, LeavesNothingBehindWithoutAnOwner)
+{
+    EXPECT_EQ(Ctl({"decode", "00F0"}).status, 0);
+    EXPECT_EQ(Ctl({"decode", "FFC0"}).status, 1);
+    EXPECT_EQ(Ctl({"decode", "03"}).status, 1);
+    EXPECT_EQ(Ctl({"decode", "00G0"}).status, 2);
+    EXPECT_TRUE(TemporaryDirectoryIsEmpty());
+    EXPECT_FALSE(m_directory.Table() != nullptr);
+    EXPECT_EQ(m_directory.Semaphore(), -1);
+}
+
+TEST_F(Decode, LeavesNoSharedMemoryAndNoLockWithoutAnOwner)
+{
+    // others on this machine may come and go meanwhile, so one quiet moment is enough
+    EXPECT_TRUE(WaitUntil(
+        [this]
+        {
+            const std::string before = IpcListing();
+            EXPECT_EQ(Ctl({"decode", "00F0"}).status, 0);
+            return IpcListing() == before;
+        }));
+}
+
+TEST_F(Decode, UsesThePositionsOfTheOwnersTable)
+{
+    StartOwner();
+    const Json document = Document({"decode", "00F0"});
+    EXPECT_EQ(document["positions"], "owner");
+    EXPECT_EQ(document["lines"].size(), 3U);
+    EXPECT_TRUE(Owner().FaultkeeperReady());
+}
+
+TEST_F(Decode, TakesAKeyFromTheList)
+{
+    StartOwner();
+    Raise(kData);
+    Raise(kReceiver);
+    Raise(kPosition);
+    const std::string key = Document({"list"})["trees"][0]["stateKey"];
+    const Json document = Document({"decode", key});
+    ASSERT_EQ(document["errors"].size(), 3U);
+    EXPECT_EQ(document["errors"][0]["id"], kPosition);
+    EXPECT_EQ(document["errors"][1]["id"], kReceiver);
+    EXPECT_EQ(document["errors"][2]["id"], kData);
+}
+
+TEST_F(Decode, IgnoresATableThatHasNoOwner)
+{
+    CChildProcess owner(
+        [this]
+        {
+            StartOwner();
+            return 0;
+        });
+    ASSERT_EQ(owner.Wait(), 0);
+    EXPECT_EQ(Document({"decode", "00F0"})["positions"], "configuration");
+}
+
+TEST_F(Decode, ReadsSmallLettersAsCapitals)
+{
+    const SFinished finished = Ctl({"decode", "00f0"});
+    EXPECT_EQ(finished.status, 0);
+    EXPECT_NE(finished.output.find(kLines), std::string::npos);
+}
+
+TEST_F(Decode, TellsAKeyThatNamesNoError)
+{
+    const SFinished finished = Ctl({"decode", "FFC0"});
+    EXPECT_EQ(finished.status, 1);
+    EXPECT_EQ(finished.output, "");
+    EXPECT_EQ(finished.errors, "faultkeeperctl: the key \"FFC0\" names no error of the configuration in " +
+                                   Configuration() + "/\n");
+}
+
+TEST_F(Decode, TellsAKeyThatIsTooShort)
+{
+    const SFinished finished = Ctl({"decode", "03"});
+    EXPECT_EQ(finished.status, 1);
+    EXPECT_EQ(
+        finished.errors,
+        "faultkeeperctl: the key \"03\" is too short: at least 10 bits, that is 3 digits, name an error\n");
+}
+
+TEST_F(Decode, TellsAKeyThatIsNone)
+{
+    const SFinished finished = Ctl({"decode", "00G0"});
+    EXPECT_EQ(finished.status, 2);
+    EXPECT_EQ(finished.errors,
+              "faultkeeperctl: \"00G0\" is no state key: it holds other characters than 0-9 and A-F\n");
+}
+
+TEST_F(Decode, GoesOnInTheUsualPlaceIfTheTemporaryDirectoryIsNotThere)
+{
+    const CVariable nowhere("TMPDIR", m_temporary.File("none"));
+    EXPECT_EQ(Ctl({"decode", "00F0"}).status, 0);
+}

@@ -1,0 +1,158 @@
+#include "CtlFixture.h"
+
+#include "support/FileLock.h"
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <stdexcept>
+
+using namespace Support;
+
+namespace
+{
+constexpr const char* kRaise = "d4:argsli265243ei2ei0ee4:name10:RaiseErrore";
+constexpr const char* kClear = "d4:argsli265243ei2ee4:name10:ClearErrore";
+
+// Stands in for an owner: takes connections on the port that all reports go to, and reads.
+class CListener
+{
+public:
+    CListener() : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        const int yes = 1;
+        setsockopt(m_socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+        struct sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(5300);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        if (bind(m_socket, reinterpret_cast<const struct sockaddr*>(&address), sizeof address) != 0 ||
+            listen(m_socket, 4) != 0)
+            throw std::runtime_error("cannot listen on port 5300");
+    }
+    ~CListener() { close(m_socket); }
+    CListener(const CListener&) = delete;
+    CListener& operator=(const CListener&) = delete;
+
+    /// All that the next connection brings until it is closed.
+    std::string Received() const
+    {
+        struct pollfd waiting = {m_socket, POLLIN, 0};
+        if (poll(&waiting, 1, kPatienceMilliseconds) != 1)
+            return "nobody came";
+        const int connection = accept(m_socket, nullptr, nullptr);
+        std::string text;
+        char buffer[256];
+        for (ssize_t count; (count = read(connection, buffer, sizeof buffer)) > 0;)
+            text.append(buffer, static_cast<std::size_t>(count));
+        close(connection);
+        return text;
+    }
+
+private:
+    int m_socket;
+};
+
+class Report : public CtlTest
+{
+    CPortLock m_port;
+};
+} // namespace
+
+TEST_F(Report, RaiseSendsOneMessageAndSaysSo)
+{
+    const CListener owner;
+    const SFinished finished = Ctl({"raise", kReceiver});
+    EXPECT_EQ(finished.status, 0);
+    EXPECT_EQ(finished.output, "raise of Positioning:GPS:No Data:2 (0x40C1B:2) sent to the owner\n");
+    EXPECT_EQ(finished.errors, "");
+    EXPECT_NE(owner.Received().find(kRaise), std::string::npos);
+}
+
+TEST_F(Report, ClearSendsOneMessageAndSaysSo)
+{
+    const CListener owner;
+    const SFinished finished = Ctl({"clear", kReceiver});
+    EXPECT_EQ(finished.status, 0);
+    EXPECT_EQ(finished.output, "clear of Positioning:GPS:No Data:2 (0x40C1B:2) sent to the owner\n");
+    EXPECT_NE(owner.Received().find(kClear), std::string::npos);
+}
+
+TEST_F(Report, EveryFormOfAnIdentifierSendsTheSame)
+{
+    const CListener owner;
+    for (const char* const id :
+         {"0x40C1B:2", "265243:2", "Positioning:GPS:No Data:DataErraticAndIntermittentlyIncorrect"})
+    {
+        EXPECT_EQ(Ctl({"raise", id}).status, 0) << id;
+        EXPECT_NE(owner.Received().find(kRaise), std::string::npos) << id;
+    }
+}
+
+TEST_F(Report, GivesADocument)
+{
+    const CListener owner;
+    EXPECT_EQ(
+        Document({"raise", kReceiver}).dump(),
+        R"({"id":"Positioning:GPS:No Data:2","problemCode":265243,"problemType":2,"request":"raise","sent":true})");
+}
+
+TEST_F(Report, NeedsNoConfiguration)
+{
+    const CListener owner;
+    EXPECT_EQ(Bare({"raise", "Positioning:GPS:Crash:3"}).status, 0);
+    EXPECT_NE(owner.Received().find("d4:argsli265227ei3ei0ee4:name10:RaiseErrore"), std::string::npos);
+}
+
+TEST_F(Report, WithoutAnOwnerTheStatusIsThree)
+{
+    for (const char* const command : {"raise", "clear"})
+    {
+        const SFinished finished = Ctl({command, kReceiver});
+        EXPECT_EQ(finished.status, 3);
+        EXPECT_EQ(finished.output, "");
+        EXPECT_EQ(finished.errors, "faultkeeperctl: no owner: nobody listens on port 5300 of this machine\n");
+    }
+}
+
+TEST_F(Report, AnErrorThatTheConfigurationDoesNotDefineIsRefusedWithTheNearest)
+{
+    const SFinished finished = Ctl({"raise", "Positioning:GPS:No Data:3"});
+    EXPECT_EQ(finished.status, 1);
+    EXPECT_EQ(finished.errors, "faultkeeperctl: the configuration in " + Configuration() +
+                                   "/ defines no error \"Positioning:GPS:No Data:3\"; the nearest is "
+                                   "\"Positioning:GPS:No Data:2\"\n");
+    EXPECT_EQ(Ctl({"clear", "0x40C1B:3"}).errors, finished.errors);
+}
+
+TEST_F(Report, ATypingSlipIsToldWithTheNearestRightName)
+{
+    const SFinished finished = Bare({"raise", "Positioning:GPS:No Dta:2"});
+    EXPECT_EQ(finished.status, 2);
+    EXPECT_EQ(finished.errors, "faultkeeperctl: no problem is called \"No Dta\", the nearest is \"No Data\"; "
+                               "did you mean \"Positioning:GPS:No Data:2\"?\n");
+}
+
+TEST_F(Report, ATypingSlipIsToldWithTheNearestConfiguredErrorIfThatIsAnotherOne)
+{
+    const SFinished finished = Ctl({"raise", "Audio:Nome:Cannot Open:3"});
+    EXPECT_EQ(finished.status, 2);
+    EXPECT_EQ(finished.errors, "faultkeeperctl: no sub-module is called \"Nome\", the nearest is \"None\"; "
+                               "did you mean \"Audio:None:Cannot Open:3\"?; "
+                               "the nearest configured error is \"Audio:None:Cannot Open:11\"\n");
+}
+
+TEST_F(Report, NumbersOutOfRangeAreRefused)
+{
+    for (const char* const id : {"0x40C1B:22", "0x100040C1B:2", "0x40C1B:65538", "0x1040C1B:2"})
+    {
+        const SFinished finished = Bare({"raise", id});
+        EXPECT_EQ(finished.status, 2) << id;
+        EXPECT_EQ(finished.output, "") << id;
+    }
+}

@@ -1,0 +1,145 @@
+#include "PlainListener.h"
+
+#include "support/FileLock.h"
+
+#include <Faultkeeper/FaultkeeperAPI.h>
+
+#include <gtest/gtest.h>
+
+#include <poll.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+using namespace Faultkeeper;
+
+namespace
+{
+const std::pair<int, int> kNoData(265243, 2); // Positioning, GPS, No Data
+const std::string kRaiseBytes = "d4:argsli265243ei2ei0ee4:name10:RaiseErrore";
+const std::string kClearBytes = "d4:argsli265243ei2ee4:name10:ClearErrore";
+
+/// Nobody else is on port 5300 meanwhile.
+class ClientWireTest : public testing::Test
+{
+protected:
+    const Support::CPortLock m_lock;
+};
+
+// Asks again and again; the pause only keeps the machine free.
+void Await(const char* what, const std::function<bool()>& condition)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition())
+    {
+        if (std::chrono::steady_clock::now() > end)
+            throw std::runtime_error(std::string("waited too long for ") + what);
+        poll(nullptr, 0, 5);
+    }
+}
+
+void AwaitConnection(CFaultkeeperAPI& api)
+{
+    Await("the connection", [&] { return api.VerifyConnection(); });
+}
+} // namespace
+
+TEST_F(ClientWireTest, TheFirstReportNeedsNoWaitingWhenTheOwnerIsThere)
+{
+    CPlainListener owner;
+    CFaultkeeperAPI api;
+    EXPECT_EQ(api.RaiseError(kNoData, false), 1);
+    owner.Accept();
+    EXPECT_EQ(owner.Read(kRaiseBytes.size()), "d4:argsli265243ei2ei0ee4:name10:RaiseErrore");
+}
+
+TEST_F(ClientWireTest, RaisesAndClearsFollowEachOtherByteForByte)
+{
+    CPlainListener owner;
+    auto api = std::make_unique<CFaultkeeperAPI>();
+    AwaitConnection(*api);
+    EXPECT_EQ(api->RaiseError(kNoData, true), 1);
+    EXPECT_EQ(api->RaiseError(kNoData, true), 0);
+    EXPECT_EQ(api->ClearError(kNoData), 1);
+    EXPECT_EQ(api->ClearError(-1, eptUnknown, false), 1);
+    api.reset();
+    owner.Accept();
+    const std::string expected = "d4:argsli265243ei2ei0ee4:name10:RaiseErrore"
+                                 "d4:argsli265243ei2ee4:name10:ClearErrore"
+                                 "d4:argsli-1ei21ee4:name10:ClearErrore";
+    EXPECT_EQ(owner.Read(expected.size()), expected);
+    EXPECT_TRUE(owner.Ended());
+}
+
+TEST_F(ClientWireTest, WithoutAnOwnerReportsReturnMinus1)
+{
+    CFaultkeeperAPI api;
+    EXPECT_EQ(api.RaiseError(kNoData, false), -1);
+    EXPECT_EQ(api.ClearError(kNoData), -1);
+    EXPECT_EQ(api.RaiseError(kNoData.first, eptUnknown, false, false), -1);
+}
+
+TEST_F(ClientWireTest, TheQueueIsSentInOrderOnceTheOwnerAppears)
+{
+    CFaultkeeperAPI api;
+    ASSERT_EQ(api.RaiseError(kNoData, false), -1);
+    ASSERT_EQ(api.ClearError(kNoData), -1);
+    CPlainListener owner;
+    Await("the client",
+          [&]
+          {
+              api.ProcessQueuedErrors();
+              return owner.Waiting();
+          });
+    owner.Accept();
+    AwaitConnection(api);
+    api.ProcessQueuedErrors();
+    EXPECT_EQ(owner.Read(kRaiseBytes.size() + kClearBytes.size()), kRaiseBytes + kClearBytes);
+}
+
+TEST_F(ClientWireTest, TheQueueIsSentBehindTheFirstReportThatGetsThrough)
+{
+    CFaultkeeperAPI api;
+    ASSERT_EQ(api.RaiseError(kNoData, false), -1);
+    CPlainListener owner;
+    Await("the connection", [&] { return api.ClearError(7, eptUnknown, false) == 1; });
+    EXPECT_EQ(api.ClearError(7, eptUnknown, true), 0);
+    owner.Accept();
+    const std::string expected = "d4:argsli7ei21ee4:name10:ClearErrore" + kRaiseBytes;
+    EXPECT_EQ(owner.Read(expected.size()), expected);
+}
+
+TEST_F(ClientWireTest, ALostOwnerIsNoticedByTheNextReport)
+{
+    CPlainListener owner;
+    CFaultkeeperAPI api;
+    AwaitConnection(api);
+    owner.Accept();
+    owner.HangUp();
+    Await("the loss", [&] { return !api.Connected(); });
+    // Whether it has connected again by now or not, the message does not go to the lost connection.
+    Await("a new connection",
+          [&] { return api.RaiseError(kNoData.first, static_cast<EProblemType>(2), false, false) == 1; });
+    owner.Accept();
+    EXPECT_EQ(owner.Read(kRaiseBytes.size()), kRaiseBytes);
+}
+
+TEST_F(ClientWireTest, AnOwnerThatStartsAnewGetsWhatWasReportedMeanwhile)
+{
+    auto owner = std::make_unique<CPlainListener>();
+    CFaultkeeperAPI api;
+    ASSERT_EQ(api.RaiseError(kNoData, false), 1);
+    owner->Accept();
+    ASSERT_EQ(owner->Read(kRaiseBytes.size()), kRaiseBytes);
+    owner.reset();
+    Await("the loss", [&] { return !api.VerifyConnection(); });
+    EXPECT_EQ(api.ClearError(kNoData), -1);
+    owner = std::make_unique<CPlainListener>();
+    AwaitConnection(api);
+    api.ProcessQueuedErrors();
+    owner->Accept();
+    EXPECT_EQ(owner->Read(kClearBytes.size()), kClearBytes);
+}

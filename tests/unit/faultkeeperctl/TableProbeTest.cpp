@@ -1,0 +1,195 @@
+#include "common/TableProbe.h"
+
+#include "support/ConfigurationBuilder.h"
+#include "support/SharedTable.h"
+#include "system/ChildProcess.h"
+
+#include <Faultkeeper/ErrorDatabase.h>
+#include <Faultkeeper/ErrorDatabaseView.h>
+
+#include <gtest/gtest.h>
+
+#include <sys/ipc.h>
+#include <sys/shm.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Faultkeeper;
+using namespace Faultkeeper::Apps;
+
+namespace
+{
+class TableProbe : public Support::SharedTableTest
+{
+protected:
+    TableProbe()
+    {
+        Support::CConfigurationBuilder().Leaf("Positioning:GPS:No Data:2").WriteTo(m_directory.Prefix());
+        m_database = std::make_unique<CErrorDatabase>(m_directory.Prefix());
+    }
+
+    std::unique_ptr<CErrorDatabaseView> Owner(bool ready) const
+    {
+        auto view = std::make_unique<CErrorDatabaseView>(true, eViewOwner);
+        EXPECT_TRUE(view->LoadErrors(*m_database));
+        EXPECT_TRUE(view->FaultkeeperReady(ready));
+        return view;
+    }
+
+    std::unique_ptr<CErrorDatabase> m_database;
+};
+
+std::string Said(ETableState state)
+{
+    STableFacts facts;
+    facts.state = state;
+    facts.holder = 77;
+    facts.details.user = getuid();
+    return Describe(facts, "/run/x");
+}
+} // namespace
+
+TEST_F(TableProbe, FindsNothingWhereNothingIsAndMakesNothing)
+{
+    const STableFacts facts = ProbeTable(0);
+    EXPECT_EQ(facts.state, etsAbsent);
+    EXPECT_EQ(facts.key, m_directory.Key());
+    EXPECT_EQ(FindSegment(m_directory.Key()), -1);
+    EXPECT_EQ(FindSemaphore(m_directory.Key()), -1);
+}
+
+TEST_F(TableProbe, CopiesATableThatIsReadyAndGivesTheLockBack)
+{
+    const auto owner = Owner(true);
+    ASSERT_TRUE(owner->RaiseError(0x40C1B, 2));
+    const STableFacts facts = ProbeTable(0);
+    ASSERT_EQ(facts.state, etsReady);
+    ASSERT_EQ(RecordCount(facts.table), 1);
+    EXPECT_EQ(facts.table.records[0].problemCode, 0x40C1B);
+    EXPECT_EQ(facts.table.records[0].flags, kRaisedFlag);
+    EXPECT_EQ(m_directory.SemaphoreValue(), 1);
+}
+
+TEST_F(TableProbe, TellsATableThatIsNotReady)
+{
+    const auto owner = Owner(false);
+    EXPECT_EQ(ProbeTable(0).state, etsNotReady);
+}
+
+TEST_F(TableProbe, TellsATableWhoseOwnerHasEnded)
+{
+    Support::CChildProcess owner([this] { return Owner(true)->Failed() ? 1 : 0; });
+    ASSERT_EQ(owner.Wait(), 0);
+    EXPECT_EQ(ProbeTable(0).state, etsOwnerGone);
+}
+
+TEST_F(TableProbe, TellsAnOwnerThatHasEndedWhileDisplaysAreAttached)
+{
+    Support::CChildProcess owner([this] { return Owner(true)->Failed() ? 1 : 0; });
+    ASSERT_EQ(owner.Wait(), 0);
+    const CErrorDatabaseView display(false, eViewReader);
+    EXPECT_EQ(ProbeTable(0).state, etsOwnerGone); // by the lock
+    EXPECT_EQ(ProbeTable(1).state, etsOwnerGone); // by the attachments
+}
+
+TEST_F(TableProbe, TellsAnOwnerThatHasEndedAndWasNotCollectedByItsParent)
+{
+    const CErrorDatabaseView display(false, eViewReader);
+    Support::CGate made;
+    Support::CChildProcess owner(
+        [&]
+        {
+            const auto view = Owner(true);
+            made.Open();
+            return 0;
+        });
+    ASSERT_TRUE(made.Pass());
+    EXPECT_TRUE(Support::WaitUntil([] { return ProbeTable(0).state == etsOwnerGone; }));
+}
+
+TEST_F(TableProbe, NamesTheProcessThatKeepsTheLock)
+{
+    const auto owner = Owner(true);
+    ASSERT_TRUE(owner->GetLock(false));
+    const STableFacts facts = ProbeTable(0);
+    EXPECT_EQ(facts.state, etsBusy);
+    EXPECT_EQ(facts.holder, getpid());
+    EXPECT_TRUE(owner->ReleaseLock());
+    EXPECT_EQ(ProbeTable(0).state, etsReady);
+}
+
+TEST_F(TableProbe, TellsSharedMemoryThatIsNoTable)
+{
+    ASSERT_NE(shmget(m_directory.Key(), 100, IPC_CREAT | 0600), -1);
+    EXPECT_EQ(ProbeTable(0).state, etsForeign);
+    m_directory.RemoveTable();
+    ASSERT_NE(shmget(m_directory.Key(), kStatusTableBytes + 1, IPC_CREAT | 0600), -1);
+    EXPECT_EQ(ProbeTable(0).state, etsForeign);
+}
+
+TEST_F(TableProbe, NamesTheUserOfATableThatMayNotBeRead)
+{
+    const auto owner = Owner(true);
+    ASSERT_EQ(chmod(m_directory.Path().c_str(), 0755), 0);
+    struct shmid_ds description = {};
+    ASSERT_EQ(shmctl(FindSegment(m_directory.Key()), IPC_STAT, &description), 0);
+    description.shm_perm.mode = 0;
+    ASSERT_EQ(shmctl(FindSegment(m_directory.Key()), IPC_SET, &description), 0);
+    const uid_t user = geteuid();
+    Support::CChildProcess stranger(
+        [user]
+        {
+            if (user == 0 && setuid(65534) != 0) // to whom the mode says nothing
+                return 2;
+            const STableFacts facts = ProbeTable(0);
+            return facts.state == etsRefused && facts.details.user == user ? 0 : 1;
+        });
+    EXPECT_EQ(stranger.Wait(), 0);
+}
+
+TEST_F(TableProbe, ReadsNoMoreRecordsThanThereCanBe)
+{
+    SStatusTable table;
+    table.header.count = 100000;
+    EXPECT_EQ(RecordCount(table), 400);
+    table.header.count = -1;
+    EXPECT_EQ(RecordCount(table), 0);
+    table.header.count = 243;
+    EXPECT_EQ(RecordCount(table), 243);
+}
+
+TEST_F(TableProbe, RemovesSegmentAndLock)
+{
+    {
+        const auto owner = Owner(true);
+    }
+    std::string problem = "untouched";
+    EXPECT_TRUE(RemoveTable(ProbeTable(0), problem));
+    EXPECT_EQ(problem, "untouched");
+    EXPECT_EQ(FindSegment(m_directory.Key()), -1);
+    EXPECT_EQ(FindSemaphore(m_directory.Key()), -1);
+    EXPECT_TRUE(RemoveTable(ProbeTable(0), problem)); // nothing there is nothing wrong
+}
+
+TEST_F(TableProbe, SaysHowThingsStand)
+{
+    EXPECT_EQ(Said(etsAbsent), "no owner: there is no table in /run/x");
+    EXPECT_EQ(Said(etsForeign), "the shared memory under the key of /run/x is not a table of faults");
+    EXPECT_EQ(Said(etsRefused),
+              "the table in /run/x belongs to user " + UserName(getuid()) + ": only that user may read it");
+    EXPECT_EQ(Said(etsOwnerGone), "no owner: the table in /run/x is left over from an owner that has ended");
+    EXPECT_EQ(Said(etsBusy), "the table in /run/x is locked by process 77, which does not let go");
+    EXPECT_EQ(Said(etsNotReady), "the table in /run/x is not ready: its owner is starting or stopping");
+    EXPECT_EQ(Said(etsReady), "the table in /run/x is ready");
+}
+
+TEST_F(TableProbe, CountsALockThatIsKeptAsAnOwner)
+{
+    EXPECT_TRUE(OwnerPresent(etsBusy));
+    EXPECT_TRUE(OwnerPresent(etsNotReady));
+    EXPECT_TRUE(OwnerPresent(etsReady));
+    EXPECT_FALSE(OwnerPresent(etsAbsent));
+    EXPECT_FALSE(OwnerPresent(etsForeign));
+    EXPECT_FALSE(OwnerPresent(etsRefused));
+    EXPECT_FALSE(OwnerPresent(etsOwnerGone));
+}

@@ -1,0 +1,90 @@
+#include "faultkeeperd/Owner.h"
+
+#include "OwnerFixture.h"
+#include "support/CapturedOutput.h"
+
+#include <gtest/gtest.h>
+
+using namespace Support;
+using Faultkeeper::Apps::COwner;
+using std::chrono::milliseconds;
+
+namespace
+{
+const COwner::Clock::time_point kStart{milliseconds(1000000)};
+
+class Owner : public OwnerTest
+{
+};
+} // namespace
+
+TEST_F(Owner, KnowsNoErrorThatIsNotConfigured)
+{
+    COwner owner(Database());
+    EXPECT_FALSE(owner.Apply(0x40C1C, 2, true));
+    EXPECT_FALSE(owner.Apply(kReceiver.first, 3, true));
+    EXPECT_FALSE(
+        owner.Apply(kReceiver.first, kReceiver.second + 65536, true)); // 16 bits of it would be right
+    EXPECT_EQ(owner.Publisher().Waiting(), 0U);
+}
+
+TEST_F(Owner, PublishesWhatFollowsFromAReport)
+{
+    COwner owner(Database());
+    EXPECT_TRUE(owner.Apply(kDataSensor.first, kDataSensor.second, true));
+    owner.Publish(kStart);
+    EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver, kPosition}));
+    EXPECT_TRUE(owner.Apply(kDataSensor.first, kDataSensor.second, false));
+    owner.Publish(kStart);
+    EXPECT_EQ(Raised(), std::vector<Id>());
+}
+
+TEST_F(Owner, IgnoresARepeatedReport)
+{
+    COwner owner(Database());
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(owner.Apply(kDataSensor.first, kDataSensor.second, true));
+    owner.Publish(kStart);
+    EXPECT_EQ(Record(kDataSensor).counter1, 1);
+}
+
+TEST_F(Owner, TriesABusyLockAgainOnlyAfterAPause)
+{
+    COwner owner(Database());
+    CBusyLock lock;
+    EXPECT_EQ(owner.MillisecondsToPublish(kStart), 0);
+    EXPECT_EQ(WarnedBy([&] { owner.Publish(kStart); }), "unable to obtain lock\n");
+    EXPECT_EQ(owner.MillisecondsToPublish(kStart), 1);
+    EXPECT_EQ(WarnedBy([&] { owner.Publish(kStart); }), ""); // too early: not even tried
+    EXPECT_EQ(WarnedBy([&] { owner.Publish(kStart + milliseconds(1)); }), "unable to obtain lock\n");
+    EXPECT_EQ(owner.MillisecondsToPublish(kStart + milliseconds(1)), 2);
+    lock.Release();
+    owner.Publish(kStart + milliseconds(3));
+    EXPECT_EQ(owner.MillisecondsToPublish(kStart + milliseconds(3)), -1);
+    EXPECT_EQ(Table().header.ready, 1U);
+}
+
+TEST_F(Owner, AppliesReportsWhileTheLockIsBusy)
+{
+    COwner owner(Database());
+    owner.Publish(kStart);
+    CBusyLock lock;
+    owner.Apply(kDataSensor.first, kDataSensor.second, true);
+    EXPECT_NE(WarnedBy([&] { owner.Publish(kStart); }), "");
+    EXPECT_TRUE(Database().RetrieveError(kPosition.first, kPosition.second)->Active());
+    EXPECT_EQ(Raised(), std::vector<Id>());
+    lock.Release();
+    owner.Publish(kStart + milliseconds(1));
+    EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver, kPosition}));
+}
+
+TEST_F(Owner, FailsWhenTheLockIsTakenAway)
+{
+    COwner owner(Database());
+    owner.Publish(kStart);
+    m_directory.RemoveTable();
+    owner.Apply(kDataSensor.first, kDataSensor.second, true);
+    EXPECT_FALSE(owner.Failed());
+    EXPECT_NE(WarnedBy([&] { owner.Publish(kStart); }), "");
+    EXPECT_TRUE(owner.Failed());
+}

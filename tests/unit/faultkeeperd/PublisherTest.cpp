@@ -1,0 +1,160 @@
+#include "faultkeeperd/Publisher.h"
+
+#include "OwnerFixture.h"
+#include "support/CapturedOutput.h"
+
+#include <gtest/gtest.h>
+
+using namespace Support;
+using Faultkeeper::Apps::CPublisher;
+
+namespace
+{
+
+class Publisher : public OwnerTest
+{
+protected:
+    void SetUp() override
+    {
+        OwnerTest::SetUp();
+        m_view = std::make_unique<Faultkeeper::CErrorDatabaseView>(true, Faultkeeper::eViewOwner);
+        m_publisher = std::make_unique<CPublisher>(Database(), *m_view);
+        Database().SetCallback(m_publisher.get());
+    }
+
+    /// Published while somebody holds the lock.
+    bool PublishBusy()
+    {
+        const CBusyLock lock;
+        bool published = true;
+        m_messages = WarnedBy([&] { published = m_publisher->Publish(); });
+        return published;
+    }
+
+    std::unique_ptr<Faultkeeper::CErrorDatabaseView> m_view;
+    std::unique_ptr<CPublisher> m_publisher;
+    std::string m_messages;
+};
+
+} // namespace
+
+TEST_F(Publisher, LoadsTheIdentifiersAndDeclaresTheTableReady)
+{
+    EXPECT_FALSE(m_publisher->Ready());
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_TRUE(m_publisher->Ready());
+    EXPECT_EQ(Table().header.ready, 1U);
+    EXPECT_EQ(Table().header.count, 4);
+    EXPECT_EQ(Table().records[0].problemCode, kLinkSensor.first);
+}
+
+TEST_F(Publisher, PublishesParentsAlongWithTheirChildren)
+{
+    m_publisher->Publish();
+    Database().RaiseError(kLinkSensor.first, kLinkSensor.second, false);
+    EXPECT_EQ(m_publisher->Waiting(), 3U);
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+}
+
+TEST_F(Publisher, KeepsAShortFaultAsOneOccurrence)
+{
+    m_publisher->Publish();
+    Database().RaiseError(kLinkSensor.first, kLinkSensor.second, false);
+    Database().ClearError(kLinkSensor.first, kLinkSensor.second, false);
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_EQ(Raised(), std::vector<Id>());
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1);
+    EXPECT_EQ(Record(kPosition).counter1, 1);
+    EXPECT_TRUE(Record(kLinkSensor).raisedTime < Record(kLinkSensor).clearedTime);
+}
+
+TEST_F(Publisher, TakesTheLockOnceForNeighboursOfOneKind)
+{
+    m_publisher->Publish();
+    Database().RaiseError(kLinkSensor.first, kLinkSensor.second, false);
+    m_publisher->Publish();
+    EXPECT_TRUE(Record(kLinkSensor).raisedTime == Record(kPosition).raisedTime);
+}
+
+TEST_F(Publisher, IsNotReadyWhileTheLockIsBusyAtTheStart)
+{
+    EXPECT_FALSE(PublishBusy());
+    EXPECT_FALSE(m_publisher->Ready());
+    EXPECT_EQ(Table().header.count, 0);
+    EXPECT_EQ(m_messages, "unable to obtain lock\n");
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_EQ(Table().header.ready, 1U);
+}
+
+TEST_F(Publisher, KeepsChangesInOrderWhileTheLockIsBusy)
+{
+    m_publisher->Publish();
+    for (int round = 0; round < 3; ++round)
+    {
+        Database().RaiseError(kLinkSensor.first, kLinkSensor.second, false);
+        EXPECT_FALSE(PublishBusy());
+        Database().ClearError(kLinkSensor.first, kLinkSensor.second, false);
+        EXPECT_FALSE(PublishBusy());
+    }
+    Database().RaiseError(kDataSensor.first, kDataSensor.second, false);
+    EXPECT_EQ(m_publisher->Waiting(), 21U);
+    EXPECT_EQ(Record(kLinkSensor).counter1, 0);
+
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_EQ(m_publisher->Waiting(), 0U);
+    EXPECT_EQ(Record(kLinkSensor).counter1, 3);
+    EXPECT_EQ(Record(kReceiver).counter1, 4);
+    EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver, kPosition}));
+}
+
+TEST_F(Publisher, PublishesMoreChangesThanOneTakingOfTheLockMayHold)
+{
+    m_publisher->Publish();
+    for (std::size_t i = 0; i < CPublisher::kRunLimit * 2; ++i)
+        m_publisher->ErrorRaised(kLinkSensor.first, kLinkSensor.second); // repeats: only the first one counts
+    m_publisher->ErrorRaised(kPosition.first, kPosition.second);
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kPosition}));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1);
+}
+
+TEST_F(Publisher, DeclaresTheTableNotReadyAfterTheLastChange)
+{
+    m_publisher->Publish();
+    Database().RaiseError(kLinkSensor.first, kLinkSensor.second, false);
+    m_publisher->Withdraw();
+    EXPECT_FALSE(m_publisher->Done());
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_TRUE(m_publisher->Done());
+    EXPECT_EQ(Table().header.ready, 0U);
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+}
+
+TEST_F(Publisher, TriesTheWithdrawalAgainAfterABusyLock)
+{
+    m_publisher->Publish();
+    m_publisher->Withdraw();
+    EXPECT_FALSE(PublishBusy());
+    EXPECT_EQ(Table().header.ready, 1U);
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_EQ(Table().header.ready, 0U);
+}
+
+TEST_F(Publisher, NeverDeclaresATableReadyThatIsWithdrawnBefore)
+{
+    m_publisher->Withdraw();
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_FALSE(m_publisher->Ready());
+    EXPECT_EQ(Table().header.ready, 0U);
+}
+
+TEST_F(Publisher, KeepsItsChangesWhenTheViewHasFailed)
+{
+    m_publisher->Publish();
+    m_directory.RemoveTable();
+    Database().RaiseError(kLinkSensor.first, kLinkSensor.second, false);
+    EXPECT_NE(WarnedBy([&] { EXPECT_FALSE(m_publisher->Publish()); }), "");
+    EXPECT_TRUE(m_view->Failed());
+    EXPECT_EQ(m_publisher->Waiting(), 3U);
+}
