@@ -79,6 +79,7 @@ bool Describes(int code)
 std::vector<std::string> NamesOnly(const std::vector<SNamedValue>& table)
 {
     std::vector<std::string> names;
+    names.reserve(table.size());
     for (const SNamedValue& row : table)
         names.push_back(row.name);
     return names;

@@ -21,7 +21,7 @@ std::string FromEnvironment(const char* variable)
 
 std::string DefaultRunDirectory()
 {
-    const std::string chosen = FromEnvironment("FAULTKEEPER_RUN_DIR");
+    std::string chosen = FromEnvironment("FAULTKEEPER_RUN_DIR");
     if (!chosen.empty())
         return chosen;
     std::error_code ignored;

@@ -55,7 +55,7 @@ ETableState CopyUnderLock(STableFacts& facts)
     return facts.table.header.ready == 1 ? etsReady : etsNotReady;
 }
 
-ETableState Examine(STableFacts& facts, unsigned long ownAttachments)
+ETableState Examine(STableFacts& facts, const std::vector<int>& ownAttachments)
 {
     if (!ReadSegmentFacts(facts.segment, facts.details))
         SegmentUser(facts.segment, facts.details.user);
@@ -63,7 +63,8 @@ ETableState Examine(STableFacts& facts, unsigned long ownAttachments)
         return StateOfFailure();
     if (facts.details.bytes != kStatusTableBytes)
         return etsForeign;
-    if (facts.details.attachments <= ownAttachments || facts.semaphore == -1)
+    const auto own = std::count(ownAttachments.begin(), ownAttachments.end(), facts.segment);
+    if (facts.details.attachments <= static_cast<unsigned long>(own) || facts.semaphore == -1)
         return etsOwnerGone;
     if (!SemaphoreUsable(facts.key))
         return StateOfFailure();
@@ -71,7 +72,7 @@ ETableState Examine(STableFacts& facts, unsigned long ownAttachments)
 }
 } // namespace
 
-STableFacts ProbeTable(unsigned long ownAttachments)
+STableFacts ProbeTable(const std::vector<int>& ownAttachments)
 {
     STableFacts facts;
     if (!TableKey(facts.key))

@@ -8,6 +8,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <vector>
 
 namespace Faultkeeper::Apps
 {
@@ -43,8 +44,9 @@ struct STableFacts
 /// lock: the system takes it away from everybody when the process that made it available ends, so a lock that
 /// cannot be had, and was last touched by a process that has ended, has no owner. Nor has a segment that
 /// nobody is attached to.
-/// @param ownAttachments  how often this process itself is attached to the segment
-STableFacts ProbeTable(unsigned long ownAttachments);
+/// @param ownAttachments  segments that this process itself has attached, once for each time: they tell of no
+/// owner
+STableFacts ProbeTable(const std::vector<int>& ownAttachments = {});
 
 /// Is there an owner, as far as can be told? A lock that somebody keeps counts as one.
 bool OwnerPresent(ETableState state);

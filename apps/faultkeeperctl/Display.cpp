@@ -6,7 +6,6 @@
 
 #include <Core/IO/XMLDocument.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -80,10 +79,9 @@ void CDisplay::RequirePicture()
 // Finds out how the table stands, and attaches to a table that has been removed and made anew.
 void CDisplay::FollowTable()
 {
-    const int current = m_attached.empty() ? -1 : m_attached.back();
-    const auto attachments = std::count(m_attached.begin(), m_attached.end(), current);
-    m_facts = ProbeTable(static_cast<unsigned long>(attachments));
-    if (m_facts.state != etsReady || (m_view != nullptr && m_facts.segment == current && !m_view->Failed()))
+    m_facts = ProbeTable(m_attached);
+    if (m_facts.state != etsReady ||
+        (m_view != nullptr && m_facts.segment == m_attached.back() && !m_view->Failed()))
         return;
     m_view = std::make_unique<CErrorDatabaseView>(false, eViewReader);
     m_attached.push_back(m_facts.segment);

@@ -62,7 +62,8 @@ private:
     CErrorOverlay m_overlay;
     STableFacts m_facts;
     std::unique_ptr<CErrorDatabaseView> m_view;
-    std::vector<int> m_attached; // segments that this process has attached; views never detach
+    std::vector<int>
+        m_attached; // segments that this process has attached; once for each time; views never detach
     std::vector<SErrorEntry> m_records;
     bool m_changed = false;
 };

@@ -67,6 +67,7 @@ std::vector<SHistoryEntry> History(const std::vector<SErrorEntry>& records, cons
     const RecordIndex index = Indexed(records);
     SortNewestFirst(trees, index);
     std::vector<SHistoryEntry> entries;
+    entries.reserve(trees.size());
     for (const SErrorTree& tree : trees)
         entries.push_back(MakeEntry(tree, *index.at(IdOf(tree)), database));
     return entries;

@@ -42,7 +42,12 @@ protected:
         BListC arguments;
         arguments.Append(std::make_unique<BAtomC>(number, &arguments));
         arguments.Append(std::make_unique<BAtomC>(std::string(textBytes, 'x'), &arguments));
-        return m_client->SendNotification("Number", &arguments);
+        BEncoderC encoder;
+        encoder.Element(arguments);
+        const bool accepted = m_client->SendNotification("Number", &arguments);
+        m_acceptedBytes +=
+            accepted ? std::string("d4:args4:name6:Numbere").size() + encoder.Bytes().size() : 0;
+        return accepted;
     }
 
     /// Sends large messages until the system has no room, and returns how many that were.
@@ -88,6 +93,7 @@ protected:
     CRawListener m_listener;
     std::vector<CRawConnection> m_peers;
     std::unique_ptr<MPISocketClientC> m_client;
+    std::size_t m_acceptedBytes = 0; // of the messages for which sending was true
 };
 
 /// The numbers of the messages in a stream.
@@ -341,15 +347,15 @@ TEST_F(HostClientSending, TheDestructorDoesNotWaitForAPeerThatDoesNotRead)
     EXPECT_NE(Peer().ReceiveToEnd(), "");
 }
 
-TEST_F(HostClientSending, WhatWasSentArrivesAlthoughThePeersMessagesWereNeverRead)
+TEST_F(HostClientSending, WhatTheSystemHasTakenArrivesAlthoughThePeersMessagesWereNeverRead)
 {
-    Peer().Send(std::string(10000, 'x'));
+    FillUp();
+    const std::size_t taken = m_acceptedBytes - m_client->BytesWaiting();
+    Peer().Send("unread");
     ASSERT_TRUE(HostTest::HasInput(m_client->Descriptor(), 30000));
-    EXPECT_TRUE(SendNumber(1));
-    EXPECT_TRUE(SendNumber(2));
     m_client.reset();
     bool broken = true;
-    EXPECT_EQ(NumbersIn(Peer().ReceiveToEnd(&broken)), "1..2");
+    EXPECT_GE(Peer().ReceiveToEnd(&broken).size(), taken);
     EXPECT_FALSE(broken) << "the stream ends properly";
 }
 

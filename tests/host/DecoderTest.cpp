@@ -40,7 +40,7 @@ std::string Decoded(const std::string& stream, std::size_t piece)
 /// The same, after a check that the size of the pieces makes no difference.
 std::string Decoded(const std::string& stream)
 {
-    const std::string whole = Decoded(stream, stream.size() + 1);
+    std::string whole = Decoded(stream, stream.size() + 1);
     EXPECT_EQ(Decoded(stream, 1), whole);
     EXPECT_EQ(Decoded(stream, 7), whole);
     return whole;

@@ -11,25 +11,23 @@
 namespace
 {
 
-int allocationsLeft = -1; // negative: any number
+int allocationsBeforeFailure = -1; // negative: none fails
 
 void* Allocate(std::size_t size)
 {
-    if (allocationsLeft == 0)
+    if (allocationsBeforeFailure >= 0 && allocationsBeforeFailure-- == 0)
         throw std::bad_alloc();
-    if (allocationsLeft > 0)
-        --allocationsLeft;
     void* const memory = std::malloc(size > 0 ? size : 1);
     if (memory == nullptr)
         throw std::bad_alloc();
     return memory;
 }
 
-/// Runs an action with only so many allocations allowed.
-/// @return false if it ran out of them
+/// Runs an action in which one allocation fails, that after so many others.
+/// @return false if it threw because of that
 template <typename Action> bool RunsWith(int allocations, Action action)
 {
-    allocationsLeft = allocations;
+    allocationsBeforeFailure = allocations;
     bool enough = true;
     try
     {
@@ -39,7 +37,7 @@ template <typename Action> bool RunsWith(int allocations, Action action)
     {
         enough = false;
     }
-    allocationsLeft = -1;
+    allocationsBeforeFailure = -1;
     return enough;
 }
 

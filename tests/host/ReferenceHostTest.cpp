@@ -26,7 +26,7 @@ using HostTest::CRawListener;
 using HostTest::Eventually;
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kOutboxBytes = 1024 * 1024;
+constexpr std::size_t kOutboxBytes = 1048576;
 constexpr std::size_t kLargestMessage = 65536;
 
 TEST(ReferenceHost, HasZeroAsTypeWordOfATime)

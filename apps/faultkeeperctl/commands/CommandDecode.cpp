@@ -63,19 +63,23 @@ void Regenerate(const std::string& key, const CErrorDatabase& database, CErrorDa
     }
 }
 
-bool OwnerIsReady(const SSettings& settings)
+// The segment of an owner that is ready, or -1.
+int OwnersSegment(const SSettings& settings)
 {
     std::string ignored;
-    return EnterDirectory(settings.runDirectory, ignored) && ProbeTable(0).state == etsReady;
+    if (!EnterDirectory(settings.runDirectory, ignored))
+        return -1;
+    const STableFacts facts = ProbeTable();
+    return facts.state == etsReady ? facts.segment : -1;
 }
 
-void DecodeWithOwner(const std::string& key, const CErrorDatabase& database, SDecoded& decoded)
+void DecodeWithOwner(const std::string& key, const CErrorDatabase& database, int segment, SDecoded& decoded)
 {
     CErrorDatabaseView view(false, eViewReader);
     decoded.fromOwner = true;
     for (int attempt = 0; attempt < kLockAttempts && decoded.lines.empty(); ++attempt)
     {
-        if (ProbeTable(1).state == etsReady) // waits for a lock that is busy
+        if (ProbeTable({segment}).state == etsReady) // waits for a lock that is busy
             Regenerate(key, database, view, decoded);
     }
 }
@@ -85,8 +89,9 @@ SDecoded DecodeKey(const SSettings& settings, const std::string& key)
 {
     SDecoded decoded;
     const std::unique_ptr<CErrorDatabase> database = LoadConfiguration(settings);
-    if (OwnerIsReady(settings))
-        DecodeWithOwner(key, *database, decoded);
+    const int segment = OwnersSegment(settings);
+    if (segment != -1)
+        DecodeWithOwner(key, *database, segment, decoded);
     else
     {
         CPrivateTable table(*database);

@@ -76,7 +76,7 @@ void PrintStatus(const STableFacts& facts, const SSettings& settings)
 EProgramStatus Status(const SSettings& settings)
 {
     EnterRunDirectory(settings);
-    const STableFacts facts = ProbeTable(0);
+    const STableFacts facts = ProbeTable();
     if (settings.json)
         PrintDocument(StatusDocument(facts, settings));
     else

@@ -35,7 +35,7 @@ void Tell(const SSettings& settings, bool removed, const std::string& message)
 EProgramStatus Remove(const SSettings& settings)
 {
     EnterRunDirectory(settings);
-    const STableFacts facts = ProbeTable(0);
+    const STableFacts facts = ProbeTable();
     if (!Exists(facts))
     {
         Tell(settings, false, "there is no table in " + settings.runDirectory);

@@ -30,6 +30,7 @@ std::vector<const CError*> Indexed(const CErrorDatabase& database)
         index[{error.ProblemCode(), error.ProblemType()}] =
             database.RetrieveError(error.ProblemCode(), error.ProblemType());
     std::vector<const CError*> errors;
+    errors.reserve(index.size());
     for (const auto& entry : index)
         errors.push_back(entry.second);
     return errors;

@@ -80,7 +80,7 @@ std::string TakeFitting(std::string& word, int width)
             break;
         end += bytes;
     }
-    const std::string front = word.substr(0, end);
+    std::string front = word.substr(0, end);
     word.erase(0, end);
     return front;
 }

@@ -53,7 +53,7 @@ protected:
     void CompareRequest()
     {
         const Lines names = m_model.Names();
-        const std::string name = names[m_random() % names.size()];
+        const std::string& name = names[m_random() % names.size()];
         const bool silent = m_random() % 3 == 0;
         m_heard.clear();
         if (m_random() % 2 == 0)

@@ -51,7 +51,7 @@ std::string Said(ETableState state)
 
 TEST_F(TableProbe, FindsNothingWhereNothingIsAndMakesNothing)
 {
-    const STableFacts facts = ProbeTable(0);
+    const STableFacts facts = ProbeTable();
     EXPECT_EQ(facts.state, etsAbsent);
     EXPECT_EQ(facts.key, m_directory.Key());
     EXPECT_EQ(FindSegment(m_directory.Key()), -1);
@@ -62,7 +62,7 @@ TEST_F(TableProbe, CopiesATableThatIsReadyAndGivesTheLockBack)
 {
     const auto owner = Owner(true);
     ASSERT_TRUE(owner->RaiseError(0x40C1B, 2));
-    const STableFacts facts = ProbeTable(0);
+    const STableFacts facts = ProbeTable();
     ASSERT_EQ(facts.state, etsReady);
     ASSERT_EQ(RecordCount(facts.table), 1);
     EXPECT_EQ(facts.table.records[0].problemCode, 0x40C1B);
@@ -73,14 +73,14 @@ TEST_F(TableProbe, CopiesATableThatIsReadyAndGivesTheLockBack)
 TEST_F(TableProbe, TellsATableThatIsNotReady)
 {
     const auto owner = Owner(false);
-    EXPECT_EQ(ProbeTable(0).state, etsNotReady);
+    EXPECT_EQ(ProbeTable().state, etsNotReady);
 }
 
 TEST_F(TableProbe, TellsATableWhoseOwnerHasEnded)
 {
     Support::CChildProcess owner([this] { return Owner(true)->Failed() ? 1 : 0; });
     ASSERT_EQ(owner.Wait(), 0);
-    EXPECT_EQ(ProbeTable(0).state, etsOwnerGone);
+    EXPECT_EQ(ProbeTable().state, etsOwnerGone);
 }
 
 TEST_F(TableProbe, TellsAnOwnerThatHasEndedWhileDisplaysAreAttached)
@@ -88,8 +88,8 @@ TEST_F(TableProbe, TellsAnOwnerThatHasEndedWhileDisplaysAreAttached)
     Support::CChildProcess owner([this] { return Owner(true)->Failed() ? 1 : 0; });
     ASSERT_EQ(owner.Wait(), 0);
     const CErrorDatabaseView display(false, eViewReader);
-    EXPECT_EQ(ProbeTable(0).state, etsOwnerGone); // by the lock
-    EXPECT_EQ(ProbeTable(1).state, etsOwnerGone); // by the attachments
+    EXPECT_EQ(ProbeTable().state, etsOwnerGone);                                 // by the lock
+    EXPECT_EQ(ProbeTable({FindSegment(m_directory.Key())}).state, etsOwnerGone); // by the attachments
 }
 
 TEST_F(TableProbe, TellsAnOwnerThatHasEndedAndWasNotCollectedByItsParent)
@@ -104,27 +104,33 @@ TEST_F(TableProbe, TellsAnOwnerThatHasEndedAndWasNotCollectedByItsParent)
             return 0;
         });
     ASSERT_TRUE(made.Pass());
-    EXPECT_TRUE(Support::WaitUntil([] { return ProbeTable(0).state == etsOwnerGone; }));
+    EXPECT_TRUE(Support::WaitUntil([] { return ProbeTable().state == etsOwnerGone; }));
+}
+
+TEST_F(TableProbe, CountsNoAttachmentsToOtherSegments)
+{
+    const auto owner = Owner(true);
+    EXPECT_EQ(ProbeTable({FindSegment(m_directory.Key()) + 1}).state, etsReady);
 }
 
 TEST_F(TableProbe, NamesTheProcessThatKeepsTheLock)
 {
     const auto owner = Owner(true);
     ASSERT_TRUE(owner->GetLock(false));
-    const STableFacts facts = ProbeTable(0);
+    const STableFacts facts = ProbeTable();
     EXPECT_EQ(facts.state, etsBusy);
     EXPECT_EQ(facts.holder, getpid());
     EXPECT_TRUE(owner->ReleaseLock());
-    EXPECT_EQ(ProbeTable(0).state, etsReady);
+    EXPECT_EQ(ProbeTable().state, etsReady);
 }
 
 TEST_F(TableProbe, TellsSharedMemoryThatIsNoTable)
 {
     ASSERT_NE(shmget(m_directory.Key(), 100, IPC_CREAT | 0600), -1);
-    EXPECT_EQ(ProbeTable(0).state, etsForeign);
+    EXPECT_EQ(ProbeTable().state, etsForeign);
     m_directory.RemoveTable();
     ASSERT_NE(shmget(m_directory.Key(), kStatusTableBytes + 1, IPC_CREAT | 0600), -1);
-    EXPECT_EQ(ProbeTable(0).state, etsForeign);
+    EXPECT_EQ(ProbeTable().state, etsForeign);
 }
 
 TEST_F(TableProbe, NamesTheUserOfATableThatMayNotBeRead)
@@ -141,7 +147,7 @@ TEST_F(TableProbe, NamesTheUserOfATableThatMayNotBeRead)
         {
             if (user == 0 && setuid(65534) != 0) // to whom the mode says nothing
                 return 2;
-            const STableFacts facts = ProbeTable(0);
+            const STableFacts facts = ProbeTable();
             return facts.state == etsRefused && facts.details.user == user ? 0 : 1;
         });
     EXPECT_EQ(stranger.Wait(), 0);
@@ -164,11 +170,11 @@ TEST_F(TableProbe, RemovesSegmentAndLock)
         const auto owner = Owner(true);
     }
     std::string problem = "untouched";
-    EXPECT_TRUE(RemoveTable(ProbeTable(0), problem));
+    EXPECT_TRUE(RemoveTable(ProbeTable(), problem));
     EXPECT_EQ(problem, "untouched");
     EXPECT_EQ(FindSegment(m_directory.Key()), -1);
     EXPECT_EQ(FindSemaphore(m_directory.Key()), -1);
-    EXPECT_TRUE(RemoveTable(ProbeTable(0), problem)); // nothing there is nothing wrong
+    EXPECT_TRUE(RemoveTable(ProbeTable(), problem)); // nothing there is nothing wrong
 }
 
 TEST_F(TableProbe, SaysHowThingsStand)

@@ -293,9 +293,8 @@ TEST_F(ErrorOverlayTest, TheGivenIdsStayAsTheyAre)
                        "<x><Patterns>" + Partial("A1", kNoDataId) + "</Patterns></x>");
     const CErrorOverlay overlay(m_directory.Prefix());
     const TIds ids = {kNoNetwork, kNoData, kPower};
-    const TIds before = ids;
     EXPECT_EQ(overlay.FindFriendlyCode(ids), "A1");
-    EXPECT_EQ(ids, before);
+    EXPECT_EQ(ids, (TIds{kNoNetwork, kNoData, kPower}));
     overlay.GetCodes();
     EXPECT_EQ(overlay.FindFriendlyCode(ids), "A1");
 }

@@ -427,13 +427,15 @@ TEST_F(ErrorTreeRebuildingTest, TheWalkLeavesTheBitsToOthersWhereThereIsNoTrigge
     EXPECT_TRUE(rebuilt.codes.empty());
 }
 
-TEST_F(ErrorTreeRebuildingTest, ACycleEndsWhereAnErrorWouldContainItself)
+TEST_F(ErrorTreeRebuildingTest, GoesNoDeeperWhereAnErrorWouldContainItself)
 {
-    Support::WarnedBy([&] { Load({Node(0, {Set({1})}), Node(1, {Set({0})})}); });
-    Activate({0, 1});
+    Support::WarnedBy([&] { Load({Node(0, {Set({1})}), Node(1, {Set({0, 2})}), Node(2, {Set({1})})}); });
+    Activate({0, 1, 2});
     const SErrorTree built = Tree(0);
-    const SRebuilt rebuilt = Rebuilt(built.stateKey, true);
-    EXPECT_EQ(rebuilt.tree.solutions, built.solutions);
+    EXPECT_EQ(built.stateKey, "003C"); // 0000000000 1 11 1
+    EXPECT_EQ(Texts(built), "T0|s0|P0|S1 S0 S2 S1");
+    EXPECT_EQ(TextsOf("003C"), "T0|s0|P0|S1 S0 S2 S1");
+    EXPECT_EQ(Codes("003C"), "0 1 0 2 1");
     EXPECT_EQ(Rebuilt("003" + std::string(1000, 'F')), Rebuilt("003" + std::string(2000, 'F')))
         << "however many bits there are";
 }

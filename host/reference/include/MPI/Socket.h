@@ -23,7 +23,7 @@ class CORE_EXPORT Socket
 {
 public:
     /// The outbox holds this many bytes, the message being sent included.
-    static constexpr std::size_t kOutboxBytes = 1024 * 1024;
+    static constexpr std::size_t kOutboxBytes = 1048576; // 1 MiB
 
     Socket();
 

@@ -84,7 +84,8 @@ std::int64_t Time::Nanoseconds() const
 
 double Time::AsDouble() const
 {
-    return static_cast<double>(Nanoseconds() / kNanosecondsPerMicrosecond) / kMicrosecondsPerSecond;
+    const std::int64_t wholeMicroseconds = Nanoseconds() / kNanosecondsPerMicrosecond;
+    return static_cast<double>(wholeMicroseconds) / kMicrosecondsPerSecond;
 }
 
 } // namespace Core

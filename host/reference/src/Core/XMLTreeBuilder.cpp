@@ -14,7 +14,7 @@ namespace IO
 namespace
 {
 
-constexpr std::size_t kPieceBytes = 1024 * 1024; // lengths are int in Expat
+constexpr std::size_t kPieceBytes = 1048576; // lengths are int in Expat
 
 /// Of the encodings that Expat reads, those with one byte a character. UTF-16 has been recoded before.
 bool IsSingleByte(const char* encoding)

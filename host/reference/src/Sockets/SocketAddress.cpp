@@ -88,7 +88,7 @@ std::string SocketAddress::Text() const
 {
     const std::string host = Host();
     if (host.empty())
-        return host;
+        return std::string();
     const std::string port = ":" + std::to_string(Port());
     return Family() == AF_INET6 ? "[" + host + "]" + port : host + port;
 }

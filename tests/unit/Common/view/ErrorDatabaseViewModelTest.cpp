@@ -119,7 +119,7 @@ public:
 
     std::string Text()
     {
-        const std::string text = m_text.str();
+        std::string text = m_text.str();
         m_text.str("");
         return text;
     }

@@ -25,10 +25,10 @@ protected:
         EXPECT_EQ(Bytes(), bytes);
     }
 
+    /// All twelve bytes are zero, the type word included.
     static bool IsZero(const Core::Time& time)
     {
-        const Core::Time zero;
-        return std::memcmp(&time, &zero, sizeof zero) == 0;
+        return std::string(reinterpret_cast<const char*>(&time), sizeof time) == std::string(12, '\0');
     }
 };
 

@@ -30,7 +30,9 @@ inline std::string Name(int number)
 
 inline int Code(int number)
 {
-    return Faultkeeper::emiPositioning | SubModule(number) | Faultkeeper::epiNoData;
+    const int subModule = SubModule(number);
+    const int problem = Faultkeeper::epiNoData;
+    return Faultkeeper::emiPositioning | subModule | problem;
 }
 
 inline int Type(int number)
