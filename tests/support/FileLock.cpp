@@ -9,8 +9,7 @@
 namespace Support
 {
 
-CFileLock::CFileLock(const std::string& path)
-    : m_descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666))
+CFileLock::CFileLock(const std::string& path) : m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC))
 {
     if (m_descriptor < 0 || flock(m_descriptor, LOCK_EX) != 0)
         throw std::runtime_error("cannot lock " + path);
@@ -18,7 +17,7 @@ CFileLock::CFileLock(const std::string& path)
 
 CFileLock::~CFileLock()
 {
-    close(m_descriptor); // the file stays: removing it would let two tests hold two locks of one name
+    close(m_descriptor);
 }
 
 } // namespace Support

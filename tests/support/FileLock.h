@@ -10,6 +10,7 @@ class CFileLock
 {
 public:
     /// Waits until the lock is free.
+    /// @param path  an existing file or directory, which is left as it is
     explicit CFileLock(const std::string& path);
     ~CFileLock();
     CFileLock(const CFileLock&) = delete;
@@ -23,7 +24,7 @@ private:
 class CPortLock : public CFileLock
 {
 public:
-    CPortLock() : CFileLock("/tmp/faultkeeper-port-5300.lock") {}
+    CPortLock() : CFileLock("/tmp") {} // a directory that is there anyway: no lock file is left behind
 };
 
 } // namespace Support
