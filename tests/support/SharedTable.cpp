@@ -5,6 +5,7 @@
 #include <sys/ipc.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -21,6 +22,14 @@ constexpr int kProject = 68;
 bool KeyInUse(key_t key)
 {
     return shmget(key, 0, 0) != -1 || semget(key, 0, 0) != -1;
+}
+
+/// False if somebody has removed the file since it was opened, and perhaps made another one of its name.
+bool IsFileOf(int descriptor, const char* path)
+{
+    struct stat opened = {};
+    struct stat named = {};
+    return fstat(descriptor, &opened) == 0 && stat(path, &named) == 0 && opened.st_ino == named.st_ino;
 }
 } // namespace
 
@@ -52,18 +61,16 @@ bool CSharedTableDirectory::ClaimFreshKey()
     m_key = ftok(m_directory->Path().c_str(), kProject);
     char name[64];
     std::snprintf(name, sizeof name, "/tmp/faultkeeper-test-key-%08x", static_cast<unsigned>(m_key));
-    const int claim = open(name, O_RDWR | O_CREAT | O_CLOEXEC | O_EXCL, 0600);
-    if (claim < 0)
-        return false;
-    if (KeyInUse(m_key))
+    const int claim = open(name, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    // The lock goes with the process: a test that was killed does not keep its key for ever.
+    if (claim >= 0 && flock(claim, LOCK_EX | LOCK_NB) == 0 && IsFileOf(claim, name) && !KeyInUse(m_key))
     {
-        unlink(name);
-        close(claim);
-        return false;
+        m_claim = claim;
+        m_claimPath = name;
+        return true;
     }
-    m_claim = claim;
-    m_claimPath = name;
-    return true;
+    close(claim);
+    return false;
 }
 
 std::uint8_t* CSharedTableDirectory::Table()

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <set>
+#include <string>
 
 using namespace Support;
 
@@ -18,17 +21,19 @@ protected:
     CVariable m_temporaryPath{"TMPDIR", m_temporary.Path()};
 };
 
-// Segments and semaphore sets of this program's making: tables of that size, and sets of one.
-std::string IpcListing()
+// What the system's lists of segments and semaphore sets tell: the list and the number of each.
+std::set<std::string> IpcObjects()
 {
-    std::string text;
+    std::set<std::string> objects;
     for (const char* const path : {"/proc/sysvipc/shm", "/proc/sysvipc/sem"})
     {
         std::ifstream file(path);
-        for (std::string key, line; file >> key && std::getline(file, line);)
-            text += key + "\n";
+        std::string line;
+        std::getline(file, line); // the headline
+        for (std::string key, number; file >> key >> number && std::getline(file, line);)
+            objects.insert(std::string(path) + " " + number);
     }
-    return text;
+    return objects;
 }
 
 const char* const kLines = "+-System:Position:No Data:2\n"
@@ -80,13 +85,21 @@ TEST_F(Decode, LeavesNothingBehindWithoutAnOwner)
 
 TEST_F(Decode, LeavesNoSharedMemoryAndNoLockWithoutAnOwner)
 {
-    // others on this machine may come and go meanwhile, so one quiet moment is enough
+    const std::set<std::string> before = IpcObjects();
+    ASSERT_EQ(Ctl({"decode", "00F0"}).status, 0);
+    std::set<std::string> added;
+    for (const std::string& object : IpcObjects())
+    {
+        if (before.count(object) == 0)
+            added.insert(object);
+    }
+    // tests running beside this one make tables as well, but theirs go
     EXPECT_TRUE(WaitUntil(
-        [this]
+        [&added]
         {
-            const std::string before = IpcListing();
-            EXPECT_EQ(Ctl({"decode", "00F0"}).status, 0);
-            return IpcListing() == before;
+            const std::set<std::string> now = IpcObjects();
+            return std::none_of(added.begin(), added.end(),
+                                [&now](const std::string& object) { return now.count(object) != 0; });
         }));
 }
 
