@@ -175,6 +175,44 @@ TEST(HostClientConnecting, IsNoticedToHaveBeenReset)
     EXPECT_TRUE(Eventually([&] { return !client.VerifyConnection(); }));
 }
 
+TEST(HostClientConnecting, ToAnAddressThatDoesNotAnswerGoesOnToTheNext)
+{
+    if (!HostTest::HasIPv6Loopback())
+        return;
+    CRawListener full("127.0.0.1", 0, 0);
+    const CRawConnection only = CRawConnection::To("127.0.0.1", full.Port());
+    CRawListener listener("::1", full.Port());
+    MPISocketClientC client(true);
+    EXPECT_FALSE(client.Connect("localhost", full.Port(), 0)) << "there is room";
+    EXPECT_TRUE(client.Sending());
+    EXPECT_TRUE(Eventually([&] { return client.VerifyConnection(); }));
+    EXPECT_EQ(client.PeerName(), "[::1]:" + std::to_string(full.Port()));
+    client.Destroy();
+    EXPECT_TRUE(client.Connect("localhost", full.Port(), 30000));
+}
+
+TEST(HostClientConnecting, ToAnAddressThatDoesNotAnswerBeginsAnew)
+{
+    CRawListener full("127.0.0.1", 0, 0);
+    const CRawConnection only = CRawConnection::To("127.0.0.1", full.Port());
+    for (const bool reconnect : {true, false})
+    {
+        MPISocketClientC client(reconnect);
+        EXPECT_FALSE(client.Connect("127.0.0.1", full.Port(), 0)) << "there is room";
+        const unsigned short before = HostTest::PortOf(client.Descriptor());
+        EXPECT_TRUE(Eventually(
+            [&]
+            {
+                return !client.VerifyConnection() && client.Descriptor() >= 0 &&
+                       HostTest::PortOf(client.Descriptor()) != before;
+            }));
+    }
+    MPISocketClientC client(false);
+    client.Connect("127.0.0.1", full.Port(), -1);
+    full.Accept();
+    EXPECT_TRUE(Eventually([&] { return client.VerifyConnection(); }));
+}
+
 TEST(HostClientConnecting, IsGivenUpByDestroy)
 {
     CRawListener listener;

@@ -4,6 +4,7 @@
 #include <MPI/BListC.h>
 #include <MPI/MPISocketClientC.h>
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sstream>
@@ -41,13 +42,23 @@ public:
         char byte = 0;
         log += read(extraReader, &byte, 1) == 1 ? "extra\n" : "no extra\n";
     }
-    void DataReceived() override { log += "received\n"; }
+    void DataReceived() override
+    {
+        log += "received\n";
+        if (onInput)
+            onInput();
+    }
     void DataReceivedFrom(std::string address, unsigned short port) override
     {
         log += "from " + address + " " + std::to_string(port) + "\n";
     }
     void DataSent() override { log += "sent\n"; }
-    void Disconnected() override { log += "disconnected\n"; }
+    void Disconnected() override
+    {
+        log += "disconnected\n";
+        if (onLoss)
+            onLoss();
+    }
     bool DoClientCallback(const std::string& name, BListC* arguments) override
     {
         log += "client " + name + " " + Encoded(*arguments) + "\n";
@@ -56,6 +67,8 @@ public:
 
     std::string log;
     int extraReader = -1;
+    std::function<void()> onInput;
+    std::function<void()> onLoss;
 };
 
 class HostClientReceiving : public testing::Test
@@ -176,6 +189,76 @@ TEST_F(HostClientReceiving, ATurnWithinATurnDoesNothing)
     EXPECT_EQ(inner, 0);
 }
 
+TEST_F(HostClientReceiving, AHookMayTakeTheMessagesOfATurn)
+{
+    std::string taken;
+    m_client.onInput = [&]
+    {
+        if (const std::unique_ptr<BDictionaryC> message = m_client.ReceiveMessage(false))
+            taken += Encoded(*message);
+    };
+    EXPECT_EQ(LogOf("d1:ai1eed4:argsle4:name1:bed4:argsle4:name1:ce"), "client b le\nclient c le\n");
+    EXPECT_EQ(taken, "d1:ai1ee");
+    EXPECT_FALSE(m_client.Refused());
+    EXPECT_TRUE(m_client.Connected());
+}
+
+TEST_F(HostClientReceiving, AHookMayRunATurn)
+{
+    m_client.onInput = [&] { EXPECT_EQ(m_client.ProcessMessages(false), 2); };
+    SendToClient("d4:argsle4:name1:aed4:argsle4:name1:bed1:c");
+    EXPECT_EQ(m_client.ReceiveMessage(false), nullptr);
+    EXPECT_NE(m_client.log.find("client a le\nclient b le\n"), std::string::npos);
+    m_client.onInput = nullptr;
+    SendToClient("i3ee");
+    EXPECT_EQ(Encoded(*m_client.ReceiveMessage(false)), "d1:ci3ee");
+}
+
+TEST_F(HostClientReceiving, AWaitWithinATurnGetsWhatComesHoweverMuchWasRead)
+{
+    constexpr int kMessages = 5000; // 100 kB, more than a turn reads
+    int count = 0;
+    m_client.RegisterCallback("a",
+                              [&](BListC*)
+                              {
+                                  EXPECT_NE(m_client.ReceiveMessage(true), nullptr) << count;
+                                  count += 2;
+                              });
+    std::string many;
+    for (int message = 0; message < kMessages; ++message)
+        many += "d4:argsle4:name1:ae";
+    m_client.SetTimeout(5000);
+    Peer().Send(many);
+    EXPECT_TRUE(Eventually(
+        [&]
+        {
+            m_client.ProcessMessages(false);
+            return count >= kMessages || HasFailure();
+        }));
+    EXPECT_EQ(count, kMessages);
+}
+
+TEST_F(HostClientReceiving, DisconnectedMayConnectAgainAndNothingIsLost)
+{
+    m_client.onLoss = [&]
+    {
+        m_client.onLoss = nullptr;
+        ASSERT_TRUE(m_client.Reconnect(30000));
+        m_peers.push_back(m_listener.Accept());
+        Peer().Send("d4:argsle4:name1:be");
+        ASSERT_TRUE(HostTest::HasInput(m_client.Descriptor(), 30000));
+    };
+    SendToClient("d4:argsle4:name1:aewrong");
+    EXPECT_TRUE(Eventually(
+        [&]
+        {
+            m_client.ProcessMessages(false);
+            return m_client.log.find("client b le\n") != std::string::npos;
+        }));
+    EXPECT_NE(m_client.log.find("client a le\ndisconnected\n"), std::string::npos);
+    EXPECT_FALSE(m_client.Refused());
+}
+
 TEST_F(HostClientReceiving, ACallbackMaySendAndVerify)
 {
     m_client.RegisterCallback("a",
@@ -267,6 +350,13 @@ TEST_F(HostClientReceiving, AWaitServesTheExtraReader)
     EXPECT_EQ(m_client.log, "extra\n");
     close(ends[0]);
     close(ends[1]);
+}
+
+TEST_F(HostClientReceiving, AcceptLeavesTheDescriptorHeldAlreadyAsItIs)
+{
+    m_client.Accept(m_client.Descriptor());
+    EXPECT_EQ(LogOf("d4:argsle4:name1:ae"), "client a le\n");
+    EXPECT_TRUE(m_client.Connected());
 }
 
 TEST_F(HostClientReceiving, AcceptTakesOverAConnectedDescriptor)

@@ -11,6 +11,8 @@
 #include <memory>
 #include <string>
 #include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 #include "host/RawPeer.h"
@@ -328,6 +330,32 @@ TEST_F(HostClientSending, WhatWaitedIsForgottenByDestroy)
     EXPECT_TRUE(SendNumber(5));
     m_client.reset();
     EXPECT_EQ(NumbersIn(next.ReceiveToEnd()), "5..5");
+}
+
+TEST_F(HostClientSending, AForkedChildsCopyNeitherSendsNorEndsTheConnection)
+{
+    const int count = FillSystem();
+    std::string received = DrainSystem(); // so there is room for what waits
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0)
+    {
+        m_client.reset();
+        _exit(0);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(Peer().ReceivePending(), "");
+    EXPECT_TRUE(Eventually(
+        [&]
+        {
+            received += Peer().ReceivePending();
+            return m_client->VerifyConnection() && m_client->BytesWaiting() == 0;
+        }));
+    EXPECT_TRUE(SendNumber(count));
+    m_client.reset();
+    EXPECT_EQ(NumbersIn(received + Peer().ReceiveToEnd()), Range(0, count));
 }
 
 TEST_F(HostClientSending, APeerThatVanishesRaisesNoSignal)

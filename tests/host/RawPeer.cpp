@@ -39,6 +39,8 @@ struct SAddress
     socklen_t size = 0;
 };
 
+} // namespace
+
 unsigned short PortOf(int descriptor)
 {
     sockaddr_storage storage = {};
@@ -47,6 +49,9 @@ unsigned short PortOf(int descriptor)
     // Both kinds of address have the port in the same place.
     return ntohs(reinterpret_cast<const sockaddr_in*>(&storage)->sin_port);
 }
+
+namespace
+{
 
 int Connected(const std::string& host, unsigned short port)
 {
@@ -207,14 +212,15 @@ unsigned short CRawConnection::OwnPort() const
     return PortOf(m_descriptor);
 }
 
-CRawListener::CRawListener(const std::string& host, unsigned short port) : m_descriptor(-1), m_port(0)
+CRawListener::CRawListener(const std::string& host, unsigned short port, int backlog)
+    : m_descriptor(-1), m_port(0)
 {
     const SAddress address(host, port);
     m_descriptor = socket(address.storage.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
     const int on = 1;
     setsockopt(m_descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
     EXPECT_EQ(bind(m_descriptor, address.Get(), address.size), 0) << host << " " << port;
-    EXPECT_EQ(listen(m_descriptor, 16), 0);
+    EXPECT_EQ(listen(m_descriptor, backlog), 0);
     m_port = PortOf(m_descriptor);
 }
 

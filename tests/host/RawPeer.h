@@ -53,7 +53,8 @@ private:
 class CRawListener
 {
 public:
-    explicit CRawListener(const std::string& host = "127.0.0.1", unsigned short port = 0);
+    /// @param backlog  how many connections may wait, and one
+    explicit CRawListener(const std::string& host = "127.0.0.1", unsigned short port = 0, int backlog = 16);
     ~CRawListener() { Close(); }
     CRawListener(const CRawListener&) = delete;
     CRawListener& operator=(const CRawListener&) = delete;
@@ -69,6 +70,9 @@ private:
     int m_descriptor;
     unsigned short m_port;
 };
+
+/// This end's port.
+unsigned short PortOf(int descriptor);
 
 /// A port of 127.0.0.1 that nobody listens on.
 unsigned short UnusedPort();

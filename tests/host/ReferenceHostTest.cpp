@@ -81,6 +81,29 @@ TEST(ReferenceHost, TriesALostConnectionAgainAtMostEvery250Milliseconds)
     }
 }
 
+TEST(ReferenceHost, KeepsSayingNoFor250MillisecondsAlthoughThereIsRoomAgain)
+{
+    CRawListener listener;
+    MPISocketClientC client(true);
+    ASSERT_TRUE(client.Connect("localhost", listener.Port(), 30000));
+    CRawConnection peer = listener.Accept();
+    BListC arguments;
+    arguments.Append(std::make_unique<BAtomC>(std::string(60000, 'x')));
+    Clock::time_point before = Clock::now();
+    while (client.VerifyConnection())
+    {
+        ASSERT_TRUE(client.SendNotification("a", &arguments));
+        before = Clock::now();
+    }
+    ASSERT_TRUE(Eventually(
+        [&]
+        {
+            peer.ReceivePending();
+            return client.VerifyConnection();
+        }));
+    EXPECT_GE(Clock::now() - before, std::chrono::milliseconds(250));
+}
+
 class Handler : public MPIServerHandlerC
 {
 public:
@@ -174,6 +197,83 @@ TEST(ReferenceHost, LetsATestTakeThePlaceOfTheConnection)
     BAtomC atom(1);
     EXPECT_TRUE(client.SendMessageElement(&atom));
     EXPECT_EQ(client.sent, "d4:argsle4:name1:aei1e");
+}
+
+/// Lets the process open nothing as long as it lives, whatever it closes.
+class NothingOpens
+{
+public:
+    NothingOpens()
+    {
+        getrlimit(RLIMIT_NOFILE, &m_limit);
+        rlimit low = m_limit;
+        low.rlim_cur = 3; // poll(2) wants room for one
+        setrlimit(RLIMIT_NOFILE, &low);
+    }
+    ~NothingOpens() { setrlimit(RLIMIT_NOFILE, &m_limit); }
+    NothingOpens(const NothingOpens&) = delete;
+    NothingOpens& operator=(const NothingOpens&) = delete;
+
+private:
+    rlimit m_limit = {};
+};
+
+TEST(ReferenceHost, DoesNotKeepItsOwnerBusyWhileTheSystemRefusesToAccept)
+{
+    constexpr int kPauses = 4;
+    Handler handler;
+    MPISocketServerC server(handler);
+    ASSERT_TRUE(server.Listen(0));
+    CRawConnection served = CRawConnection::To("127.0.0.1", server.Port());
+    ASSERT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 1; }));
+    const CRawConnection waiting = CRawConnection::To("127.0.0.1", server.Port());
+    {
+        const NothingOpens nothingOpens;
+        const Clock::time_point before = Clock::now();
+        EXPECT_EQ(server.Serve(30000), 0);
+        EXPECT_EQ(server.Error().substr(0, 8), "accept: ");
+        for (int pause = 0; pause < kPauses; ++pause)
+        {
+            ASSERT_TRUE(HostTest::HasInput(server.Descriptor(), 30000)) << "it tries again";
+            EXPECT_EQ(server.Serve(0), 0);
+            EXPECT_EQ(server.Error(), "") << "told once";
+        }
+        EXPECT_GE(Clock::now() - before, kPauses * std::chrono::milliseconds(100));
+        served.Send("d4:argsle4:name1:xe");
+        EXPECT_TRUE(Eventually([&] { return server.Serve(0) >= 0 && handler.notifications == 1; }));
+        EXPECT_EQ(server.ConnectionCount(), 1u);
+    }
+    EXPECT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 2; }));
+    EXPECT_EQ(server.Error(), "");
+}
+
+TEST(ReferenceHost, ListensAgainAfterBeingClosedWhileTheSystemRefusedToAccept)
+{
+    Handler handler;
+    MPISocketServerC server(handler);
+    ASSERT_TRUE(server.Listen(0));
+    const CRawConnection waiting = CRawConnection::To("127.0.0.1", server.Port());
+    {
+        const NothingOpens nothingOpens;
+        ASSERT_EQ(server.Serve(30000), 0);
+        ASSERT_NE(server.Error(), "");
+    }
+    server.Close();
+    ASSERT_TRUE(server.Listen(0)) << server.Error();
+    const CRawConnection next = CRawConnection::To("127.0.0.1", server.Port());
+    EXPECT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 1; }));
+}
+
+TEST(ReferenceHost, CallsAPeerThatHasGoneUnknown)
+{
+    CRawListener listener;
+    CRawConnection gone = CRawConnection::To("127.0.0.1", listener.Port());
+    const CRawConnection accepted = listener.Accept();
+    gone.Reset();
+    ASSERT_TRUE(HostTest::HasInput(accepted.Descriptor(), 30000));
+    MPISocketConnectionC connection;
+    connection.Accept(dup(accepted.Descriptor()));
+    EXPECT_EQ(connection.PeerName(), "unknown");
 }
 
 } // namespace

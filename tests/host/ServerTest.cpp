@@ -189,6 +189,11 @@ TEST_F(HostServer, HasADescriptorWithInputWheneverThereIsSomethingToDo)
     EXPECT_EQ(m_server.Descriptor(), descriptor);
 }
 
+TEST_F(HostServer, TellsTheFirstByteOfAMessageThatIsNoNotification)
+{
+    EXPECT_EQ(LogOf(kRaise + "d1:ai1ee").substr(33, 14), "refused at 43:");
+}
+
 TEST_F(HostServer, ServeReturnsHowManyNotificationsItHandedOver)
 {
     CRawConnection connection = Connect();

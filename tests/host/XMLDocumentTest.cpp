@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "support/FreshDirectory.h"
 
@@ -194,6 +195,18 @@ TEST_F(HostXMLDocument, ADeviceIsRefused)
     XMLDocument document(false);
     EXPECT_FALSE(document.Parse("/dev/zero"));
     EXPECT_EQ(document.Error().substr(0, 5), "0:0: ");
+}
+
+TEST_F(HostXMLDocument, AFileOfMoreThan64MebibytesIsRefused)
+{
+    const std::string path = File("<a/>");
+    ASSERT_EQ(truncate(path.c_str(), 67108865), 0); // takes no room on the disk
+    XMLDocument document(false);
+    EXPECT_FALSE(document.Parse(path));
+    EXPECT_EQ(document.Error(), "0:0: File too large");
+    ASSERT_EQ(truncate(path.c_str(), 67108864), 0);
+    EXPECT_FALSE(document.Parse(path));
+    EXPECT_EQ(document.Error().substr(0, 2), "1:") << "read, and found to be no XML";
 }
 
 TEST_F(HostXMLDocument, TextThatIsNotWellFormedIsRefusedWithItsPlace)

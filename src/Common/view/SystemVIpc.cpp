@@ -1,4 +1,4 @@
-#include "Common/SystemVIpc.h"
+#include "Common/view/SystemVIpc.h"
 
 #include <sys/ipc.h>
 #include <sys/sem.h>

@@ -1,4 +1,4 @@
-#include "Common/HierarchyPositions.h"
+#include "Common/database/HierarchyPositions.h"
 
 #include <Faultkeeper/Error.h>
 

@@ -1,6 +1,6 @@
 #include <Faultkeeper/ErrorDatabase.h>
 
-#include "Common/ErrorGrouping.h"
+#include "Common/database/ErrorGrouping.h"
 
 #include <list>
 

@@ -1,7 +1,7 @@
 #include <Faultkeeper/ErrorDatabase.h>
 
 #include "Common/ErrorName.h"
-#include "Common/HierarchyPositions.h"
+#include "Common/database/HierarchyPositions.h"
 
 #include <iostream>
 

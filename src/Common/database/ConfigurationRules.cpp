@@ -1,4 +1,4 @@
-#include "Common/ConfigurationRules.h"
+#include "Common/database/ConfigurationRules.h"
 
 #undef NDEBUG // the assertion reporter is declared only where assertions are on, and these rules always are
 #include <cassert>

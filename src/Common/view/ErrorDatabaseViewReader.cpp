@@ -3,8 +3,8 @@
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/ErrorDbViewChanged.h>
 
-#include "Common/TableLock.h"
-#include "Common/TableRecords.h"
+#include "Common/view/TableLock.h"
+#include "Common/view/TableRecords.h"
 
 #include <cstring>
 #include <ctime>

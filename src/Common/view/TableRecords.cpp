@@ -1,4 +1,4 @@
-#include "Common/TableRecords.h"
+#include "Common/view/TableRecords.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "Common/ErrorGrouping.h"
+#include "Common/database/ErrorGrouping.h"
 
 #include <Faultkeeper/Error.h>
 

@@ -2,9 +2,9 @@
 
 #include <Faultkeeper/ErrorDbViewChanged.h>
 
-#include "Common/SystemVIpc.h"
-#include "Common/TableLock.h"
-#include "Common/TableRecords.h"
+#include "Common/view/SystemVIpc.h"
+#include "Common/view/TableLock.h"
+#include "Common/view/TableRecords.h"
 
 #include <cerrno>
 #include <cstdio>

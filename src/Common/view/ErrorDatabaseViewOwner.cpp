@@ -2,8 +2,8 @@
 
 #include <Faultkeeper/ErrorDatabase.h>
 
-#include "Common/TableLock.h"
-#include "Common/TableRecords.h"
+#include "Common/view/TableLock.h"
+#include "Common/view/TableRecords.h"
 
 #include <algorithm>
 #include <cstdio>

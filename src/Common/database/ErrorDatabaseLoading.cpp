@@ -1,8 +1,8 @@
 #include <Faultkeeper/ErrorDatabase.h>
 
-#include "Common/ConfigurationRules.h"
 #include "Common/Numbers.h"
 #include "Common/XmlAttributes.h"
+#include "Common/database/ConfigurationRules.h"
 
 #include <Core/IO/XMLDocument.h>
 #include <Core/IO/XMLNode.h>
