@@ -191,7 +191,7 @@ TEST_F(HostServer, HasADescriptorWithInputWheneverThereIsSomethingToDo)
 
 TEST_F(HostServer, TellsTheFirstByteOfAMessageThatIsNoNotification)
 {
-    EXPECT_EQ(LogOf(kRaise + "d1:ai1ee").substr(33, 14), "refused at 43:");
+    EXPECT_NE(LogOf(kRaise + "d1:ai1ee").find("\nrefused at 43: not a notification"), std::string::npos);
 }
 
 TEST_F(HostServer, ServeReturnsHowManyNotificationsItHandedOver)

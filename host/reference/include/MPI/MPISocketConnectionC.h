@@ -76,8 +76,9 @@ public:
     /// @param element  borrowed, not null
     virtual bool SendMessageElement(BElementC* element);
 
-    /// The next message; null if there is none.
-    /// @param wait  wait for one as long as SetTimeout says
+    /// The next message; null if there is none. May be called from everywhere, the operations that tell of
+    /// input or a loss included.
+    /// @param wait  wait for one as long as SetTimeout says; then what the turn may read is not limited
     virtual std::unique_ptr<BDictionaryC> ReceiveMessage(bool wait);
 
     /// Called with every message of a turn. Passes the arguments of a notification to DoCallback, and if that
@@ -108,7 +109,7 @@ protected:
 
 private:
     std::unique_ptr<BDictionaryC> DecodeBuffered();
-    bool ReadMore();
+    bool ReadMore(bool limited);
     int HandleMessages();
     int WaitingTime() const;
     void FollowConnection();

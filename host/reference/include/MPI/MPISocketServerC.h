@@ -15,7 +15,7 @@ class BListC;
 struct CORE_EXPORT MPIPeerC
 {
     std::uint64_t connection; ///< counts from 1 in the order of arrival; never used twice by a server
-    std::string name;         ///< "127.0.0.1:40312" or "[::1]:40312"
+    std::string name;         ///< "127.0.0.1:40312" or "[::1]:40312"; "unknown" if it had gone already
 };
 
 /// A notification that a server has received; everything is borrowed for the call.
@@ -43,8 +43,8 @@ public:
 
     /// A connection has sent something that is no notification, or has ended in the middle of one, and is
     /// closed.
-    /// @param offset  of the first wrong byte (or of the end), counted in bytes from the connection's
-    /// beginning
+    /// @param offset  of the first wrong byte; of the first byte of a message that is no notification; or of
+    ///                the end. Counted in bytes from the connection's beginning
     /// @param reason  in words, without the peer and the offset
     virtual void InputRefused(const MPIPeerC& peer, std::uint64_t offset, const std::string& reason) = 0;
 
@@ -88,6 +88,11 @@ public:
 
     /// Why Listen or Serve failed last, such as "port 5300 on 127.0.0.1: Address already in use"; empty if it
     /// did not.
+    ///
+    /// Also set, for one turn and without making it fail, when the system begins to refuse connections, for
+    /// want of memory for example: "accept: Cannot allocate memory". Nobody is accepted for 100 ms then, and
+    /// so on for as long as it lasts; those who are connected are served. It is not told again before the
+    /// next connection has been accepted.
     const std::string& Error() const;
 
     /// A descriptor that has input (poll(2), epoll(7)) whenever Serve has something to do. The same for the

@@ -25,17 +25,22 @@ public:
     /// The outbox holds this many bytes, the message being sent included.
     static constexpr std::size_t kOutboxBytes = 1048576; // 1 MiB
 
+    /// So many bytes are read at once.
+    static constexpr std::size_t kReadBytes = 16384;
+
     Socket();
 
     /// Hands the kernel what it takes of the outbox, reads away what is pending (unread input would make the
-    /// kernel cut off what we sent), then shuts writing down and closes. Does not wait.
+    /// kernel cut off what we sent), then shuts writing down and closes. Does not wait. In a process forked
+    /// since the connection was made, it and Close only close the copy of the descriptor: the connection and
+    /// the outbox are the parent's.
     virtual ~Socket();
 
     /// Called by a wait that has ended without any input.
     virtual void Idle() {}
 
     /// Takes over a connected stream socket, such as accept(2) returns; the connection held before is closed.
-    /// @param descriptor  owned from here on; if negative nothing happens
+    /// @param descriptor  owned from here on; if negative, or the one held already, nothing happens
     virtual void Accept(int descriptor);
 
     /// Starts connecting anew to where Connect went last; the connection held before is closed.
@@ -70,7 +75,8 @@ public:
     /// one.
     ///
     /// No name service is asked: `host` is a numeric IPv4 or IPv6 address, or "localhost", which is 127.0.0.1
-    /// and, if that does not answer, ::1.
+    /// and, if that refuses or does not answer within a second, ::1. While an address does not answer, it is
+    /// tried anew each second.
     /// @param timeoutMilliseconds  how long to wait for the connection; -1: start it and return, whatever
     /// follows
     ///                             is found out by Connected
@@ -93,8 +99,8 @@ public:
     /// The bytes waiting in the outbox.
     std::size_t BytesWaiting() const;
 
-    /// The other end as "127.0.0.1:5300" or "[::1]:5300"; empty without a connection. Once lost, no longer
-    /// known.
+    /// The other end as "127.0.0.1:5300" or "[::1]:5300", or "unknown" if it had gone before it could be
+    /// asked for; empty without a connection. Once lost, no longer known.
     const std::string& PeerName() const;
 
 protected:
@@ -108,9 +114,11 @@ protected:
     /// Forgets all messages in the outbox.
     void DropOutbox();
 
-    /// Reads what is there without waiting. A connection that the peer has closed is found out here.
+    /// Reads what is there without waiting, up to kReadBytes. A connection that the peer has closed is found
+    /// out here.
+    /// @param input  replaced, before anything is told to DataReceived and the operations after it
     /// @return the bytes read, 0 if there were none
-    std::size_t Receive(char* buffer, std::size_t size);
+    std::size_t Receive(std::string& input);
 
     /// Waits until the socket has input, can go on sending, or the time is over, and serves the extra reader.
     /// @param timeoutMilliseconds  0 only looks; -1 waits without limit
@@ -126,6 +134,9 @@ protected:
 
     /// How many connections this object has had, the present one included.
     unsigned ConnectionCount() const;
+
+    /// How often Connect, Reconnect or Accept have begun something new.
+    unsigned AttemptCount() const;
 
     /// Milliseconds since connecting was last tried; the greatest int if it never was or that long ago.
     int MillisecondsSinceAttempt() const;

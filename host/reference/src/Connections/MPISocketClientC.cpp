@@ -10,7 +10,9 @@ void MPISocketClientC::CheckCallbacks()
     // A descriptor means that a connection is being made, or that a lost one still has input to read.
     if (!m_reconnect || Descriptor() >= 0 || Connected() || MillisecondsSinceAttempt() < kRetryMilliseconds)
         return;
+    const unsigned before = AttemptCount();
     Reconnect(-1);
+    m_ownAttempts += AttemptCount() - before;
     MPISocketConnectionC::CheckCallbacks(); // on the loopback it is up by now
 }
 
@@ -20,5 +22,17 @@ bool MPISocketClientC::VerifyConnection()
     if (!Connected())
         CheckCallbacks(); // the loss may have come out only now, and its time to be tried again be there
                           // already
-    return Connected() && HasRoom();
+    const bool yes = Connected() && HasRoom();
+    if (NoHolds() && (!yes || Socket::Connected())) // who overrides Connected is free without a connection
+        return false;
+    m_saidNo = !yes;
+    m_noTime = Clock::now();
+    m_ownersAttemptAtNo = OwnersAttempts();
+    return yes;
+}
+
+bool MPISocketClientC::NoHolds() const
+{
+    return m_saidNo && m_ownersAttemptAtNo == OwnersAttempts() &&
+           Clock::now() - m_noTime < std::chrono::milliseconds(kRetryMilliseconds);
 }

@@ -10,7 +10,6 @@
 namespace
 {
 
-constexpr std::size_t kReadBytes = 16384;
 constexpr int kLongestWaitUnconnected = 250; // as often as a client may connect again
 
 /// Raises a flag for one scope.
@@ -133,7 +132,7 @@ std::unique_ptr<BDictionaryC> MPISocketConnectionC::ReceiveMessage(bool wait)
         FollowConnection();
         if (auto message = DecodeBuffered())
             return message;
-        if (ReadMore())
+        if (ReadMore(!wait))
             continue;
         if (!wait || Descriptor() < 0 || deadline.Passed())
             return nullptr;
@@ -168,15 +167,17 @@ std::unique_ptr<BDictionaryC> MPISocketConnectionC::DecodeBuffered()
     return m_decoder.TakeMessage();
 }
 
-bool MPISocketConnectionC::ReadMore()
+/// All is in order before anything is read: what Receive calls may ask for messages itself.
+bool MPISocketConnectionC::ReadMore(bool limited)
 {
-    if (m_inTurn && m_turnBytes >= kTurnBytes)
+    if (limited && m_inTurn && m_turnBytes >= kTurnBytes)
         return false;
-    m_input.resize(kReadBytes);
+    FollowConnection(); // refused input has closed the connection, and Disconnected may have made the next
     m_decoded = 0;
-    m_input.resize(Receive(&m_input[0], m_input.size()));
-    m_turnBytes += m_input.size();
-    return !m_input.empty();
+    m_input.clear();
+    const std::size_t count = Receive(m_input);
+    m_turnBytes += count;
+    return count > 0;
 }
 
 void MPISocketConnectionC::MessageReceived(BDictionaryC* message)

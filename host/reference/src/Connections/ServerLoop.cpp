@@ -5,7 +5,9 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <sys/epoll.h>
+#include <sys/timerfd.h>
 #include <utility>
 
 namespace
@@ -14,10 +16,33 @@ namespace
 constexpr int kEventsPerTurn = 64;
 constexpr int kAcceptsPerTurn = 64;
 constexpr std::uint64_t kListeners = 0; // in place of a connection's number
+constexpr std::uint64_t kPauseOver = std::numeric_limits<std::uint64_t>::max(); // likewise
+constexpr long kPauseNanoseconds = 100000000;                                   // 100 ms
 
 FileDescriptor SpareDescriptor()
 {
     return FileDescriptor(open("/dev/null", O_RDONLY | O_CLOEXEC));
+}
+
+/// Is it the misfortune of one connection, which is gone already?
+bool ConcernsOneConnection(int problem)
+{
+    switch (problem)
+    {
+    case EINTR:
+    case ECONNABORTED:
+    case EPROTO:
+    case ENOPROTOOPT:
+    case EOPNOTSUPP:
+    case ENETDOWN:
+    case ENETUNREACH:
+    case EHOSTDOWN:
+    case EHOSTUNREACH:
+    case ENONET:
+        return true;
+    default:
+        return false;
+    }
 }
 
 } // namespace
@@ -39,6 +64,8 @@ bool MPISocketServerC::Implementation::Listen(unsigned short port)
 {
     if (Port() != 0)
         return Fail("port " + std::to_string(Port()) + " is listened on already", EALREADY);
+    if (!m_pause.Valid() && !MakeTimer())
+        return false;
     if (!m_listeners.Open(port))
     {
         m_error = m_listeners.Error();
@@ -51,6 +78,18 @@ bool MPISocketServerC::Implementation::Listen(unsigned short port)
     }
     m_error.clear();
     return true;
+}
+
+/// Made beforehand: when it is wanted there may be no descriptors.
+bool MPISocketServerC::Implementation::MakeTimer()
+{
+    m_pause = FileDescriptor(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+    if (!m_pause.Valid())
+        return Fail("timerfd_create", errno);
+    if (Watch(m_pause.Number(), kPauseOver))
+        return true;
+    m_pause = FileDescriptor();
+    return false;
 }
 
 bool MPISocketServerC::Implementation::WatchListeners()
@@ -83,20 +122,26 @@ int MPISocketServerC::Implementation::Serve(int timeoutMilliseconds)
     m_error.clear();
     int handedOver = 0;
     for (int index = 0; index < count; ++index)
-        handedOver += ServeConnection(events[index].data.u64);
+        handedOver += ServeReady(events[index].data.u64);
     return handedOver;
+}
+
+int MPISocketServerC::Implementation::ServeReady(std::uint64_t number)
+{
+    if (number == kPauseOver)
+        ResumeListening();
+    if (number == kPauseOver || number == kListeners)
+    {
+        AcceptFromAll();
+        return 0;
+    }
+    return ServeConnection(number);
 }
 
 /// Ready descriptors come round robin, and each gets no more than a bounded turn, so a busy one starves
 /// nobody.
 int MPISocketServerC::Implementation::ServeConnection(std::uint64_t number)
 {
-    if (number == kListeners)
-    {
-        for (const FileDescriptor& listener : m_listeners.Descriptors())
-            AcceptFrom(listener.Number());
-        return 0;
-    }
     const auto found = m_connections.find(number);
     if (found == m_connections.end())
         return 0;
@@ -106,7 +151,17 @@ int MPISocketServerC::Implementation::ServeConnection(std::uint64_t number)
     return handedOver;
 }
 
-void MPISocketServerC::Implementation::AcceptFrom(int listener)
+void MPISocketServerC::Implementation::AcceptFromAll()
+{
+    for (const FileDescriptor& listener : m_listeners.Descriptors())
+    {
+        if (!AcceptFrom(listener.Number()))
+            return;
+    }
+}
+
+/// @return false if the system refuses for good, so that listening pauses
+bool MPISocketServerC::Implementation::AcceptFrom(int listener)
 {
     for (int accepts = 0; accepts < kAcceptsPerTurn; ++accepts)
     {
@@ -114,16 +169,49 @@ void MPISocketServerC::Implementation::AcceptFrom(int listener)
         FileDescriptor accepted = SocketCalls::Accept(listener, problem);
         if (accepted.Valid())
             Welcome(std::move(accepted));
-        else if (problem == EMFILE || problem == ENFILE)
-            return TurnAwayForWantOfDescriptors(listener);
         else if (problem == EAGAIN || problem == EWOULDBLOCK)
-            return;
-        // Anything else is the misfortune of one connection that is gone already.
+            return true;
+        else if ((problem == EMFILE || problem == ENFILE) && TurnAwayForWantOfDescriptors(listener))
+            return true;
+        else if (!ConcernsOneConnection(problem))
+        {
+            PauseListening(problem);
+            return false;
+        }
     }
+    return true;
+}
+
+/// A connection that cannot be accepted makes its listener ready for ever, and its owner busy for nothing.
+void MPISocketServerC::Implementation::PauseListening(int problem)
+{
+    if (!m_troubleTold)
+        Fail("accept", problem);
+    m_troubleTold = true;
+    for (const FileDescriptor& listener : m_listeners.Descriptors())
+        epoll_ctl(m_watch.Number(), EPOLL_CTL_DEL, listener.Number(), nullptr);
+    SetTimer(kPauseNanoseconds);
+}
+
+void MPISocketServerC::Implementation::ResumeListening()
+{
+    SetTimer(0);
+    if (!m_spare.Valid())
+        m_spare = SpareDescriptor();
+    if (!WatchListeners())
+        PauseListening(errno);
+}
+
+/// @param nanoseconds  0 stops it, and takes back that it has run out
+void MPISocketServerC::Implementation::SetTimer(long nanoseconds)
+{
+    const itimerspec time = {{0, 0}, {0, nanoseconds}};
+    timerfd_settime(m_pause.Number(), 0, &time, nullptr);
 }
 
 void MPISocketServerC::Implementation::Welcome(FileDescriptor descriptor)
 {
+    m_troubleTold = false;
     if (m_connections.size() >= kMaximumConnections || !Watch(descriptor.Number(), m_lastNumber + 1))
         return TurnAway(std::move(descriptor));
     ++m_lastNumber;
@@ -135,19 +223,21 @@ void MPISocketServerC::Implementation::Welcome(FileDescriptor descriptor)
 
 void MPISocketServerC::Implementation::TurnAway(FileDescriptor descriptor)
 {
-    MPIPeerC peer = {0, SocketAddress::Peer(descriptor.Number()).Text()};
+    const MPIPeerC peer = {0, SocketAddress::Peer(descriptor.Number()).Name()};
     m_handler.PeerTurnedAway(peer);
 }
 
-/// Left waiting, the connection would make the listener ready for ever, and its owner busy for nothing.
-void MPISocketServerC::Implementation::TurnAwayForWantOfDescriptors(int listener)
+/// @return false if even the spare descriptor does not help
+bool MPISocketServerC::Implementation::TurnAwayForWantOfDescriptors(int listener)
 {
     m_spare = FileDescriptor();
     int problem = 0;
     FileDescriptor accepted = SocketCalls::Accept(listener, problem);
+    const bool helps = accepted.Valid() || problem == EAGAIN || problem == EWOULDBLOCK;
     if (accepted.Valid())
         TurnAway(std::move(accepted));
     m_spare = SpareDescriptor();
+    return helps;
 }
 
 void MPISocketServerC::Implementation::Remove(std::uint64_t number)
@@ -161,6 +251,9 @@ void MPISocketServerC::Implementation::Remove(std::uint64_t number)
 void MPISocketServerC::Implementation::Close()
 {
     m_listeners.Close();
+    if (m_pause.Valid())
+        SetTimer(0);
+    m_troubleTold = false;
     while (!m_connections.empty())
         Remove(m_connections.begin()->first);
 }

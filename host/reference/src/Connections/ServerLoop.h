@@ -29,18 +29,26 @@ public:
 
 private:
     bool Watch(int descriptor, std::uint64_t number);
+    bool MakeTimer();
+    void SetTimer(long nanoseconds);
     bool WatchListeners();
+    void PauseListening(int problem);
+    void ResumeListening();
     bool Fail(const std::string& what, int problem);
+    int ServeReady(std::uint64_t number);
     int ServeConnection(std::uint64_t number);
-    void AcceptFrom(int listener);
+    void AcceptFromAll();
+    bool AcceptFrom(int listener);
     void Welcome(FileDescriptor descriptor);
     void TurnAway(FileDescriptor descriptor);
-    void TurnAwayForWantOfDescriptors(int listener);
+    bool TurnAwayForWantOfDescriptors(int listener);
     void Remove(std::uint64_t number);
 
     MPIServerHandlerC& m_handler;
     FileDescriptor m_watch;
     FileDescriptor m_spare; // given up for a moment to turn somebody away when the process has no others left
+    FileDescriptor m_pause; // a timer that runs while the listeners are not watched
+    bool m_troubleTold = false;
     LoopbackListeners m_listeners;
     std::map<std::uint64_t, std::unique_ptr<ServerConnection>> m_connections;
     std::uint64_t m_lastNumber = 0; // of a connection; 0 stands for the listeners

@@ -1,5 +1,7 @@
 #include "Core/XMLFile.h"
 
+#include <Core/IO/XMLDocument.h>
+
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -54,7 +56,11 @@ std::string ReadAll(const OpenFile& file, std::string& text)
     char buffer[kReadBytes];
     ssize_t count = 0;
     while ((count = file.Read(buffer, sizeof(buffer))) > 0)
+    {
         text.append(buffer, static_cast<std::size_t>(count));
+        if (text.size() > XMLDocument::kMaximumBytes)
+            return std::strerror(EFBIG); // it has grown since it was examined
+    }
     return count < 0 ? std::strerror(errno) : std::string();
 }
 
@@ -68,6 +74,8 @@ std::string ReadRegularFile(const std::string& path, std::string& text)
         return std::strerror(EISDIR);
     if (!S_ISREG(status.st_mode))
         return "Not a regular file";
+    if (status.st_size > static_cast<off_t>(XMLDocument::kMaximumBytes))
+        return std::strerror(EFBIG);
     return ReadAll(file, text);
 }
 

@@ -4,13 +4,15 @@
 #include "Sockets/SocketCalls.h"
 #include "Sockets/SocketTransport.h"
 
+#include <algorithm>
+
 Socket::Socket() : m_transport(std::make_unique<Transport>()) {}
 
 Socket::~Socket() = default;
 
 void Socket::Accept(int descriptor)
 {
-    if (descriptor < 0)
+    if (descriptor < 0 || descriptor == Descriptor())
         return;
     Close();
     m_transport->Adopt(FileDescriptor(descriptor));
@@ -28,7 +30,8 @@ bool Socket::Reconnect(int timeoutMilliseconds)
     m_transport->Progress();
     while (m_transport->UnderWay() && !deadline.Passed())
     {
-        SocketCalls::Poll(m_transport->Number(), true, -1, deadline.MillisecondsLeft());
+        SocketCalls::Poll(m_transport->Number(), true, -1,
+                          std::min(deadline.MillisecondsLeft(), m_transport->MillisecondsOfPatience()));
         m_transport->Progress();
     }
     return m_transport->Up();
@@ -72,8 +75,8 @@ void Socket::Close()
 
 void Socket::Forget()
 {
+    m_transport->Target({}); // first: Disconnected may want to connect again
     Close();
-    m_transport->Target({});
 }
 
 bool Socket::PeerHasEnded() const
@@ -121,13 +124,16 @@ void Socket::DropOutbox()
     m_transport->Outbox().Clear();
 }
 
-std::size_t Socket::Receive(char* buffer, std::size_t size)
+std::size_t Socket::Receive(std::string& input)
 {
-    const std::size_t count = m_transport->Receive(buffer, size);
+    char buffer[kReadBytes];
+    const std::size_t count = m_transport->Receive(buffer, sizeof(buffer));
+    input.assign(buffer, count);
     if (count > 0)
     {
+        const SocketAddress peer = m_transport->Peer(); // which may be gone after the first call
         DataReceived();
-        DataReceivedFrom(m_transport->Peer().Host(), m_transport->Peer().Port());
+        DataReceivedFrom(peer.Host(), peer.Port());
     }
     ReportLoss();
     return count;
@@ -135,8 +141,11 @@ std::size_t Socket::Receive(char* buffer, std::size_t size)
 
 bool Socket::Wait(int timeoutMilliseconds)
 {
-    const unsigned ready =
-        SocketCalls::Poll(m_transport->Number(), Sending(), GetExtraReader(), timeoutMilliseconds);
+    int timeout = timeoutMilliseconds;
+    if (m_transport->UnderWay()) // longer than that the address is not waited for
+        timeout = timeout < 0 ? m_transport->MillisecondsOfPatience()
+                              : std::min(timeout, m_transport->MillisecondsOfPatience());
+    const unsigned ready = SocketCalls::Poll(m_transport->Number(), Sending(), GetExtraReader(), timeout);
     if ((ready & 2u) != 0)
         ReadExtra();
     return ready != 0;
@@ -145,6 +154,11 @@ bool Socket::Wait(int timeoutMilliseconds)
 unsigned Socket::ConnectionCount() const
 {
     return m_transport->Count();
+}
+
+unsigned Socket::AttemptCount() const
+{
+    return m_transport->Starts();
 }
 
 int Socket::MillisecondsSinceAttempt() const

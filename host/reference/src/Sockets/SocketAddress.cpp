@@ -92,3 +92,9 @@ std::string SocketAddress::Text() const
     const std::string port = ":" + std::to_string(Port());
     return Family() == AF_INET6 ? "[" + host + "]" + port : host + port;
 }
+
+std::string SocketAddress::Name() const
+{
+    const std::string text = Text();
+    return text.empty() ? "unknown" : text;
+}

@@ -37,6 +37,9 @@ public:
     /// "127.0.0.1:5300" or "[::1]:5300"; empty if no address.
     std::string Text() const;
 
+    /// Text, or "unknown" if no address: the system forgets the peer of a connection that was reset.
+    std::string Name() const;
+
 private:
     template <typename Address> static SocketAddress From(const Address& address);
 

@@ -3,6 +3,7 @@
 #include "Sockets/SocketCalls.h"
 
 #include <limits>
+#include <unistd.h>
 #include <utility>
 
 Socket::Transport::~Transport()
@@ -13,19 +14,27 @@ Socket::Transport::~Transport()
 void Socket::Transport::Start()
 {
     Close();
+    ++m_starts;
     m_started = true;
     m_start = Clock::now();
     m_nextAddress = 0;
+    m_gaveUp = false;
     TryNextAddress();
 }
 
 void Socket::Transport::TryNextAddress()
 {
     Drop();
-    while (m_nextAddress < m_target.size())
+    while (m_nextAddress < m_target.size() || m_gaveUp)
     {
+        if (m_nextAddress == m_target.size())
+        {
+            m_nextAddress = 0; // somebody may have had no time to answer: another round
+            m_gaveUp = false;
+        }
         const SocketAddress& address = m_target[m_nextAddress];
         ++m_nextAddress;
+        m_addressStart = Clock::now();
         m_descriptor = SocketCalls::MakeStream(address.Family());
         if (m_descriptor.Valid() && SocketCalls::StartConnecting(m_descriptor.Number(), address))
             return;
@@ -40,7 +49,10 @@ void Socket::Transport::Progress()
         switch (SocketCalls::Progress(m_descriptor.Number()))
         {
         case SocketCalls::EConnecting::underWay:
-            return;
+            if (MillisecondsOfPatience() > 0)
+                return;
+            GiveUpAddress();
+            break;
         case SocketCalls::EConnecting::established:
             return Establish();
         case SocketCalls::EConnecting::failed:
@@ -49,9 +61,23 @@ void Socket::Transport::Progress()
     }
 }
 
+void Socket::Transport::GiveUpAddress()
+{
+    m_gaveUp = true;
+    TryNextAddress();
+}
+
+int Socket::Transport::MillisecondsOfPatience() const
+{
+    const auto end = m_addressStart + std::chrono::milliseconds(kPatienceMilliseconds);
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+    return left > 0 ? static_cast<int>(left) : 0;
+}
+
 void Socket::Transport::Adopt(FileDescriptor descriptor)
 {
     Close();
+    ++m_starts;
     m_descriptor = std::move(descriptor);
     Establish();
 }
@@ -60,16 +86,18 @@ void Socket::Transport::Establish()
 {
     SocketCalls::PrepareStream(m_descriptor.Number());
     m_peer = SocketAddress::Peer(m_descriptor.Number());
-    m_peerName = m_peer.Text();
+    m_peerName = m_peer.Name();
+    m_process = getpid();
     m_up = true;
     ++m_count;
 }
 
 void Socket::Transport::Close()
 {
-    if (m_up)
+    const bool ours = m_process == getpid();
+    if (m_up && ours)
         Flush();
-    if (m_up)
+    if (m_up && ours)
     {
         // Closing with input unread would make the kernel cut off what we have sent.
         SocketCalls::DiscardInput(m_descriptor.Number());

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstddef>
 #include <string>
+#include <sys/types.h>
 #include <utility>
 #include <vector>
 
@@ -30,13 +31,18 @@ public:
     /// Begins to connect; the connection held before is closed.
     void Start();
 
-    /// Goes on connecting, from one address to the next where one does not answer.
+    /// Goes on connecting, from one address to the next where one refuses or has not answered within
+    /// kPatienceMilliseconds; if it was only the latter, round and round.
     void Progress();
+
+    /// Until the address under way is given up.
+    int MillisecondsOfPatience() const;
 
     /// Takes over a connected descriptor.
     void Adopt(FileDescriptor descriptor);
 
-    /// Ends the connection, with a proper farewell if it was up.
+    /// Ends the connection, with a proper farewell if it was up. In a child that was forked with a copy, the
+    /// copy just goes: the connection and what waits to be sent are the parent's.
     void Close();
 
     bool Up() const { return m_up; }
@@ -49,6 +55,9 @@ public:
     const SocketAddress& Peer() const { return m_peer; }
     const std::string& PeerName() const { return m_peerName; }
     unsigned Count() const { return m_count; }
+
+    /// How often Start or Adopt was called.
+    unsigned Starts() const { return m_starts; }
     int MillisecondsSinceStart() const;
 
     MessageOutbox& Outbox() { return m_outbox; }
@@ -64,14 +73,21 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    static constexpr int kPatienceMilliseconds = 1000;
+
+    void GiveUpAddress();
     void TryNextAddress();
     void Establish();
     void Drop();
 
     std::vector<SocketAddress> m_target;
     std::size_t m_nextAddress = 0;
+    bool m_gaveUp = false; // an address of this round, because it did not answer
+    unsigned m_starts = 0;
     bool m_started = false;
-    Clock::time_point m_start; // of the last try to connect, if any
+    Clock::time_point m_start;        // of the last try to connect, if any
+    Clock::time_point m_addressStart; // of the address under way, if any
+    pid_t m_process = 0;              // that made the connection
     FileDescriptor m_descriptor;
     bool m_up = false;
     bool m_lossUntold = false;

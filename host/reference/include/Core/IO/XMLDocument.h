@@ -4,6 +4,7 @@
 #include <Core/Export.h>
 #include <Core/IO/XMLNode.h>
 
+#include <cstddef>
 #include <string>
 
 namespace Core
@@ -22,14 +23,18 @@ public:
     /// Elements may be nested this deep; the top element counts as the first level.
     static constexpr int kMaximumDepth = 256;
 
+    /// A file may have this many bytes.
+    static constexpr std::size_t kMaximumBytes = 67108864; // 64 MiB
+
     /// An empty document.
     /// @param keepText  keep character data between tags, too? Attributes are kept in any case.
     explicit XMLDocument(bool keepText);
 
     /// Reads a file in UTF-8, UTF-16, ISO-8859-1 or US-ASCII. What was read before goes, whatever the result.
     ///
-    /// Refused are: anything but a regular file, text that is not well-formed, document type declarations (so
-    /// there are no entities but the five built in), and elements nested deeper than kMaximumDepth.
+    /// Refused are: anything but a regular file, files larger than kMaximumBytes ("0:0: File too large"),
+    /// text that is not well-formed, document type declarations (so there are no entities but the five built
+    /// in), and elements nested deeper than kMaximumDepth.
     /// @return false if the file was refused; Error tells the reason
     bool Parse(const std::string& path);
 
