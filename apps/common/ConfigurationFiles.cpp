@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 namespace Faultkeeper::Apps
 {
@@ -34,6 +36,19 @@ SParseFailure FailureOf(const XMLDocument& document)
     const std::size_t start = reason.find_first_not_of(' ');
     return {static_cast<int>(line), static_cast<int>(column),
             start == std::string::npos ? "not readable" : reason.substr(start)};
+}
+
+/// Reads a file, but nothing that may never end: a pipe, a terminal, a device.
+bool ParseRegularFile(XMLDocument& document, const std::string& path, SParseFailure& failure)
+{
+    std::error_code ignored; // the document itself tells best why a file cannot be read
+    failure = {0, 0, "Not a regular file"};
+    if (std::filesystem::is_other(path, ignored))
+        return false;
+    const bool parsed = document.Parse(path);
+    if (!parsed)
+        failure = FailureOf(document);
+    return parsed;
 }
 
 /// What a module file holds: definitions, and elements that the database is going to refuse.
@@ -86,9 +101,9 @@ bool CConfigurationFiles::Usable() const
 void CConfigurationFiles::ReadList(const std::string& path)
 {
     XMLDocument document(false);
-    if (!document.Parse(path))
+    SParseFailure failure;
+    if (!ParseRegularFile(document, path, failure))
     {
-        const SParseFailure failure = FailureOf(document);
         Add(true, path, std::max(failure.line, 1), std::max(failure.column, 1), failure.reason);
         return;
     }
@@ -131,12 +146,12 @@ void CConfigurationFiles::ReadModule(const std::string& listPath, const XMLNode&
     if (m_faulty.count(path) != 0)
         return;
     XMLDocument document(false);
-    if (document.Parse(path))
+    SParseFailure failure;
+    if (ParseRegularFile(document, path, failure))
     {
         CountErrors(path, document);
         return;
     }
-    const SParseFailure failure = FailureOf(document);
     m_faulty.insert(path);
     if (failure.line > 0)
         Add(true, path, failure.line, failure.column, failure.reason);

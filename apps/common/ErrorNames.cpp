@@ -1,6 +1,7 @@
 #include "common/ErrorNames.h"
 
 #include "common/NearestName.h"
+#include "common/TypedText.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/Identifiers.h>
@@ -101,7 +102,7 @@ int FieldValue(const char* what, std::string& field, const std::vector<SNamedVal
             return row.value;
     }
     const std::string nearest = NearestName(field, NamesOnly(table));
-    Complain(problem, "no " + std::string(what) + " is called \"" + field + "\"" +
+    Complain(problem, "no " + std::string(what) + " is called " + QuotedTyped(field) +
                           (nearest.empty() ? "" : ", the nearest is \"" + nearest + "\""));
     field = nearest;
     return 0;
@@ -114,7 +115,7 @@ int FailureMode(std::string& field, std::string& problem)
     std::uint32_t number = 0;
     if (ParseNumber(field, 10, number) && number <= eptUnknown)
         return static_cast<int>(number);
-    Complain(problem, "\"" + field + "\" is no failure mode: they are numbered 0 to 21");
+    Complain(problem, QuotedTyped(field) + " is no failure mode: they are numbered 0 to 21");
     field.clear();
     return 0;
 }
@@ -123,7 +124,7 @@ bool ParseNumbers(const std::vector<std::string>& fields, ErrorId& id, std::stri
 {
     std::uint32_t code = 0;
     if (!ParseCode(fields[0], code))
-        Complain(problem, "\"" + fields[0] + "\" is no problem code, such as 0x40C1B");
+        Complain(problem, QuotedTyped(fields[0]) + " is no problem code, such as 0x40C1B");
     else if (code > static_cast<std::uint32_t>(kModuleMask | kSubModuleMask | kProblemMask) ||
              !Describes(static_cast<int>(code)))
         Complain(problem, fields[0] + " is the problem code of no error: one of its parts has no name");
@@ -213,7 +214,7 @@ bool ParseErrorId(const std::string& text, ErrorId& id, std::string& problem)
     else if (fields.size() == 4)
         parsed = ParseNames(fields, id, found);
     else
-        found = "\"" + text + "\" is no error: type Module:Sub-module:Problem:Failure mode, such as " +
+        found = QuotedTyped(text) + " is no error: type Module:Sub-module:Problem:Failure mode, such as " +
                 "\"Positioning:GPS:No Data:2\", or CODE:TYPE, such as 0x40C1B:2";
     if (!parsed)
         problem = found;

@@ -11,6 +11,7 @@ namespace
 {
 constexpr int kEdit = 4;
 constexpr int kWrongCase = 1;
+constexpr std::size_t kLongestTyped = 200; // the time goes with the product of the lengths
 
 typedef std::vector<int> Row;
 
@@ -61,6 +62,8 @@ int TypingDistance(const std::string& typed, const std::string& right)
 
 std::string NearestName(const std::string& typed, const std::vector<std::string>& candidates)
 {
+    if (typed.size() > kLongestTyped)
+        return "";
     std::string nearest;
     int least = -1;
     for (const std::string& candidate : candidates)

@@ -12,7 +12,7 @@ namespace Faultkeeper::Apps
 int TypingDistance(const std::string& typed, const std::string& right);
 
 /// The candidate that `typed` was most probably meant to be, the first among equals; "" if so much differs
-/// (half of the letters) that none of them can be meant.
+/// (half of the letters) that none of them can be meant, or more than 200 bytes were typed.
 std::string NearestName(const std::string& typed, const std::vector<std::string>& candidates);
 
 } // namespace Faultkeeper::Apps

@@ -1,5 +1,6 @@
 #include "common/RunDirectory.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -16,6 +17,16 @@ std::string FromEnvironment(const char* variable)
 {
     const char* const value = std::getenv(variable);
     return value == nullptr ? "" : value;
+}
+
+// Only the system knows where ".." leads: behind a symbolic link it is not the directory before the link.
+std::filesystem::path WithoutParentSteps(const std::filesystem::path& path)
+{
+    if (std::find(path.begin(), path.end(), "..") == path.end())
+        return path.lexically_normal();
+    std::error_code failed;
+    const std::filesystem::path canonical = std::filesystem::canonical(path, failed);
+    return failed ? path : canonical;
 }
 } // namespace
 
@@ -37,10 +48,10 @@ std::string DefaultConfiguration()
 std::string AbsolutePath(const std::string& path)
 {
     std::error_code failed;
-    const std::filesystem::path absolute =
-        std::filesystem::absolute(path.empty() ? "." : path, failed).lexically_normal();
+    const std::filesystem::path whole = std::filesystem::absolute(path.empty() ? "." : path, failed);
     if (failed)
         return path;
+    const std::filesystem::path absolute = WithoutParentSteps(whole);
     // "a/b/" and "a/b/." name the same place as "a/b"
     return absolute.has_filename() || !absolute.has_relative_path() ? absolute.string()
                                                                     : absolute.parent_path().string();

@@ -14,6 +14,7 @@ std::string DefaultRunDirectory();
 std::string DefaultConfiguration();
 
 /// The path as it is from the root directory, so that it stays right after the working directory has changed.
+/// It names the place that the system finds by the path as given, symbolic links and ".." included.
 std::string AbsolutePath(const std::string& path);
 
 /// The same with a slash at its end, as the loaders want a directory.

@@ -24,7 +24,7 @@ bool Operate(int semaphore, short change, short flags)
 {
     struct sembuf operation = {};
     operation.sem_op = change;
-    operation.sem_flg = static_cast<short>(SEM_UNDO | flags);
+    operation.sem_flg = flags;
     return semop(semaphore, &operation, 1) == 0;
 }
 
@@ -100,14 +100,14 @@ bool SegmentUser(int segment, uid_t& user)
 
 ELockAttempt TryLock(int semaphore)
 {
-    if (Operate(semaphore, -1, IPC_NOWAIT))
+    if (Operate(semaphore, -1, SEM_UNDO | IPC_NOWAIT))
         return elaTaken;
     return errno == EAGAIN || errno == EINTR ? elaBusy : elaFailed;
 }
 
 bool Unlock(int semaphore)
 {
-    return Operate(semaphore, 1, 0);
+    return Operate(semaphore, 1, SEM_UNDO);
 }
 
 int LockValue(int semaphore)
@@ -118,6 +118,15 @@ int LockValue(int semaphore)
 pid_t LastLocker(int semaphore)
 {
     return semctl(semaphore, 0, GETPID);
+}
+
+int TakeDownLock(int semaphore)
+{
+    // Not by SETVAL, which would also forget what the system owes to processes that hold the lock.
+    int taken = 0;
+    while (Operate(semaphore, -1, IPC_NOWAIT))
+        ++taken;
+    return taken;
 }
 
 bool CopyTable(int segment, SStatusTable& table)

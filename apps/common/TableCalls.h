@@ -54,8 +54,14 @@ ELockAttempt TryLock(int semaphore);
 bool Unlock(int semaphore);
 /// Value of the lock: 0 taken or without an owner, 1 free, above 1 a surplus. -1 if it cannot be read.
 int LockValue(int semaphore);
-/// The process that operated on the lock last, also by ending; -1 if it cannot be told.
+/// The process that operated on the lock last, also by ending; 0 if none has, -1 if it cannot be
+/// told.
 pid_t LastLocker(int semaphore);
+
+/// Takes the lock's value down to 0 for good, without waiting: to be done before an owner makes the lock
+/// available. What a killed owner has left would come on top of that and let two processes in at once.
+/// @return by how much
+int TakeDownLock(int semaphore);
 
 /// Copies the table while the lock is held by the caller.
 bool CopyTable(int segment, SStatusTable& table);

@@ -13,15 +13,49 @@ namespace
 {
 constexpr int kLockAttempts = 250;
 constexpr std::chrono::milliseconds kLockPause(2);
+constexpr int kLooks = 5;
+
+// An owner that is starting, or a display that has just ended, can look like no owner for a moment.
+template <typename Condition> bool Lasts(const Condition& condition)
+{
+    for (int look = 1; condition(); ++look)
+    {
+        if (look == kLooks)
+            return true;
+        std::this_thread::sleep_for(kLockPause);
+    }
+    return false;
+}
+
+// Value and process can't be read at once: only if both are still the same do they belong together.
+bool LockLooksLeftOver(int semaphore)
+{
+    if (LockValue(semaphore) != 0)
+        return false;
+    const pid_t last = LastLocker(semaphore);
+    return last > 0 && !ProcessRuns(last) && LockValue(semaphore) == 0 && LastLocker(semaphore) == last;
+}
 
 bool OwnerHasEnded(int semaphore)
 {
-    return LockValue(semaphore) == 0 && !ProcessRuns(LastLocker(semaphore));
+    return Lasts([semaphore] { return LockLooksLeftOver(semaphore); });
 }
 
-ETableState StateOfFailure()
+ETableState StateOfFailure(STableFacts& facts)
 {
-    return errno == EACCES || errno == EPERM ? etsRefused : errno == EINVAL ? etsForeign : etsAbsent;
+    facts.error = errno;
+    switch (facts.error)
+    {
+    case ENOENT:
+        return etsAbsent;
+    case EACCES:
+    case EPERM:
+        return etsRefused;
+    case EINVAL:
+        return etsForeign;
+    default:
+        return etsFailed;
+    }
 }
 
 // Tries for the lock; etsReady stands for "taken".
@@ -33,13 +67,13 @@ ETableState TakeLock(STableFacts& facts)
         if (result == elaTaken)
             return etsReady;
         if (result == elaFailed)
-            return StateOfFailure();
+            return StateOfFailure(facts);
         if (OwnerHasEnded(facts.semaphore))
             return etsOwnerGone;
         std::this_thread::sleep_for(kLockPause);
     }
     facts.holder = LastLocker(facts.semaphore);
-    return etsBusy;
+    return facts.holder == 0 ? etsNotReady : etsBusy;
 }
 
 ETableState CopyUnderLock(STableFacts& facts)
@@ -48,26 +82,34 @@ ETableState CopyUnderLock(STableFacts& facts)
     if (taken != etsReady)
         return taken;
     const bool copied = CopyTable(facts.segment, facts.table);
-    const ETableState failure = StateOfFailure();
+    const ETableState failure = copied ? etsReady : StateOfFailure(facts);
     Unlock(facts.semaphore);
     if (!copied)
         return failure;
     return facts.table.header.ready == 1 ? etsReady : etsNotReady;
 }
 
+// Attached to by nobody but this process, or without a lock. Reads both anew.
+bool NobodyUses(STableFacts& facts, unsigned long ownAttachments)
+{
+    facts.semaphore = FindSemaphore(facts.key);
+    return facts.semaphore == -1 ||
+           (ReadSegmentFacts(facts.segment, facts.details) && facts.details.attachments <= ownAttachments);
+}
+
 ETableState Examine(STableFacts& facts, const std::vector<int>& ownAttachments)
 {
-    if (!ReadSegmentFacts(facts.segment, facts.details))
-        SegmentUser(facts.segment, facts.details.user);
+    facts.userKnown =
+        ReadSegmentFacts(facts.segment, facts.details) || SegmentUser(facts.segment, facts.details.user);
     if (!SegmentUsable(facts.key))
-        return StateOfFailure();
+        return StateOfFailure(facts);
     if (facts.details.bytes != kStatusTableBytes)
         return etsForeign;
     const auto own = std::count(ownAttachments.begin(), ownAttachments.end(), facts.segment);
-    if (facts.details.attachments <= static_cast<unsigned long>(own) || facts.semaphore == -1)
+    if (Lasts([&] { return NobodyUses(facts, static_cast<unsigned long>(own)); }))
         return etsOwnerGone;
     if (!SemaphoreUsable(facts.key))
-        return StateOfFailure();
+        return StateOfFailure(facts);
     return CopyUnderLock(facts);
 }
 } // namespace
@@ -78,6 +120,8 @@ STableFacts ProbeTable(const std::vector<int>& ownAttachments)
     if (!TableKey(facts.key))
         return facts;
     facts.segment = FindSegment(facts.key);
+    if (facts.segment == -1)
+        facts.state = StateOfFailure(facts);
     facts.semaphore = FindSemaphore(facts.key);
     if (facts.segment != -1)
         facts.state = Examine(facts, ownAttachments);
@@ -99,6 +143,8 @@ const char* StateName(ETableState state)
         return "foreign";
     case etsRefused:
         return "refused";
+    case etsFailed:
+        return "failed";
     case etsOwnerGone:
         return "ownerGone";
     case etsBusy:
@@ -126,7 +172,11 @@ std::string Describe(const STableFacts& facts, const std::string& directory)
     case etsForeign:
         return "the shared memory under the key of " + directory + " is not a table of faults";
     case etsRefused:
-        return table + " belongs to user " + UserName(facts.details.user) + ": only that user may read it";
+        return facts.userKnown
+                   ? table + " belongs to user " + UserName(facts.details.user) + ", and may not be read"
+                   : table + " may not be read";
+    case etsFailed:
+        return "looking at " + table + " failed: " + std::strerror(facts.error);
     case etsOwnerGone:
         return "no owner: " + table + " is left over from an owner that has ended";
     case etsBusy:

@@ -19,6 +19,7 @@ enum ETableState : int
     etsAbsent,    ///< nothing there
     etsForeign,   ///< something there that is no table of ours
     etsRefused,   ///< another user's
+    etsFailed,    ///< the system refused for another reason
     etsOwnerGone, ///< left over: its owner has ended
     etsBusy,      ///< a process keeps the lock and does not let go
     etsNotReady,  ///< an owner is there and has not declared the table ready
@@ -30,11 +31,13 @@ struct STableFacts
 {
     ETableState state = etsAbsent;
     key_t key = -1;
-    int segment = -1;      ///< system's number of the segment, -1 if there is none
-    int semaphore = -1;    ///< of the semaphore set, likewise
-    SSegmentFacts details; ///< zero as far as they may not be read
-    pid_t holder = -1;     ///< if busy, the process that operated on the lock last
-    SStatusTable table;    ///< copy of the table; only if ready or not ready
+    int segment = -1;       ///< system's number of the segment, -1 if there is none
+    int semaphore = -1;     ///< of the semaphore set, likewise
+    SSegmentFacts details;  ///< zero as far as they may not be read
+    bool userKnown = false; ///< is details.user the segment's user?
+    int error = 0;          ///< if failed, errno
+    pid_t holder = -1;      ///< if busy, the process that operated on the lock last
+    SStatusTable table;     ///< copy of the table; only if ready or not ready
 };
 
 /// Looks whether there is a table and an owner, and copies the table under its lock. Makes nothing, prints
@@ -43,7 +46,9 @@ struct STableFacts
 /// A lock that is busy is tried again for a few hundred milliseconds. That an owner is there shows by the
 /// lock: the system takes it away from everybody when the process that made it available ends, so a lock that
 /// cannot be had, and was last touched by a process that has ended, has no owner. Nor has a segment that
-/// nobody is attached to.
+/// nobody is attached to. Both are looked at several times before an owner counts as gone, since one that is
+/// just starting passes through the same states; a lock that nobody has ever touched is one that is not
+/// ready.
 /// @param ownAttachments  segments that this process itself has attached, once for each time: they tell of no
 /// owner
 STableFacts ProbeTable(const std::vector<int>& ownAttachments = {});
@@ -51,8 +56,8 @@ STableFacts ProbeTable(const std::vector<int>& ownAttachments = {});
 /// Is there an owner, as far as can be told? A lock that somebody keeps counts as one.
 bool OwnerPresent(ETableState state);
 
-/// The state in one word for programs: "absent", "foreign", "refused", "ownerGone", "busy", "notReady",
-/// "ready".
+/// The state in one word for programs: "absent", "foreign", "refused", "failed", "ownerGone", "busy",
+/// "notReady", "ready".
 const char* StateName(ETableState state);
 
 /// Number of records in use, within what the table can hold.

@@ -1,11 +1,13 @@
 #include "faultkeeperctl/CommandLine.h"
 
 #include "common/NearestName.h"
+#include "common/TypedText.h"
 
 #include <Faultkeeper/Version.h>
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -24,12 +26,13 @@ constexpr const char* kFooter =
     "Exit status: 0 done; 1 the answer is no, or something was found wrong; 2 usage; 3 no owner.\n"
     "faultkeeperctl COMMAND --help tells more about a command, with an example.";
 
+constexpr const char* kDirectoryOptions[] = {"--config", "--run-dir"};
+
 constexpr const char* kCommandFooter = "\n--config, --run-dir and --json may stand behind the command, too.";
 
 void Complain(const std::string& message)
 {
-    std::cout.flush();
-    std::fprintf(stderr, "faultkeeperctl: %s\n", message.c_str());
+    TellFailure(CFailure(epsNo, message), false);
 }
 
 // What could not be written was not answered. A reader that has gone away needs no telling.
@@ -41,6 +44,55 @@ EProgramStatus Finished(EProgramStatus status)
     if (errno != EPIPE)
         Complain(std::string("cannot write to standard output: ") + std::strerror(errno));
     return status == epsDone ? epsNo : status;
+}
+
+bool IsOption(const std::string& argument)
+{
+    return argument.size() > 1 && argument.front() == '-';
+}
+
+bool Contains(int argumentCount, const char* const* arguments, const std::string& argument)
+{
+    return std::find(arguments, arguments + argumentCount, argument) != arguments + argumentCount;
+}
+
+CFailure NoDirectory(const std::string& option)
+{
+    return CFailure(epsUsage, option + " names no directory");
+}
+
+// "help COMMAND" means "COMMAND --help"; without a command likewise.
+std::vector<const char*> Understood(int argumentCount, const char* const* arguments)
+{
+    std::vector<const char*> understood(arguments, arguments + argumentCount);
+    for (const char* const option : kDirectoryOptions)
+    {
+        if (Contains(argumentCount, arguments, std::string(option) + "="))
+            throw NoDirectory(option); // what follows would be taken for the directory
+    }
+    if (understood.size() > 1 && understood[1] == std::string("help"))
+    {
+        understood.erase(understood.begin() + 1);
+        understood.push_back("--help");
+    }
+    return understood;
+}
+
+void AddOptionNames(const CLI::App& app, std::vector<std::string>& names)
+{
+    for (const CLI::Option* const option : app.get_options())
+    {
+        for (const std::string& name : option->get_lnames())
+            names.push_back("--" + name);
+    }
+}
+
+std::string UnknownName(const std::string& what, const std::string& typed,
+                        const std::vector<std::string>& names)
+{
+    const std::string nearest = NearestName(typed, names);
+    return "no " + what + " is called " + QuotedTyped(typed) +
+           (nearest.empty() ? "; see --help" : ", the nearest is \"" + nearest + "\"");
 }
 } // namespace
 
@@ -93,47 +145,71 @@ CCommand CCommandLine::Add(const std::string& name, const std::string& what, con
 
 int CCommandLine::Run(int argumentCount, const char* const* arguments)
 {
+    const bool json = Contains(argumentCount, arguments, "--json");
     try
     {
-        m_app->parse(argumentCount, arguments);
+        const std::vector<const char*> understood = Understood(argumentCount, arguments);
+        m_app->parse(static_cast<int>(understood.size()), understood.data());
         return Finished(RunChosen());
     }
     catch (const CLI::ParseError& error)
     {
-        return Misunderstood(error);
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
+        {
+            m_app->exit(error); // prints help or version
+            return Finished(epsDone);
+        }
+        TellFailure(CFailure(epsUsage, Misunderstood(error)), json);
+        return epsUsage;
     }
     catch (const CFailure& failure)
     {
-        Complain(failure.what());
+        TellFailure(failure, json);
         return failure.Status();
     }
     catch (const std::exception& error)
     {
-        Complain(error.what());
+        TellFailure(CFailure(epsNo, error.what()), json);
         return epsNo;
     }
 }
 
-// Help and version are asked for in the same way as mistakes are told.
-int CCommandLine::Misunderstood(const CLI::ParseError& error)
+// What is wrong with the command line, with the nearest right name of an option or a command.
+std::string CCommandLine::Misunderstood(const CLI::ParseError& error) const
+{
+    const std::vector<std::string> unknown = m_app->remaining(true);
+    if (!unknown.empty() && IsOption(unknown.front()))
+        return UnknownName("option", unknown.front().substr(0, unknown.front().find('=')), OptionNames());
+    if (!unknown.empty() && m_app->get_subcommands().empty())
+        return UnknownName("command", unknown.front(), CommandNames());
+    return std::string(error.what()) + "; see --help";
+}
+
+std::vector<std::string> CCommandLine::CommandNames() const
 {
     std::vector<std::string> names;
-    for (const CLI::App* const command : m_app->get_subcommands([](CLI::App*) { return true; }))
-        names.push_back(command->get_name());
-    const std::vector<std::string> unknown = m_app->remaining();
-    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) &&
-        m_app->get_subcommands().empty() && !unknown.empty())
-    {
-        const std::string nearest = NearestName(unknown.front(), names);
-        Complain("no command is called \"" + unknown.front() + "\"" +
-                 (nearest.empty() ? "; see --help" : ", the nearest is \"" + nearest + "\""));
-        return epsUsage;
-    }
-    return m_app->exit(error) == 0 ? Finished(epsDone) : epsUsage;
+    for (const auto& action : m_actions)
+        names.push_back(action.first->get_name());
+    return names;
+}
+
+std::vector<std::string> CCommandLine::OptionNames() const
+{
+    std::vector<std::string> names;
+    AddOptionNames(*m_app, names);
+    for (const CLI::App* const command : m_app->get_subcommands())
+        AddOptionNames(*command, names);
+    return names;
 }
 
 EProgramStatus CCommandLine::RunChosen()
 {
+    for (const char* const name : kDirectoryOptions)
+    {
+        const CLI::Option& option = *m_app->get_option(name);
+        if (option.count() > 0 && option.as<std::string>().empty())
+            throw NoDirectory(name);
+    }
     const SSettings settings = ResolvedSettings(m_configuration, m_runDirectory, m_json);
     return m_actions.at(m_app->get_subcommands().front())(settings);
 }

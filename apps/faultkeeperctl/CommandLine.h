@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace CLI
 {
@@ -63,7 +64,9 @@ public:
 
 private:
     EProgramStatus RunChosen();
-    int Misunderstood(const CLI::ParseError& error);
+    std::string Misunderstood(const CLI::ParseError& error) const;
+    std::vector<std::string> CommandNames() const;
+    std::vector<std::string> OptionNames() const;
 
     std::unique_ptr<CLI::App> m_app;
     std::string m_configuration;

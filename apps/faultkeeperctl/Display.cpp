@@ -73,7 +73,7 @@ ETableState CDisplay::Refresh()
 void CDisplay::RequirePicture()
 {
     if (Refresh() != etsReady)
-        throw CFailure(StatusOf(m_facts.state), Describe(m_facts, m_settings.runDirectory));
+        throw CFailure(StatusOf(m_facts.state), StateText(m_facts, m_settings.runDirectory));
 }
 
 // Finds out how the table stands, and attaches to a table that has been removed and made anew.
@@ -147,6 +147,13 @@ std::vector<std::string> CDisplay::UnknownRaised() const
     return names;
 }
 
+std::string StateText(const STableFacts& facts, const std::string& directory)
+{
+    if (facts.state == etsBusy && facts.holder <= 0)
+        return "the table in " + directory + " is locked again and again, so that it cannot be copied";
+    return Describe(facts, directory);
+}
+
 EProgramStatus StatusOf(ETableState state)
 {
     switch (state)
@@ -157,6 +164,7 @@ EProgramStatus StatusOf(ETableState state)
         return epsNoOwner;
     case etsForeign:
     case etsRefused:
+    case etsFailed:
     case etsBusy:
         return epsNo;
     case etsReady:

@@ -68,6 +68,9 @@ private:
     bool m_changed = false;
 };
 
+/// The state for people, also where the lock is busy and nobody in particular keeps it.
+std::string StateText(const STableFacts& facts, const std::string& directory);
+
 /// Status for a state in which nothing can be shown.
 EProgramStatus StatusOf(ETableState state);
 

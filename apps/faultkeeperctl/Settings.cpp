@@ -2,6 +2,8 @@
 
 #include "common/ConfigurationFiles.h"
 #include "common/RunDirectory.h"
+#include "common/TypedText.h"
+#include "faultkeeperctl/json/Json.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 
@@ -11,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <system_error>
 
 namespace Faultkeeper::Apps
@@ -18,12 +21,42 @@ namespace Faultkeeper::Apps
 
 namespace
 {
+constexpr const char* kBrokenRule = "the configuration breaks this rule and cannot be used";
+
+// Made before it is needed: a signal handler can only write.
+struct SLastWords
+{
+    std::string message;  // for standard error
+    std::string document; // for standard output
+    int status = epsNo;
+};
+
+SLastWords lastWords;
+
+void Write(int descriptor, const std::string& text)
+{
+    const ssize_t ignored = write(descriptor, text.data(), text.size());
+    static_cast<void>(ignored);
+}
+
 void EndAfterBrokenRule(int)
 {
-    const char message[] = "faultkeeperctl: the configuration breaks this rule and cannot be used\n";
-    const ssize_t ignored = write(STDERR_FILENO, message, sizeof message - 1);
-    static_cast<void>(ignored);
-    _exit(epsNo);
+    Write(STDERR_FILENO, lastWords.message);
+    Write(STDOUT_FILENO, lastWords.document);
+    _exit(lastWords.status);
+}
+
+std::string MessageLine(const CFailure& failure)
+{
+    return "faultkeeperctl: " + WithoutControls(failure.what()) + "\n";
+}
+
+std::string FailureDocument(const CFailure& failure)
+{
+    Json document;
+    document["error"] = failure.what();
+    document["status"] = static_cast<int>(failure.Status());
+    return DocumentText(document);
 }
 
 // The library ends the process when a rule is broken, with a message that names it. For whoever asked on the
@@ -31,8 +64,12 @@ void EndAfterBrokenRule(int)
 class CBrokenRuleScope
 {
 public:
-    CBrokenRuleScope()
+    CBrokenRuleScope(const CFailure* instead, bool json)
     {
+        const CFailure broken(epsNo, kBrokenRule);
+        lastWords.message = MessageLine(broken) + (instead == nullptr ? "" : MessageLine(*instead));
+        lastWords.document = json ? FailureDocument(instead == nullptr ? broken : *instead) : "";
+        lastWords.status = instead == nullptr ? broken.Status() : instead->Status();
         struct sigaction action = {};
         action.sa_handler = EndAfterBrokenRule;
         sigaction(SIGABRT, &action, &m_before);
@@ -54,15 +91,25 @@ bool IsConfigured(const std::string& option, const std::string& prefix)
     return std::filesystem::exists(prefix + "FaultkeeperConfig.xml", ignored);
 }
 
-void CheckFiles(const std::string& prefix)
+void CheckFiles(const std::string& prefix, const CFailure* instead)
 {
     const CConfigurationFiles files(prefix);
     for (const SConfigurationFinding& finding : files.Findings())
         std::fprintf(stderr, "%s\n", finding.Line().c_str());
+    if (!files.Usable() && instead != nullptr)
+        throw *instead;
     if (!files.Usable())
         throw CFailure(epsNo, "the configuration in " + prefix + " cannot be used");
 }
 } // namespace
+
+void TellFailure(const CFailure& failure, bool json)
+{
+    if (json)
+        std::cout << FailureDocument(failure);
+    std::cout.flush();
+    std::fputs(MessageLine(failure).c_str(), stderr);
+}
 
 SSettings ResolvedSettings(const std::string& configuration, const std::string& runDirectory, bool json)
 {
@@ -74,10 +121,10 @@ SSettings ResolvedSettings(const std::string& configuration, const std::string& 
     return settings;
 }
 
-std::unique_ptr<CErrorDatabase> LoadConfiguration(const SSettings& settings)
+std::unique_ptr<CErrorDatabase> LoadConfiguration(const SSettings& settings, const CFailure* instead)
 {
-    CheckFiles(settings.configuration);
-    const CBrokenRuleScope scope;
+    CheckFiles(settings.configuration, instead);
+    const CBrokenRuleScope scope(instead, settings.json);
     return std::make_unique<CErrorDatabase>(settings.configuration);
 }
 

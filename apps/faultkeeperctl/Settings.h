@@ -36,6 +36,9 @@ private:
     EProgramStatus m_status;
 };
 
+/// Tells a failure on standard error, and with `json` as a document on standard output: "error", "status".
+void TellFailure(const CFailure& failure, bool json);
+
 /// The options that hold for every command. Paths are resolved before any command changes the working
 /// directory.
 struct SSettings
@@ -53,7 +56,9 @@ SSettings ResolvedSettings(const std::string& configuration, const std::string& 
 /// all of it, as "file:line:column: ...".
 /// @throws CFailure (epsNo) if it cannot be used
 /// A broken rule of the definitions ends the program with the library's own message and status epsNo.
-std::unique_ptr<CErrorDatabase> LoadConfiguration(const SSettings& settings);
+/// @param instead  borrowed: thrown or told, with its status, in place of the configuration's own failure
+std::unique_ptr<CErrorDatabase> LoadConfiguration(const SSettings& settings,
+                                                  const CFailure* instead = nullptr);
 
 /// Makes the run directory the working directory, so that table and lock are found.
 /// @throws CFailure (epsNoOwner)

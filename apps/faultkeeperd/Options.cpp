@@ -20,7 +20,8 @@ constexpr const char* kDescription =
 constexpr const char* kFooter =
     "Ends on SIGTERM, SIGINT and SIGHUP (not on SIGHUP if started by nohup) after it has\n"
     "published what is pending. Exit status: 0 ended as told; 1 could not start or go on;\n"
-    "2 wrong command line.";
+    "2 wrong command line; 134 (SIGABRT) the configuration breaks a rule of the database,\n"
+    "which the last line on standard error names.";
 } // namespace
 
 COptions::COptions(int argumentCount, const char* const* arguments) : m_exitStatus(-1), m_port(kReportPort)

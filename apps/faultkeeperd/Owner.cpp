@@ -1,12 +1,32 @@
 #include "faultkeeperd/Owner.h"
 
+#include "common/TableCalls.h"
+#include "faultkeeperd/Log.h"
+
 #include <Faultkeeper/ErrorDatabase.h>
+
+#include <chrono>
+#include <cstddef>
+#include <string>
 
 namespace Faultkeeper::Apps
 {
 
+namespace
+{
+constexpr std::chrono::seconds kRefusedForLong(1);
+
+// The lock of the working directory, or -1.
+int Semaphore()
+{
+    key_t key = -1;
+    return TableKey(key) ? FindSemaphore(key) : -1;
+}
+} // namespace
+
 COwner::COwner(CErrorDatabase& database)
-    : m_database(database), m_view(true, eViewOwner), m_publisher(m_database, m_view)
+    : m_database(database), m_surplus(TakeDownLock(Semaphore())), m_view(true, eViewOwner),
+      m_publisher(m_database, m_view)
 {
     m_database.SetCallback(&m_publisher);
 }
@@ -31,10 +51,34 @@ void COwner::Publish(Clock::time_point now)
 {
     if (!m_pause.Due(now))
         return;
+    const std::size_t waiting = m_publisher.Waiting();
     if (m_publisher.Publish())
+    {
         m_pause.Succeeded();
-    else
-        m_pause.Failed(now);
+        NoteSuccess();
+        return;
+    }
+    m_pause.Failed(now);
+    NoteRefusal(now, m_publisher.Waiting() < waiting);
+}
+
+void COwner::NoteRefusal(Clock::time_point now, bool progress)
+{
+    if (progress || !m_refusedSince)
+        m_refusedSince = now;
+    if (m_refusalTold || Failed() || now - *m_refusedSince < kRefusedForLong)
+        return;
+    m_refusalTold = true;
+    LogWarning("the shared table is locked by process " + std::to_string(LastLocker(Semaphore())) +
+               ", which does not let go; changes wait");
+}
+
+void COwner::NoteSuccess()
+{
+    if (m_refusalTold)
+        LogInfo("the shared table is free again; nothing waits");
+    m_refusedSince.reset();
+    m_refusalTold = false;
 }
 
 int COwner::MillisecondsToPublish(Clock::time_point now) const

@@ -6,6 +6,8 @@
 
 #include <Faultkeeper/ErrorDatabaseView.h>
 
+#include <optional>
+
 namespace Faultkeeper
 {
 class CErrorDatabase;
@@ -40,10 +42,15 @@ public:
     bool Apply(int problemCode, int problemType, bool raised);
 
     /// Brings the table up to date if there is anything to bring and, after a busy lock, the pause is over.
+    /// A lock that stays busy for a second is logged once with the process that holds it, and once when it is
+    /// free again.
     void Publish(Clock::time_point now);
 
     /// For poll(2): how long until Publish is to be called again; -1 if nothing waits.
     int MillisecondsToPublish(Clock::time_point now) const;
+
+    /// By how much the lock was too high when this owner took over; what was too much is gone.
+    int Surplus() const { return m_surplus; }
 
     const CPublisher& Publisher() const { return m_publisher; }
 
@@ -51,10 +58,17 @@ public:
     void Withdraw() { m_publisher.Withdraw(); }
 
 private:
+    void NoteRefusal(Clock::time_point now, bool progress);
+    void NoteSuccess();
+
     CErrorDatabase& m_database;
+    const int
+        m_surplus; // what a former owner had left in the lock; before the view, which makes it available
     CErrorDatabaseView m_view;
     CPublisher m_publisher;
     CRetryPause m_pause;
+    std::optional<Clock::time_point> m_refusedSince; // nothing has reached the table since then
+    bool m_refusalTold = false;
 };
 
 } // namespace Faultkeeper::Apps

@@ -37,8 +37,17 @@ bool CService::Listen(unsigned short port)
     return false;
 }
 
+bool CService::Claim(const std::string& runDirectory)
+{
+    const bool taken = m_claim.Take();
+    if (!taken)
+        LogError("another owner uses " + runDirectory);
+    return taken;
+}
+
 bool CService::Load(const std::string& configurationPrefix)
 {
+    LogInfo("loading " + configurationPrefix); // the database ends the process if a rule is broken
     m_database = std::make_unique<CErrorDatabase>(configurationPrefix);
     if (!m_database->Loaded())
     {
@@ -46,6 +55,8 @@ bool CService::Load(const std::string& configurationPrefix)
         return false;
     }
     m_owner = std::make_unique<COwner>(*m_database);
+    if (m_owner->Surplus() > 0)
+        LogInfo("a former owner had left the lock at " + std::to_string(m_owner->Surplus()));
     m_handler.Owner(m_owner.get());
     return Publish();
 }

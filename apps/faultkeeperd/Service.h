@@ -3,6 +3,7 @@
 
 #include "faultkeeperd/NotificationHandler.h"
 #include "faultkeeperd/Owner.h"
+#include "faultkeeperd/OwnerClaim.h"
 #include "faultkeeperd/Signals.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
@@ -28,7 +29,12 @@ public:
     /// @return false if it can't be had, as when another owner is running
     bool Listen(unsigned short port);
 
-    /// Loads the configuration and takes over the table of the working directory, both after Listen.
+    /// Makes sure that no other owner uses the working directory, on whatever port. Touches nothing.
+    /// @param runDirectory  the working directory's name for people
+    bool Claim(const std::string& runDirectory);
+
+    /// Loads the configuration and takes over the table of the working directory, both after Listen and
+    /// Claim.
     /// @param configurationPrefix  absolute, with a "/" at its end
     /// @return false if either failed
     bool Load(const std::string& configurationPrefix);
@@ -42,6 +48,7 @@ private:
     bool Publish();
     bool End();
 
+    COwnerClaim m_claim; // first: given back last
     CSignals m_signals;
     CNotificationHandler m_handler;
     MPISocketServerC m_server;

@@ -1,5 +1,6 @@
 #include "common/ConfigurationFiles.h"
 #include "common/RunDirectory.h"
+#include "common/StandardStreams.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/Options.h"
 #include "faultkeeperd/Service.h"
@@ -33,19 +34,21 @@ bool Enter(const std::string& directory)
 
 bool Own(const COptions& options)
 {
-    if (!ConfigurationUsable(options.ConfigurationPrefix()))
-        return false;
-    const std::string configuration =
-        DirectoryPrefix(options.ConfigurationPrefix()); // outlives the change below
-    if (!Enter(options.RunDirectory().empty() ? DefaultRunDirectory() : options.RunDirectory()))
+    // From the root, so that what is loaded after the change of directory is what was checked before it.
+    const std::string configuration = DirectoryPrefix(options.ConfigurationPrefix());
+    const std::string runDirectory =
+        AbsolutePath(options.RunDirectory().empty() ? DefaultRunDirectory() : options.RunDirectory());
+    if (!ConfigurationUsable(configuration) || !Enter(runDirectory))
         return false;
     CService service;
-    return service.Listen(options.Port()) && service.Load(configuration) && service.Run();
+    return service.Listen(options.Port()) && service.Claim(runDirectory) && service.Load(configuration) &&
+           service.Run();
 }
 } // namespace
 
 int main(int argumentCount, char** arguments)
 {
+    OpenStandardStreams();
     try
     {
         const COptions options(argumentCount, arguments);

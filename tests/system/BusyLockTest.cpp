@@ -124,3 +124,30 @@ TEST_F(BusyLock, ThatIsNeverGivenBackDoesNotKeepTheOwnerFromEnding)
         << owner->Errors();
     EXPECT_TRUE(holder.Release());
 }
+
+TEST_F(BusyLock, AdmitsOneAtATimeAfterAnOwnerWasKilledWhileItWasHeld)
+{
+    const auto killed = StartOwner();
+    const CDisplay display(Configuration()); // stays attached all along
+    CLockHolder holder;
+    killed->Process().Signal(SIGKILL);
+    EXPECT_EQ(killed->Wait(), 128 + SIGKILL);
+    EXPECT_TRUE(holder.Release());
+    EXPECT_EQ(m_directory.SemaphoreValue(), 1); // although there is no owner
+
+    const auto owner = StartOwner();
+    EXPECT_EQ(m_directory.SemaphoreValue(), 1);
+    owner->Process().Signal(SIGTERM);
+    EXPECT_EQ(owner->Wait(), 0);
+    EXPECT_EQ(m_directory.SemaphoreValue(), 0);
+}
+
+TEST_F(BusyLock, IsNamedWithItsHolderInTheLog)
+{
+    const auto owner = StartOwner();
+    CLockHolder holder;
+    Report("raise 0x40C09 9");
+    ASSERT_TRUE(owner->SaysInTime("warning: the shared table is locked by process "));
+    EXPECT_TRUE(holder.Release());
+    EXPECT_TRUE(owner->SaysInTime("info: the shared table is free again"));
+}

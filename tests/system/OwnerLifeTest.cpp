@@ -7,9 +7,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <csignal>
 
 using namespace Support;
+using Faultkeeper::kRaisedFlag;
 using testing::HasSubstr;
 
 namespace
@@ -55,6 +59,22 @@ TEST_F(OwnerLife, ASecondOwnerStopsAndHarmsNothing)
     EXPECT_EQ(display.Active(), (Ids{kLinkSensor, kReceiver, kPosition}));
     Report("clear 0x40C09 9");
     EXPECT_TRUE(display.ShowsInTime({}));
+}
+
+TEST_F(OwnerLife, ASecondOwnerOnAnotherPortStopsAndHarmsNothing)
+{
+    const auto owner = StartOwner();
+    Report("raise 0x40C09 9");
+    ASSERT_TRUE(WaitUntil([&] { return Record(kPosition).counter1 == 1; }));
+
+    EXPECT_EQ(EndsWith({"--config", Configuration(), "--run-dir", m_directory.Path() + "/.", "--port", "0"}),
+              1);
+    EXPECT_EQ(m_program->Errors(), "faultkeeperd: error: another owner uses " + m_directory.Path() + "\n");
+
+    EXPECT_TRUE(owner->Process().Running());
+    EXPECT_EQ(Table().header.ready, 1U);
+    EXPECT_EQ(Record(kPosition).flags, kRaisedFlag);
+    EXPECT_EQ(m_directory.SemaphoreValue(), 1);
 }
 
 TEST_P(OwnerEnd, LeavesTheTableNotReadyAndEndsWell)
@@ -175,6 +195,20 @@ TEST_F(OwnerLife, ABrokenRuleOfTheConfigurationEndsTheOwnerBeforeTheTableIsMade)
         m_directory.File("FaultkeeperConfig.xml"),
         "<Faultkeeper><ErrorList><Module identifier=\"GPS\" file=\"Rule.xml\"/></ErrorList></Faultkeeper>");
     EXPECT_EQ(EndsWithConfiguration(), 128 + SIGABRT);
+    EXPECT_THAT(m_program->Errors(),
+                testing::StartsWith("faultkeeperd: info: loading " + Configuration() + "\n"));
     EXPECT_THAT(m_program->Errors(), HasSubstr("subModuleId != esmiUnknown"));
+    EXPECT_FALSE(TableExists());
+}
+
+TEST_F(OwnerLife, TheConfigurationThatIsCheckedIsTheOneThatIsLoaded)
+{
+    // The system finds "link/.." in another directory than the one that holds the link.
+    const CFreshDirectory elsewhere;
+    const std::string inner = elsewhere.File("inner");
+    ASSERT_EQ(mkdir(inner.c_str(), 0700), 0);
+    ASSERT_EQ(symlink(inner.c_str(), m_directory.File("link").c_str()), 0);
+    EXPECT_EQ(EndsWith({"--config", m_directory.File("link/.."), "--run-dir", m_directory.Path()}), 1);
+    EXPECT_THAT(m_program->Errors(), testing::StartsWith(elsewhere.File("FaultkeeperConfig.xml") + ":1:1: "));
     EXPECT_FALSE(TableExists());
 }

@@ -3,6 +3,7 @@
 #include "common/ErrorNames.h"
 #include "common/RunDirectory.h"
 #include "common/TableProbe.h"
+#include "common/TypedText.h"
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/PrivateTable.h"
 #include "faultkeeperctl/json/Json.h"
@@ -15,6 +16,7 @@
 #include <Faultkeeper/Identifiers.h>
 
 #include <cctype>
+#include <cstddef>
 #include <iostream>
 #include <memory>
 #include <vector>
@@ -25,6 +27,7 @@ namespace Faultkeeper::Apps
 namespace
 {
 constexpr int kLockAttempts = 20;
+constexpr std::size_t kLeastDigits = 3;
 
 /// A key taken apart.
 struct SDecoded
@@ -43,24 +46,22 @@ std::string UpperCase(std::string key)
     return key;
 }
 
+// Before anything is loaded: what is no key is none with any configuration.
+void CheckKey(const std::string& key)
+{
+    if (key.find_first_not_of("0123456789ABCDEF") != std::string::npos)
+        throw CFailure(epsUsage,
+                       QuotedTyped(key) + " is no state key: it holds other characters than 0-9 and A-F");
+    if (key.size() < kLeastDigits)
+        throw CFailure(epsUsage, "the key " + QuotedTyped(key) +
+                                     " is too short: at least 10 bits, that is 3 digits, name an error");
+}
+
 void Regenerate(const std::string& key, const CErrorDatabase& database, CErrorDatabaseView& view,
                 SDecoded& decoded)
 {
-    try
-    {
-        CErrorPresentation::RegenerateErrorTree(key, database, view, decoded.tree, decoded.lines,
-                                                decoded.codes, false);
-    }
-    catch (const std::invalid_argument&)
-    {
-        throw CFailure(epsUsage,
-                       "\"" + key + "\" is no state key: it holds other characters than 0-9 and A-F");
-    }
-    catch (const std::out_of_range&)
-    {
-        throw CFailure(epsNo, "the key \"" + key +
-                                  "\" is too short: at least 10 bits, that is 3 digits, name an error");
-    }
+    CErrorPresentation::RegenerateErrorTree(key, database, view, decoded.tree, decoded.lines, decoded.codes,
+                                            false);
 }
 
 // The segment of an owner that is ready, or -1.
@@ -98,7 +99,7 @@ SDecoded DecodeKey(const SSettings& settings, const std::string& key)
         Regenerate(key, *database, table.View(), decoded);
     }
     if (decoded.lines.empty())
-        throw CFailure(epsNo, "the key \"" + key + "\" names no error of the configuration in " +
+        throw CFailure(epsNo, "the key " + QuotedTyped(key) + " names no error of the configuration in " +
                                   settings.configuration);
     return decoded;
 }
@@ -133,12 +134,15 @@ std::string DecodedText(const std::string& key, const SDecoded& decoded, int wid
     return text + "\n" + field("Title", decoded.tree.title) + field("Short", decoded.tree.shortTitle) +
            field("Severity", TranslateSeverity(static_cast<EErrorSeverity>(decoded.tree.severity))) +
            FieldText("Problem", decoded.tree.problems, width) +
-           FieldText("Solution", decoded.tree.solutions, width) + FieldText("Codes", errors, width);
+           FieldText("Solution", decoded.tree.solutions, width) + FieldText("Codes", errors, width) +
+           field("Positions", decoded.fromOwner ? "those of the owner's table"
+                                                : "the order of the configuration; there is no owner");
 }
 
 EProgramStatus Decode(const SSettings& settings, const std::string& typed)
 {
     const std::string key = UpperCase(typed);
+    CheckKey(key);
     const SDecoded decoded = DecodeKey(settings, key);
     if (settings.json)
         PrintDocument(DecodedDocument(key, decoded));
@@ -154,7 +158,9 @@ void AddDecode(CCommandLine& commandLine)
     CCommand command = commandLine.Add(
         "decode", "Tell which errors a state key stands for",
         "Prints the errors of the tree, their codes and its texts, whatever is active now. Without an\n"
-        "owner the configuration alone is used; it must be the one that the key was made with.\n"
+        "owner the configuration alone is used; it must be the one that the key was made with. "
+        "\"Positions\"\n"
+        "tells which of the two was used.\n"
         "Example: faultkeeperctl --config /etc/faultkeeper decode 0140",
         [key](const SSettings& settings) { return Decode(settings, *key); });
     command.Argument("KEY", *key, "the key as shown in a tree");

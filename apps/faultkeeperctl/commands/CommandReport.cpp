@@ -10,6 +10,7 @@
 #include <poll.h>
 
 #include <chrono>
+#include <cstdio>
 #include <iostream>
 #include <memory>
 
@@ -47,7 +48,8 @@ std::string ConfiguredHint(const SSettings& settings, const std::string& typed, 
 {
     if (!settings.configured)
         return "";
-    const std::string nearest = NearestConfigured(typed, *LoadConfiguration(settings));
+    const CFailure slip(epsUsage, problem); // told also if no hint can be had
+    const std::string nearest = NearestConfigured(typed, *LoadConfiguration(settings, &slip));
     const bool told = nearest.empty() || problem.find("\"" + nearest + "\"") != std::string::npos;
     return told ? "" : "; the nearest configured error is \"" + nearest + "\"";
 }
@@ -125,6 +127,9 @@ EProgramStatus Report(const SSettings& settings, const SRequest& request)
     else
         std::cout << (request.raise ? "raise" : "clear") << " of " << ErrorName(id.first, id.second) << " ("
                   << ErrorNumber(id.first, id.second) << ") sent to the owner\n";
+    if (!std::cout.flush()) // what is told of standard output next must not read as if nothing had been sent
+        std::fprintf(stderr,
+                     "faultkeeperctl: the report was sent to the owner, but that cannot be printed\n");
     return epsDone;
 }
 
@@ -143,6 +148,8 @@ void AddReport(CCommandLine& commandLine)
            "Sends the report to the owner on port 5300. The last field of a name is the failure mode, as "
            "number or\n"
            "name. With a configuration the error must be defined in it.\n"
+           "\"Sent\" means handed to the owner, which answers nothing and ignores errors that it does not "
+           "know.\n"
            "Example: faultkeeperctl raise \"Positioning:GPS:No Data:2\"");
     AddOne(commandLine, false, "clear", "Report an error as cleared",
            "Sends the report to the owner on port 5300, as \"raise\" does.\n"

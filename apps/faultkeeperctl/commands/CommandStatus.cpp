@@ -22,6 +22,17 @@ bool HasCopy(const STableFacts& facts)
     return facts.state == etsReady || facts.state == etsNotReady;
 }
 
+// Of what may not be looked at, nobody can tell whether an owner keeps it.
+bool OwnerKnown(ETableState state)
+{
+    return state != etsRefused && state != etsForeign && state != etsFailed;
+}
+
+const char* OwnerText(ETableState state)
+{
+    return !OwnerKnown(state) ? "unknown" : OwnerPresent(state) ? "running" : "none";
+}
+
 int RaisedCount(const SStatusTable& table)
 {
     return static_cast<int>(std::count_if(table.records, table.records + RecordCount(table),
@@ -42,9 +53,9 @@ Json StatusDocument(const STableFacts& facts, const SSettings& settings)
     document["runDirectory"] = settings.runDirectory;
     document["key"] = KeyText(facts.key);
     document["state"] = StateName(facts.state);
-    document["owner"] = OwnerPresent(facts.state);
+    document["owner"] = OwnerKnown(facts.state) ? Json(OwnerPresent(facts.state)) : Json();
     document["ready"] = facts.state == etsReady;
-    document["message"] = Describe(facts, settings.runDirectory);
+    document["message"] = StateText(facts, settings.runDirectory);
     if (!HasCopy(facts))
         return document;
     document["records"] = RecordCount(facts.table);
@@ -63,7 +74,7 @@ void PrintStatus(const STableFacts& facts, const SSettings& settings)
 {
     PrintField("Run dir", settings.runDirectory);
     PrintField("Key", KeyText(facts.key));
-    PrintField("Owner", OwnerPresent(facts.state) ? "running" : "none");
+    PrintField("Owner", OwnerText(facts.state));
     PrintField("Ready", facts.state == etsReady ? "yes" : "no");
     if (!HasCopy(facts))
         return;
@@ -82,8 +93,11 @@ EProgramStatus Status(const SSettings& settings)
     else
         PrintStatus(facts, settings);
     if (facts.state != etsReady)
-        throw CFailure(StatusOf(facts.state), Describe(facts, settings.runDirectory));
-    return epsDone;
+    {
+        std::cout.flush();
+        std::fprintf(stderr, "faultkeeperctl: %s\n", StateText(facts, settings.runDirectory).c_str());
+    }
+    return StatusOf(facts.state);
 }
 } // namespace
 

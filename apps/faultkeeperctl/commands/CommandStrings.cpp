@@ -40,6 +40,8 @@ void Report(const SSettings& settings, const std::string& path, std::size_t erro
 
 EProgramStatus Strings(const SSettings& settings, const std::string& path)
 {
+    if (settings.json && path == "-")
+        throw CFailure(epsUsage, "\"strings -\" writes the texts themselves, which are no JSON: name a file");
     const std::unique_ptr<CErrorDatabase> database = LoadConfiguration(settings);
     const std::string text = LocalisedStrings(database->GetErrorList());
     if (path == "-")

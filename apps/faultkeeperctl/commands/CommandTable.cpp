@@ -2,6 +2,7 @@
 
 #include "common/TableProbe.h"
 #include "faultkeeperctl/CommandLine.h"
+#include "faultkeeperctl/Display.h"
 #include "faultkeeperctl/json/Json.h"
 #include "faultkeeperctl/text/TextTable.h"
 #include "faultkeeperctl/text/TextWidth.h"
@@ -41,10 +42,11 @@ EProgramStatus Remove(const SSettings& settings)
         Tell(settings, false, "there is no table in " + settings.runDirectory);
         return epsDone;
     }
-    if (OwnerPresent(facts.state) || facts.state == etsForeign || facts.state == etsRefused)
+    if (OwnerPresent(facts.state) || facts.state == etsForeign || facts.state == etsRefused ||
+        facts.state == etsFailed)
         throw CFailure(epsNo, "not removed: " + (facts.state == etsReady || facts.state == etsNotReady
                                                      ? "an owner runs in " + settings.runDirectory
-                                                     : Describe(facts, settings.runDirectory)));
+                                                     : StateText(facts, settings.runDirectory)));
     std::string problem;
     if (!RemoveTable(facts, problem))
         throw CFailure(epsNo, problem);

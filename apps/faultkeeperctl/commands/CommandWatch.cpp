@@ -6,10 +6,13 @@
 #include "faultkeeperctl/text/TextWidth.h"
 #include "faultkeeperctl/text/TreeText.h"
 
+#include <poll.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <thread>
 
@@ -19,14 +22,18 @@ namespace Faultkeeper::Apps
 namespace
 {
 constexpr std::chrono::milliseconds kPollPause(100);
-constexpr const char* kClearScreen = "\x1b[H\x1b[2J\x1b[3J";
+constexpr const char* kClearScreen = "\x1b[H\x1b[2J";
 constexpr const char* kSeparator = "----------------------------------------\n";
 
 volatile sig_atomic_t endRequested = 0;
+volatile sig_atomic_t drawing = 0;
 
+// Nobody may be reading what is being drawn, so that writing would never end.
 void RequestEnd(int)
 {
     endRequested = 1;
+    if (drawing != 0)
+        _exit(epsDone);
 }
 
 void EndOnSignals()
@@ -41,25 +48,48 @@ std::string PictureText(const CDisplay& display, const SSettings& settings)
 {
     std::string text;
     if (display.Facts().state != etsReady)
-        text = Describe(display.Facts(), settings.runDirectory) + "\nLast seen:\n\n";
+        text = StateText(display.Facts(), settings.runDirectory) + "\nLast seen:\n\n";
     text += TreesText(display.Trees(), OutputWidth());
     for (const std::string& name : display.UnknownRaised())
         text += "\n" + name + " is raised, but this configuration does not define it\n";
     return text;
 }
 
-void Draw(const CDisplay& display, const SSettings& settings, bool first)
+// Terminals that know no escapes say so.
+bool CanClearScreen()
+{
+    const char* const terminal = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) != 0 && terminal != nullptr && *terminal != '\0' &&
+           std::strcmp(terminal, "dumb") != 0;
+}
+
+// A reader that goes away is noticed also when there is nothing to tell it.
+bool ReaderGone()
+{
+    struct pollfd output = {STDOUT_FILENO, 0, 0};
+    return poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP)) != 0;
+}
+
+void Write(const CDisplay& display, const SSettings& settings, bool first)
 {
     if (settings.json)
     {
         PrintLine(PictureDocument(display));
         return;
     }
-    if (isatty(STDOUT_FILENO) != 0)
+    if (CanClearScreen())
         std::cout << kClearScreen;
     else if (!first)
         std::cout << kSeparator;
     std::cout << PictureText(display, settings) << std::flush;
+}
+
+void Draw(const CDisplay& display, const SSettings& settings, bool first)
+{
+    drawing = 1;
+    if (endRequested == 0)
+        Write(display, settings, first);
+    drawing = 0;
 }
 
 // An owner that goes is told, and its faults stay to be seen; when an owner is back they are replaced.
@@ -69,7 +99,7 @@ EProgramStatus Watch(const SSettings& settings)
     EndOnSignals();
     display.RequirePicture();
     Draw(display, settings, true);
-    while (endRequested == 0 && std::cout.good())
+    while (endRequested == 0 && std::cout.good() && !ReaderGone())
     {
         std::this_thread::sleep_for(kPollPause);
         const ETableState before = display.Facts().state;

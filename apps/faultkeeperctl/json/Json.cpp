@@ -23,9 +23,14 @@ std::string Dumped(const Json& document, int indent)
 }
 } // namespace
 
+std::string DocumentText(const Json& document)
+{
+    return Dumped(document, kIndent) + "\n";
+}
+
 void PrintDocument(const Json& document)
 {
-    std::cout << Dumped(document, kIndent) << "\n";
+    std::cout << DocumentText(document);
 }
 
 void PrintLine(const Json& document)

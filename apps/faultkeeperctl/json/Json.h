@@ -19,7 +19,9 @@ namespace Faultkeeper::Apps
 /// Documents keep the order in which their keys were set. Scripts rely on the keys: append, never rename.
 typedef nlohmann::ordered_json Json;
 
-/// Prints a document, on several lines and with a line end.
+/// A document on several lines and with a line end.
+std::string DocumentText(const Json& document);
+/// Prints that.
 void PrintDocument(const Json& document);
 /// Prints a document on one line, at once.
 void PrintLine(const Json& document);

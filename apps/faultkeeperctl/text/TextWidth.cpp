@@ -4,8 +4,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <system_error>
 
 namespace Faultkeeper::Apps
 {
@@ -13,6 +16,7 @@ namespace Faultkeeper::Apps
 namespace
 {
 constexpr int kUsualWidth = 100;
+constexpr int kGreatestWidth = 10000;
 constexpr int kLeastWidth = 40; // narrower terminals break the lines themselves
 
 struct SRange
@@ -68,24 +72,23 @@ int CharacterWidth(const std::string& text, std::size_t start, std::size_t bytes
     return In(kCombining, character) ? 0 : In(kWide, character) ? 2 : 1;
 }
 
-// Takes from the front of a word as much as fits into `width` columns, but at least one character.
-std::string TakeFitting(std::string& word, int width)
+// Where the part of a word ends that starts at a position and fits into `width` columns; it has at least one
+// character.
+std::size_t FittingEnd(const std::string& word, std::size_t start, int width)
 {
-    std::size_t end = 0;
+    std::size_t end = start;
     for (int used = 0; end < word.size();)
     {
         const std::size_t bytes = CharacterBytes(word, end);
         used += CharacterWidth(word, end, bytes);
-        if (used > width && end > 0)
+        if (used > width && end > start)
             break;
         end += bytes;
     }
-    std::string front = word.substr(0, end);
-    word.erase(0, end);
-    return front;
+    return end;
 }
 
-void AddWord(std::vector<std::string>& lines, std::string word, int width)
+void AddWord(std::vector<std::string>& lines, const std::string& word, int width)
 {
     std::string& line = lines.back();
     if (!line.empty() && DisplayWidth(line) + 1 + DisplayWidth(word) <= width)
@@ -95,12 +98,14 @@ void AddWord(std::vector<std::string>& lines, std::string word, int width)
     }
     if (!line.empty())
         lines.emplace_back();
-    while (DisplayWidth(word) > width)
+    std::size_t start = FittingEnd(word, 0, width);
+    lines.back() = word.substr(0, start);
+    while (start < word.size())
     {
-        lines.back() = TakeFitting(word, width);
-        lines.emplace_back();
+        const std::size_t end = FittingEnd(word, start, width);
+        lines.push_back(word.substr(start, end - start));
+        start = end;
     }
-    lines.back() = word;
 }
 
 void AddParagraph(std::vector<std::string>& lines, const std::string& text, int width)
@@ -113,6 +118,17 @@ void AddParagraph(std::vector<std::string>& lines, const std::string& text, int 
         AddWord(lines, text.substr(start, end - start), width);
         start = end;
     }
+}
+
+// Whoever collects the output, for a page of their own, says with COLUMNS how wide it is.
+int WidthFromEnvironment()
+{
+    const char* const columns = std::getenv("COLUMNS");
+    const std::string text = columns == nullptr ? "" : columns;
+    int width = 0;
+    const std::from_chars_result read = std::from_chars(text.data(), text.data() + text.size(), width);
+    const bool usable = read.ec == std::errc() && read.ptr == text.data() + text.size() && width > 0;
+    return usable ? std::clamp(width, kLeastWidth, kGreatestWidth) : kUsualWidth;
 }
 } // namespace
 
@@ -153,7 +169,7 @@ int OutputWidth()
 {
     struct winsize size = {};
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
-        return kUsualWidth;
+        return WidthFromEnvironment();
     return std::max<int>(size.ws_col, kLeastWidth);
 }
 

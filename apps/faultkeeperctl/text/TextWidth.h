@@ -19,7 +19,8 @@ std::string Padded(const std::string& text, int width);
 /// line. Line ends of the text stay. Never empty.
 std::vector<std::string> Wrapped(const std::string& text, int width);
 
-/// Columns to write in: those of the terminal that standard output is, 100 if it is none.
+/// Columns to write in: those of the terminal that standard output is; if it is none, those that
+/// $COLUMNS says, otherwise 100.
 int OutputWidth();
 
 } // namespace Faultkeeper::Apps

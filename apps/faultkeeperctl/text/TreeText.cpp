@@ -9,12 +9,15 @@
 #include <Faultkeeper/Identifiers.h>
 
 #include <algorithm>
+#include <cstddef>
 
 namespace Faultkeeper::Apps
 {
 
 namespace
 {
+constexpr int kLeastTitle = 10;
+
 std::string Joined(const std::vector<std::string>& parts)
 {
     std::string text;
@@ -27,9 +30,14 @@ std::string Headline(const SErrorTree& tree, int number, int width)
 {
     const std::string severity = TranslateSeverity(static_cast<EErrorSeverity>(tree.severity));
     const std::string beginning = "[" + std::to_string(number) + "] ";
-    const int room = width - DisplayWidth(beginning) - DisplayWidth(severity) - 2;
-    return beginning + Padded(tree.title.empty() ? tree.shortTitle : tree.title, std::max(room, 0)) + "  " +
-           severity + "\n";
+    const int room = std::max(width - DisplayWidth(beginning) - DisplayWidth(severity) - 2, kLeastTitle);
+    std::string title = tree.title.empty() ? tree.shortTitle : tree.title;
+    std::replace(title.begin(), title.end(), '\n', ' ');
+    const std::vector<std::string> lines = Wrapped(title, room);
+    std::string text = beginning + Padded(lines.front(), room) + "  " + severity + "\n";
+    for (std::size_t i = 1; i < lines.size(); ++i)
+        text += std::string(beginning.size(), ' ') + lines[i] + "\n";
+    return text;
 }
 
 std::string Counters(const SErrorTree& tree)

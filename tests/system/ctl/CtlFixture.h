@@ -78,6 +78,7 @@ protected:
 
 private:
     CVariable m_zone{"TZ", "UTC0"};
+    CVariable m_noColumns{"COLUMNS"};
     CVariable m_noConfiguration{"FAULTKEEPER_CONFIG"};
     CVariable m_noRunDirectory{"FAULTKEEPER_RUN_DIR"};
     CFreshDirectory m_configuration;

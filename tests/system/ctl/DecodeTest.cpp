@@ -57,7 +57,8 @@ TEST_F(Decode, TurnsAKeyBackIntoTheErrorsOfItsTreeAlsoBelowShallowLinks)
                                    "    Solution   solution of Positioning:GPS:Communications:9\n"
                                    "    Codes      System:Position:No Data:2 (0xA211B:2)\n"
                                    "               Positioning:GPS:No Data:2 (0x40C1B:2)\n"
-                                   "               Positioning:GPS:Communications:9 (0x40C09:9)\n");
+                                   "               Positioning:GPS:Communications:9 (0x40C09:9)\n"
+                                   "    Positions  the order of the configuration; there is no owner\n");
 }
 
 TEST_F(Decode, GivesTheSameAsADocument)
@@ -76,7 +77,7 @@ TEST_F(Decode, LeavesNothingBehindWithoutAnOwner)
 {
     EXPECT_EQ(Ctl({"decode", "00F0"}).status, 0);
     EXPECT_EQ(Ctl({"decode", "FFC0"}).status, 1);
-    EXPECT_EQ(Ctl({"decode", "03"}).status, 1);
+    EXPECT_EQ(Ctl({"decode", "03"}).status, 2);
     EXPECT_EQ(Ctl({"decode", "00G0"}).status, 2);
     EXPECT_TRUE(TemporaryDirectoryIsEmpty());
     EXPECT_FALSE(m_directory.Table() != nullptr);
@@ -110,6 +111,14 @@ TEST_F(Decode, UsesThePositionsOfTheOwnersTable)
     EXPECT_EQ(document["positions"], "owner");
     EXPECT_EQ(document["lines"].size(), 3U);
     EXPECT_TRUE(Owner().FaultkeeperReady());
+}
+
+TEST_F(Decode, SaysThatThePositionsAreThoseOfTheOwnersTable)
+{
+    StartOwner();
+    const SFinished finished = Ctl({"decode", "00F0"});
+    EXPECT_EQ(finished.status, 0);
+    EXPECT_NE(finished.output.find("\n    Positions  those of the owner's table\n"), std::string::npos);
 }
 
 TEST_F(Decode, TakesAKeyFromTheList)
@@ -156,8 +165,9 @@ TEST_F(Decode, TellsAKeyThatNamesNoError)
 
 TEST_F(Decode, TellsAKeyThatIsTooShort)
 {
+    EXPECT_EQ(Ctl({"decode", ""}).status, 2);
     const SFinished finished = Ctl({"decode", "03"});
-    EXPECT_EQ(finished.status, 1);
+    EXPECT_EQ(finished.status, 2);
     EXPECT_EQ(
         finished.errors,
         "faultkeeperctl: the key \"03\" is too short: at least 10 bits, that is 3 digits, name an error\n");

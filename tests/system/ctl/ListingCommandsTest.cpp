@@ -102,7 +102,7 @@ TEST_F(ListingCommands, StringsWritesTheTextsToAFile)
         text.find(
             "[Positioning:GPS:Communications:9.problem]\nproblem of Positioning:GPS:Communications:9\n"),
         0U);
-    EXPECT_EQ(text.substr(text.rfind("[")),
+    EXPECT_EQ(text.substr(text.rfind('[')),
               "[Audio:None:Cannot Open:11.vtTitle]\nshort of Audio:None:Cannot Open:11\n");
     EXPECT_EQ(Document({"strings", path}).dump(), Json({{"file", path}, {"errors", 5}}).dump());
 }
@@ -115,6 +115,14 @@ TEST_F(ListingCommands, StringsWritesToStandardOutputAndKeepsNoTemporaryFile)
     ASSERT_EQ(Ctl({"strings", path}).status, 0);
     EXPECT_EQ(Ctl({"strings", "-"}).output, ReadFile(path));
     EXPECT_TRUE(std::filesystem::is_empty(temporary.Path()));
+}
+
+TEST_F(ListingCommands, StringsOnStandardOutputAreRefusedAsADocument)
+{
+    const SFinished finished = Ctl({"--json", "strings", "-"});
+    EXPECT_EQ(finished.status, 2);
+    EXPECT_EQ(Json::parse(finished.output)["status"], 2);
+    EXPECT_NE(finished.errors.find("name a file"), std::string::npos);
 }
 
 TEST_F(ListingCommands, StringsTellsAFileThatCannotBeWritten)

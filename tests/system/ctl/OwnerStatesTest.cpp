@@ -103,6 +103,8 @@ TEST_F(OwnerStates, DisplaysRefuseSharedMemoryThatIsNoTable)
 {
     ASSERT_NE(shmget(m_directory.Key(), 100, IPC_CREAT | 0600), -1);
     ExpectAllEnd(1, "the shared memory under the key of " + m_directory.Path() + " is not a table of faults");
+    EXPECT_TRUE(StatusDocument(1)["owner"].is_null()); // there may be one that uses the memory otherwise
+    EXPECT_NE(Ctl({"status"}).output.find("    Owner      unknown\n"), std::string::npos);
 }
 
 TEST_F(OwnerStates, ARunDirectoryThatIsNotThereHasNoOwner)

@@ -83,6 +83,18 @@ TEST_F(Report, ClearSendsOneMessageAndSaysSo)
     EXPECT_NE(owner.Received().find(kClear), std::string::npos);
 }
 
+TEST_F(Report, ThatItWasSentIsToldAlsoWithoutStandardOutput)
+{
+    const CListener owner;
+    CProgram shell({"/bin/sh", "-c", std::string(FAULTKEEPER_TEST_CTL) + " raise 0x40C1B:2 >&-"});
+    EXPECT_EQ(shell.Wait(), 1);
+    EXPECT_EQ(shell.Errors().find("faultkeeperctl: the report was sent to the owner, but"), 0U)
+        << shell.Errors();
+    const std::string received = owner.Received();
+    EXPECT_NE(received.find(kRaise), std::string::npos);
+    EXPECT_EQ(received.find("sent to the owner"), std::string::npos); // nothing goes to the wrong descriptor
+}
+
 TEST_F(Report, EveryFormOfAnIdentifierSendsTheSame)
 {
     const CListener owner;

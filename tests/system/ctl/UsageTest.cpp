@@ -59,6 +59,89 @@ TEST_F(Usage, AnUnknownCommandIsToldWithTheNearestOne)
               "faultkeeperctl: no command is called \"hierachy\", the nearest is \"hierarchy\"\n");
 }
 
+TEST_F(Usage, AnUnknownOptionIsToldWithTheNearestOne)
+{
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{"--jsn", "list"}, {"list", "--jsn"}, {"--jsn"}})
+    {
+        const SFinished finished = Bare(arguments);
+        EXPECT_EQ(finished.status, 2);
+        EXPECT_EQ(finished.errors,
+                  "faultkeeperctl: no option is called \"--jsn\", the nearest is \"--json\"\n");
+    }
+    EXPECT_EQ(Bare({"hierarchy", "--al"}).errors,
+              "faultkeeperctl: no option is called \"--al\", the nearest is \"--all\"\n");
+    EXPECT_EQ(Bare({"--confg=x", "list"}).errors,
+              "faultkeeperctl: no option is called \"--confg\", the nearest is \"--config\"\n");
+}
+
+TEST_F(Usage, EveryMistakeIsToldInTheProgramsName)
+{
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {}, {"list", "x"}, {"decode"}, {"raise"}, {"table"}, {"--config"}, {"--json=x", "list"}})
+        EXPECT_EQ(Bare(arguments).errors.find("faultkeeperctl: "), 0U) << Bare(arguments).errors;
+}
+
+TEST_F(Usage, HelpIsACommandToo)
+{
+    const SFinished finished = Bare({"help"});
+    EXPECT_EQ(finished.status, 0);
+    EXPECT_EQ(finished.output, Bare({"--help"}).output);
+    EXPECT_EQ(Bare({"help", "decode"}).output, Bare({"decode", "--help"}).output);
+}
+
+TEST_F(Usage, ADirectoryWithoutANameIsRefused)
+{
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {"--config", "", "tree"}, {"--config=", "tree"}, {"tree", "--config", ""}})
+    {
+        const SFinished finished = Bare(arguments);
+        EXPECT_EQ(finished.status, 2);
+        EXPECT_EQ(finished.errors, "faultkeeperctl: --config names no directory\n");
+    }
+    EXPECT_EQ(Bare({"--run-dir", "", "status"}).errors, "faultkeeperctl: --run-dir names no directory\n");
+}
+
+TEST_F(Usage, ControlCharactersThatWereTypedDoNotReachTheTerminal)
+{
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {"\x1b[2Jlist"}, {"list", "\x1b[2Jx"}, {"raise", "\x1b[2J:GPS:No Data:2"}, {"decode", "\x1b"}})
+    {
+        const SFinished finished = Ctl(arguments);
+        EXPECT_EQ(finished.status, 2);
+        EXPECT_EQ(finished.errors.find('\x1b'), std::string::npos);
+        EXPECT_NE(finished.errors.find("\\x1B"), std::string::npos) << finished.errors;
+    }
+}
+
+TEST_F(Usage, AFailureIsADocumentTooIfOneIsAskedFor)
+{
+    const SFinished noOwner = Ctl({"--json", "list"});
+    EXPECT_EQ(noOwner.status, 3);
+    EXPECT_EQ(Json::parse(noOwner.output),
+              Json({{"error", "no owner: there is no table in " + m_directory.Path()}, {"status", 3}}));
+    EXPECT_NE(noOwner.errors, "");
+    EXPECT_EQ(Json::parse(Ctl({"list", "--jsn", "--json"}).output)["status"], 2);
+    WriteFile(Configuration() + "/module0.xml", "<Module>\n<Fault/>\n</Module>\n");
+    EXPECT_EQ(Json::parse(Ctl({"tree", "--json"}).output)["status"], 1);
+}
+
+TEST_F(Usage, ASlipInAnIdentifierIsToldAlsoIfTheConfigurationCannotBeUsed)
+{
+    const std::string slip = "faultkeeperctl: no problem is called \"No Dta\"";
+    const auto expectSlip = [&](const std::string& configuration)
+    {
+        const SFinished finished = Bare({"--config", configuration, "raise", "Positioning:GPS:No Dta:2"});
+        EXPECT_EQ(finished.status, 2);
+        EXPECT_NE(finished.errors.find(slip), std::string::npos) << finished.errors;
+    };
+    expectSlip(m_directory.File("none"));
+    WriteFile(Configuration() + "/module0.xml", "<Module>\n<SubModule></Module>\n");
+    expectSlip(Configuration());
+    WriteFile(Configuration() + "/module0.xml", "<Module>\n<Fault/>\n</Module>\n");
+    expectSlip(Configuration());
+}
+
 TEST_F(Usage, AConfigurationThatIsNotThereIsToldWithItsFile)
 {
     for (const char* const command : {"list", "history", "watch", "active", "hierarchy", "tree"})

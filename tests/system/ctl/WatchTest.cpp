@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <unistd.h>
 
 #include <sstream>
@@ -135,6 +136,33 @@ TEST_F(Watch, FollowsATableThatWasRemovedAndMadeAnew)
         Raise(kLink);
         EXPECT_TRUE(ShowsInTime(*watch, "ready", 1));
     }
+}
+
+TEST_F(Watch, EndsQuietlyWhenItsReaderHasGone)
+{
+    StartOwner();
+    CProgram shell({"/bin/sh", "-c",
+                    std::string(FAULTKEEPER_TEST_CTL) + " --config " + Configuration() + " --run-dir " +
+                        m_directory.Path() + " watch | head -n 1"});
+    EXPECT_EQ(shell.Wait(), 0); // without a change that would have to be written
+    EXPECT_EQ(shell.Output(), "No active faults.\n");
+    EXPECT_EQ(shell.Errors(), "");
+}
+
+// A shell starts what runs beside it with the interrupt ignored: one that comes too early does nothing.
+TEST_F(Watch, EndsOnInterruptAlsoWhenNobodyReadsWhatItWrites)
+{
+    StartOwner();
+    const std::string pipe = m_directory.File("pipe");
+    const std::string script = "mkfifo " + pipe + " && exec 3<>" + pipe +
+                               " && head -c 65536 /dev/zero >&3\n" + FAULTKEEPER_TEST_CTL + " --config " +
+                               Configuration() + " --run-dir " + m_directory.Path() + " watch >" + pipe +
+                               " &\nuntil grep -q faultkeeper /proc/$!/comm; do sleep 0.01; done\nwhile kill "
+                               "-INT $! 2>/dev/null; do sleep 0.5; done; wait $!";
+    CProgram shell({"/bin/sh", "-c", script});
+    EXPECT_EQ(shell.Wait(), 0);
+    EXPECT_EQ(shell.Errors(), "");
+    std::filesystem::remove(pipe);
 }
 
 TEST_F(Watch, DrawsTextForPeople)

@@ -45,3 +45,9 @@ TEST(NearestName, IsNoneIfMoreThanHalfOfTheLettersDiffer)
     EXPECT_EQ(NearestName("Foo", {"GPS", "CAN"}), "");
     EXPECT_EQ(NearestName("GPS", {}), "");
 }
+
+TEST(NearestName, IsNoneForATextThatNobodyTypes)
+{
+    EXPECT_EQ(NearestName(std::string(200, 'x'), {std::string(201, 'x')}), std::string(201, 'x'));
+    EXPECT_EQ(NearestName(std::string(201, 'x'), {std::string(201, 'x')}), "");
+}

@@ -39,10 +39,25 @@ TEST(Paths, AreResolvedFromTheWorkingDirectory)
     const CWorkingDirectory working(directory.Path());
     const std::string here = std::filesystem::current_path().string();
     EXPECT_EQ(AbsolutePath("a"), here + "/a");
-    EXPECT_EQ(AbsolutePath("./a/../b/"), here + "/b");
+    EXPECT_EQ(AbsolutePath("./a//b/."), here + "/a/b");
     EXPECT_EQ(AbsolutePath("."), here);
     EXPECT_EQ(AbsolutePath(""), here);
     EXPECT_EQ(AbsolutePath("/"), "/");
+}
+
+TEST(Paths, LeadBehindALinkToWhereTheSystemFindsThem)
+{
+    const CFreshDirectory directory;
+    const CWorkingDirectory working(directory.Path());
+    std::filesystem::create_directories("real/inner");
+    std::filesystem::create_directory("real/run");
+    std::filesystem::create_directory("run");
+    std::filesystem::create_directory_symlink("real/inner", "link");
+    EXPECT_TRUE(std::filesystem::equivalent(AbsolutePath("link/../run"), "real/run"));
+    EXPECT_TRUE(std::filesystem::equivalent(AbsolutePath("link/.."), "real"));
+    EXPECT_TRUE(std::filesystem::equivalent(DirectoryPrefix("link/../"), "real"));
+    EXPECT_EQ(AbsolutePath("link"), std::filesystem::current_path().string() + "/link");
+    EXPECT_FALSE(std::filesystem::exists(AbsolutePath("nowhere/../run"))); // nor does the system find it
 }
 
 TEST(Paths, EndWithOneSlashAsPrefixes)

@@ -10,9 +10,13 @@
 #include <gtest/gtest.h>
 
 #include <sys/ipc.h>
+#include <sys/resource.h>
+#include <sys/sem.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 using namespace Faultkeeper;
 using namespace Faultkeeper::Apps;
@@ -45,6 +49,8 @@ std::string Said(ETableState state)
     facts.state = state;
     facts.holder = 77;
     facts.details.user = getuid();
+    facts.userKnown = true;
+    facts.error = ENOMEM;
     return Describe(facts, "/run/x");
 }
 } // namespace
@@ -153,6 +159,58 @@ TEST_F(TableProbe, NamesTheUserOfATableThatMayNotBeRead)
     EXPECT_EQ(stranger.Wait(), 0);
 }
 
+TEST_F(TableProbe, NamesNoUserThatItDoesNotKnow)
+{
+    STableFacts facts;
+    facts.state = etsRefused;
+    EXPECT_EQ(Describe(facts, "/run/x"), "the table in /run/x may not be read");
+}
+
+TEST_F(TableProbe, TellsAFailureOfTheSystemFromATableThatIsNotThere)
+{
+    const auto owner = Owner(true);
+    Support::CChildProcess display(
+        []
+        {
+            const struct rlimit none = {1, 1}; // bytes of address space: nothing can be attached any more
+            if (setrlimit(RLIMIT_AS, &none) != 0)
+                return 2;
+            const STableFacts facts = ProbeTable();
+            return facts.state == etsFailed && facts.error == ENOMEM ? 0 : 1;
+        });
+    EXPECT_EQ(display.Wait(), 0);
+    EXPECT_EQ(m_directory.SemaphoreValue(), 1);
+}
+
+TEST_F(TableProbe, DoesNotCallATableLeftOverWhoseLockNobodyHasTouched)
+{
+    const CErrorDatabaseView starting(false, eViewReader); // an owner does the same first
+    EXPECT_EQ(ProbeTable().state, etsNotReady);
+}
+
+TEST_F(TableProbe, TakesDownALockWithoutForgettingItsHolder)
+{
+    const int semaphore = semget(m_directory.Key(), 1, IPC_CREAT | 0600);
+    ASSERT_EQ(semctl(semaphore, 0, SETVAL, 3), 0);
+    Support::CGate held;
+    Support::CGate end;
+    Support::CChildProcess holder(
+        [&]
+        {
+            const bool taken = TryLock(semaphore) == elaTaken;
+            held.Open();
+            return taken && end.Pass() ? 0 : 1;
+        });
+    ASSERT_TRUE(held.Pass());
+    EXPECT_EQ(TakeDownLock(semaphore), 2);
+    EXPECT_EQ(LockValue(semaphore), 0);
+    end.Open();
+    EXPECT_EQ(holder.Wait(), 0);
+    EXPECT_EQ(LockValue(semaphore), 1); // what the system owed to the holder
+    EXPECT_EQ(TakeDownLock(semaphore), 1);
+    EXPECT_EQ(TakeDownLock(-1), 0);
+}
+
 TEST_F(TableProbe, ReadsNoMoreRecordsThanThereCanBe)
 {
     SStatusTable table;
@@ -182,7 +240,8 @@ TEST_F(TableProbe, SaysHowThingsStand)
     EXPECT_EQ(Said(etsAbsent), "no owner: there is no table in /run/x");
     EXPECT_EQ(Said(etsForeign), "the shared memory under the key of /run/x is not a table of faults");
     EXPECT_EQ(Said(etsRefused),
-              "the table in /run/x belongs to user " + UserName(getuid()) + ": only that user may read it");
+              "the table in /run/x belongs to user " + UserName(getuid()) + ", and may not be read");
+    EXPECT_EQ(Said(etsFailed), "looking at the table in /run/x failed: Cannot allocate memory");
     EXPECT_EQ(Said(etsOwnerGone), "no owner: the table in /run/x is left over from an owner that has ended");
     EXPECT_EQ(Said(etsBusy), "the table in /run/x is locked by process 77, which does not let go");
     EXPECT_EQ(Said(etsNotReady), "the table in /run/x is not ready: its owner is starting or stopping");

@@ -2,9 +2,32 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
 using namespace Faultkeeper::Apps;
 
 typedef std::vector<std::string> Lines;
+
+namespace
+{
+// Standard output is no terminal meanwhile.
+int WidthWithColumns(const char* columns)
+{
+    const int before = dup(STDOUT_FILENO);
+    const int nowhere = open("/dev/null", O_WRONLY);
+    dup2(nowhere, STDOUT_FILENO);
+    setenv("COLUMNS", columns, 1);
+    const int width = OutputWidth();
+    unsetenv("COLUMNS");
+    dup2(before, STDOUT_FILENO);
+    close(nowhere);
+    close(before);
+    return width;
+}
+} // namespace
 
 TEST(DisplayWidth, CountsColumnsInsteadOfBytes)
 {
@@ -57,4 +80,21 @@ TEST(Wrapped, KeepsLineEndsAndEmptyLines)
 TEST(Wrapped, EndsEvenWithoutRoom)
 {
     EXPECT_EQ(Wrapped("ab", 0), (Lines{"a", "b"}));
+}
+
+TEST(Wrapped, BreaksAVeryLongWordWithoutLoss)
+{
+    const std::string word(1000000, 'x');
+    const Lines lines = Wrapped(word, 50);
+    EXPECT_EQ(lines.size(), 20000U);
+    EXPECT_EQ(lines.back(), std::string(50, 'x'));
+}
+
+TEST(OutputWidth, IsWhatTheEnvironmentSaysWhereThereIsNoTerminal)
+{
+    EXPECT_EQ(WidthWithColumns("72"), 72);
+    EXPECT_EQ(WidthWithColumns("10"), 40);
+    EXPECT_EQ(WidthWithColumns("99999"), 10000);
+    for (const char* const unusable : {"0", "-5", "80x", "", "99999999999"})
+        EXPECT_EQ(WidthWithColumns(unusable), 100) << unusable;
 }

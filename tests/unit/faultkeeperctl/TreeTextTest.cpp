@@ -65,6 +65,15 @@ TEST_F(TreeTextTest, TakesTheShortTextWhereThereIsNoTitle)
     EXPECT_EQ(TreeText(tree, 12, 40).substr(0, 14), "[12] No height");
 }
 
+TEST_F(TreeTextTest, WrapsALongTitleBesideTheSeverity)
+{
+    Faultkeeper::SErrorTree tree = Tree();
+    tree.title = "The receiver\nhas found no satellites yet";
+    EXPECT_EQ(TreeText(tree, 1, 40).substr(0, 75), "[1] The receiver has found no       High\n"
+                                                   "    satellites yet\n"
+                                                   "    Short      ");
+}
+
 TEST_F(TreeTextTest, NamesAMissingCodeAndWhatTheScreensDo)
 {
     Faultkeeper::SErrorTree tree = Tree();

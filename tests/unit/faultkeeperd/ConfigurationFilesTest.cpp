@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <string>
 
 using namespace Support;
@@ -177,4 +179,15 @@ TEST_F(ConfigurationFiles, WarnsOfErrorsThatTheTableCannotHold)
     EXPECT_EQ(Findings(),
               "DIR/FaultkeeperConfig.xml:2:2: warning: 402 errors are defined, but the shared table holds "
               "400: the last 2 are not going to be shown\n");
+}
+
+TEST_F(ConfigurationFiles, RefusesAPipeInsteadOfWaitingForItsWriter)
+{
+    List("  <Module identifier=\"GPS\" file=\"GPS.xml\"/>\n");
+    ASSERT_EQ(mkfifo(m_directory.File("GPS.xml").c_str(), 0600), 0);
+    EXPECT_EQ(Findings(),
+              "DIR/FaultkeeperConfig.xml:3:28: error: module file DIR/GPS.xml: Not a regular file\n");
+    const CFreshDirectory other;
+    ASSERT_EQ(mkfifo(other.File("FaultkeeperConfig.xml").c_str(), 0600), 0);
+    EXPECT_FALSE(CConfigurationFiles(other.Prefix()).Usable());
 }

@@ -77,3 +77,9 @@ TEST(Options, SaysInItsHelpThatThePortIsForTests)
     const std::string help = PrintedBy([] { EXPECT_EQ(StatusOf({"--help"}), 0); });
     EXPECT_NE(help.find("for tests only"), std::string::npos);
 }
+
+TEST(Options, SaysInItsHelpHowABrokenRuleEndsTheProgram)
+{
+    const std::string help = PrintedBy([] { EXPECT_EQ(StatusOf({"--help"}), 0); });
+    EXPECT_NE(help.find("134 (SIGABRT) the configuration breaks a rule"), std::string::npos);
+}

@@ -3,11 +3,18 @@
 #include "OwnerFixture.h"
 #include "support/CapturedOutput.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <sys/ipc.h>
+#include <sys/sem.h>
+#include <unistd.h>
 
 using namespace Support;
 using Faultkeeper::Apps::COwner;
 using std::chrono::milliseconds;
+using testing::HasSubstr;
+using testing::Not;
 
 namespace
 {
@@ -87,4 +94,33 @@ TEST_F(Owner, FailsWhenTheLockIsTakenAway)
     EXPECT_FALSE(owner.Failed());
     EXPECT_NE(WarnedBy([&] { owner.Publish(kStart); }), "");
     EXPECT_TRUE(owner.Failed());
+}
+
+TEST_F(Owner, MakesTheLockAvailableToOneWhateverAFormerOwnerHasLeft)
+{
+    for (const int left : {0, 1, 2, 5})
+    {
+        const int semaphore = semget(m_directory.Key(), 1, IPC_CREAT | 0600);
+        ASSERT_EQ(semctl(semaphore, 0, SETVAL, left), 0);
+        const COwner owner(Database());
+        EXPECT_EQ(owner.Surplus(), left);
+        EXPECT_EQ(m_directory.SemaphoreValue(), 1);
+        m_directory.RemoveTable();
+    }
+}
+
+TEST_F(Owner, NamesTheProcessThatKeepsTheLockOnceAndSaysOnceThatItIsFree)
+{
+    COwner owner(Database());
+    CBusyLock lock;
+    const auto said = [&](int after)
+    { return WarnedBy([&] { owner.Publish(kStart + milliseconds(after)); }); };
+    const std::string told = "warning: the shared table is locked by process " + std::to_string(getpid());
+    EXPECT_THAT(said(0), Not(HasSubstr(told)));
+    EXPECT_THAT(said(999), Not(HasSubstr(told)));
+    EXPECT_THAT(said(2000), HasSubstr(told));
+    EXPECT_THAT(said(4000), Not(HasSubstr(told)));
+    lock.Release();
+    EXPECT_EQ(said(6000), "faultkeeperd: info: the shared table is free again; nothing waits\n");
+    EXPECT_EQ(said(8000), "");
 }

@@ -1,0 +1,36 @@
+#include "common/TypedText.h"
+
+#include <gtest/gtest.h>
+
+using namespace Faultkeeper::Apps;
+
+TEST(WithoutControls, ShowsWhatWouldSteerATerminalAsNumbers)
+{
+    EXPECT_EQ(WithoutControls("a\x1b[2J\n\x7f"), "a\\x1B[2J\\x0A\\x7F");
+    EXPECT_EQ(WithoutControls("\xC2\x9B"), "\\xC2\\x9B"); // one character that means the same as ESC [
+    EXPECT_EQ(WithoutControls(std::string(1, '\0')), "\\x00");
+}
+
+TEST(WithoutControls, LeavesTextAsItIs)
+{
+    EXPECT_EQ(WithoutControls("C:\\Höhe \xE5\x8D\xAB \xF0\x9F\x9A\x9C"),
+              "C:\\Höhe \xE5\x8D\xAB \xF0\x9F\x9A\x9C");
+}
+
+TEST(WithoutControls, ShowsBytesThatAreNoTextAsNumbers)
+{
+    EXPECT_EQ(WithoutControls("\xFF\x80"), "\\xFF\\x80");
+    EXPECT_EQ(WithoutControls("a\xC3"), "a\\xC3");
+}
+
+TEST(QuotedTyped, DoublesBackslashes)
+{
+    EXPECT_EQ(QuotedTyped("\\x1B\x1b"), "\"\\\\x1B\\x1B\"");
+}
+
+TEST(QuotedTyped, CutsALongTextBetweenCharacters)
+{
+    EXPECT_EQ(QuotedTyped(std::string(200, 'x')), "\"" + std::string(200, 'x') + "\"");
+    EXPECT_EQ(QuotedTyped(std::string(201, 'x')), "\"" + std::string(200, 'x') + "\"...");
+    EXPECT_EQ(QuotedTyped(std::string(199, 'x') + "\xC3\xB6"), "\"" + std::string(199, 'x') + "\"...");
+}
