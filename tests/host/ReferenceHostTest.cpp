@@ -226,6 +226,9 @@ TEST(ReferenceHost, DoesNotKeepItsOwnerBusyWhileTheSystemRefusesToAccept)
     ASSERT_TRUE(server.Listen(0));
     CRawConnection served = CRawConnection::To("127.0.0.1", server.Port());
     ASSERT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 1; }));
+    // Once before, since a sanitizer opens a descriptor of its own when it first checks a class.
+    served.Send("d4:argsle4:name1:xe");
+    ASSERT_TRUE(Eventually([&] { return server.Serve(0) >= 0 && handler.notifications == 1; }));
     const CRawConnection waiting = CRawConnection::To("127.0.0.1", server.Port());
     {
         const NothingOpens nothingOpens;
@@ -238,9 +241,10 @@ TEST(ReferenceHost, DoesNotKeepItsOwnerBusyWhileTheSystemRefusesToAccept)
             EXPECT_EQ(server.Serve(0), 0);
             EXPECT_EQ(server.Error(), "") << "told once";
         }
+        // The least that so many pauses take; a slow machine only makes it more.
         EXPECT_GE(Clock::now() - before, kPauses * std::chrono::milliseconds(100));
         served.Send("d4:argsle4:name1:xe");
-        EXPECT_TRUE(Eventually([&] { return server.Serve(0) >= 0 && handler.notifications == 1; }));
+        EXPECT_TRUE(Eventually([&] { return server.Serve(0) >= 0 && handler.notifications == 2; }));
         EXPECT_EQ(server.ConnectionCount(), 1u);
     }
     EXPECT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 2; }));
