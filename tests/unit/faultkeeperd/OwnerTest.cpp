@@ -101,7 +101,13 @@ TEST_F(Owner, MakesTheLockAvailableToOneWhateverAFormerOwnerHasLeft)
     for (const int left : {0, 1, 2, 5})
     {
         const int semaphore = semget(m_directory.Key(), 1, IPC_CREAT | 0600);
-        ASSERT_EQ(semctl(semaphore, 0, SETVAL, left), 0);
+        union
+        {
+            int val;
+            semid_ds* buf;
+        } const value = {
+            left}; // passed as the union that the call takes: some machines pass those by address
+        ASSERT_EQ(semctl(semaphore, 0, SETVAL, value), 0);
         const COwner owner(Database());
         EXPECT_EQ(owner.Surplus(), left);
         EXPECT_EQ(m_directory.SemaphoreValue(), 1);
