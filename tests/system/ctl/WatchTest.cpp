@@ -149,7 +149,7 @@ TEST_F(Watch, EndsQuietlyWhenItsReaderHasGone)
     EXPECT_EQ(shell.Errors(), "");
 }
 
-// A shell starts what runs beside it with the interrupt ignored: one that comes too early does nothing.
+// The interrupt waits until the program looks at the table.
 TEST_F(Watch, EndsOnInterruptAlsoWhenNobodyReadsWhatItWrites)
 {
     StartOwner();
@@ -157,7 +157,8 @@ TEST_F(Watch, EndsOnInterruptAlsoWhenNobodyReadsWhatItWrites)
     const std::string script = "mkfifo " + pipe + " && exec 3<>" + pipe +
                                " && head -c 65536 /dev/zero >&3\n" + FAULTKEEPER_TEST_CTL + " --config " +
                                Configuration() + " --run-dir " + m_directory.Path() + " watch >" + pipe +
-                               " &\nwhile kill -INT $! 2>/dev/null; do sleep 0.5; done; wait $!";
+                               " &\nuntil grep -q SYSV /proc/$!/maps; do sleep 0.1; done\nwhile kill -INT $! "
+                               "2>/dev/null; do sleep 0.5; done; wait $!";
     CProgram shell({"/bin/sh", "-c", script});
     EXPECT_EQ(shell.Wait(), 0);
     EXPECT_EQ(shell.Errors(), "");
