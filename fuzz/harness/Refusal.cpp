@@ -18,7 +18,7 @@ struct SRuleBroken
 
 } // namespace
 
-/// Takes the place of the C library's assertion reporter.
+/// Takes the place of the C library's assertion reporter, whose reserved name it therefore has.
 // NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" [[noreturn]] void __assert_fail(const char* condition, const char* file, unsigned line,
                                            const char* function)
