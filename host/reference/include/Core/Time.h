@@ -4,6 +4,7 @@
 #include <Core/Export.h>
 
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 namespace Core
@@ -39,7 +40,12 @@ public:
     static void NotBefore(const Time& earliest);
 
     /// Nanoseconds since 1970.
-    std::int64_t Nanoseconds() const;
+    std::int64_t Nanoseconds() const
+    {
+        std::int64_t nanoseconds = 0;
+        std::memcpy(&nanoseconds, m_nanoseconds, sizeof(nanoseconds));
+        return nanoseconds;
+    }
 
     /// Seconds since 1970, cut towards zero to whole microseconds.
     double AsDouble() const;

@@ -75,13 +75,6 @@ void Time::NotBefore(const Time& earliest)
     lastNanoseconds = std::max(lastNanoseconds, earliest.Nanoseconds());
 }
 
-std::int64_t Time::Nanoseconds() const
-{
-    std::int64_t nanoseconds = 0;
-    std::memcpy(&nanoseconds, m_nanoseconds, sizeof(nanoseconds));
-    return nanoseconds;
-}
-
 double Time::AsDouble() const
 {
     const std::int64_t wholeMicroseconds = Nanoseconds() / kNanosecondsPerMicrosecond;

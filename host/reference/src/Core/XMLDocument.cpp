@@ -1,7 +1,11 @@
 #include <Core/IO/XMLDocument.h>
 
 #include "Core/XMLFile.h"
+#include "Core/XMLSource.h"
 #include "Core/XMLTreeBuilder.h"
+
+#include <memory>
+#include <utility>
 
 namespace Core
 {
@@ -22,7 +26,8 @@ bool XMLDocument::Parse(const std::string& path)
         m_error = "0:0: " + unread;
         return false;
     }
-    return XMLTreeBuilder(text, recoded, m_keepText).Build(m_root, m_error);
+    const auto source = std::make_shared<XMLSource>(std::move(text));
+    return XMLTreeBuilder(source, recoded, m_keepText).Build(m_root, m_error);
 }
 
 } // namespace IO

@@ -1,5 +1,7 @@
 #include <Core/IO/XMLNode.h>
 
+#include "Core/XMLSource.h"
+
 namespace Core
 {
 namespace IO
@@ -15,13 +17,23 @@ const XMLNode* XMLNode::Child(const std::string& name) const
     return nullptr;
 }
 
+int XMLNode::Line() const
+{
+    return m_source == nullptr ? 0 : m_source->PositionOf(m_byte).first;
+}
+
+int XMLNode::Column() const
+{
+    return m_source == nullptr ? 0 : m_source->PositionOf(m_byte).second;
+}
+
 bool XMLNode::AttributePosition(const std::string& name, int& line, int& column) const
 {
-    const auto found = m_attributePositions.find(name);
-    if (found == m_attributePositions.end())
+    XMLSource::Position position;
+    if (m_source == nullptr || !m_source->FindAttribute(m_byte, name, position))
         return false;
-    line = found->second.first;
-    column = found->second.second;
+    line = position.first;
+    column = position.second;
     return true;
 }
 

@@ -24,9 +24,9 @@ bool IsSingleByte(const char* encoding)
 
 } // namespace
 
-XMLTreeBuilder::XMLTreeBuilder(const std::string& text, bool recoded, bool keepText)
-    : m_text(text), m_recoded(recoded), m_keepText(keepText),
-      m_parser(XML_ParserCreate(recoded ? "UTF-8" : nullptr)), m_scanner(text), m_open(1)
+XMLTreeBuilder::XMLTreeBuilder(const std::shared_ptr<XMLSource>& source, bool recoded, bool keepText)
+    : m_source(source), m_text(source->Text()), m_recoded(recoded), m_keepText(keepText),
+      m_parser(XML_ParserCreate(recoded ? "UTF-8" : nullptr)), m_open(1)
 {
     if (m_parser == nullptr)
         throw std::bad_alloc();
@@ -114,7 +114,7 @@ void XMLTreeBuilder::Declaration(void* builder, const XML_Char*, const XML_Char*
 {
     const auto self = static_cast<XMLTreeBuilder*>(builder);
     if (!self->m_recoded && IsSingleByte(encoding))
-        self->m_scanner.SingleByte();
+        self->m_source->SingleByte();
 }
 
 void XMLTreeBuilder::StartDoctype(void* builder, const XML_Char*, const XML_Char*, const XML_Char*, int)
@@ -125,7 +125,6 @@ void XMLTreeBuilder::StartDoctype(void* builder, const XML_Char*, const XML_Char
 
 void XMLTreeBuilder::OpenElement(const char* name, const char** attributes)
 {
-    m_scanner.MoveTo(CurrentByte());
     if (m_open.size() > static_cast<std::size_t>(XMLDocument::kMaximumDepth))
     {
         Refuse(CurrentByte(), "elements nested too deep");
@@ -133,19 +132,11 @@ void XMLTreeBuilder::OpenElement(const char* name, const char** attributes)
     }
     XMLNode node;
     node.m_name = name;
-    node.m_position = m_scanner.Here();
-    ReadAttributes(node, attributes);
-    m_open.push_back(std::move(node));
-}
-
-void XMLTreeBuilder::ReadAttributes(XMLNode& node, const char** attributes)
-{
+    node.m_source = m_source;
+    node.m_byte = CurrentByte();
     for (; *attributes != nullptr; attributes += 2)
         node.m_attributes.emplace(attributes[0], attributes[1]);
-    std::string name;
-    XMLNode::Position position;
-    while (m_scanner.NextAttribute(name, position))
-        node.m_attributePositions.emplace(name, position);
+    m_open.push_back(std::move(node));
 }
 
 void XMLTreeBuilder::CloseElement()
@@ -164,8 +155,7 @@ void XMLTreeBuilder::RefuseDoctype()
 
 void XMLTreeBuilder::Refuse(std::size_t byte, const std::string& reason)
 {
-    m_scanner.MoveTo(byte);
-    const XMLTagScanner::Position here = m_scanner.Here();
+    const XMLSource::Position here = m_source->PositionOf(byte);
     m_refusal = std::to_string(here.first) + ":" + std::to_string(here.second) + ": " + reason;
     XML_StopParser(m_parser.get(), XML_FALSE); // without effect once Expat has found a fault itself
 }

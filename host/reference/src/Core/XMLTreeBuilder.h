@@ -1,7 +1,7 @@
 #ifndef CORE_XMLTREEBUILDER_H
 #define CORE_XMLTREEBUILDER_H
 
-#include "Core/XMLTagScanner.h"
+#include "Core/XMLSource.h"
 
 #include <Core/IO/XMLNode.h>
 
@@ -21,10 +21,10 @@ namespace IO
 class XMLTreeBuilder
 {
 public:
-    /// @param text      borrowed
+    /// @param source    kept by the nodes; is told if its text is not UTF-8
     /// @param recoded   the text is UTF-8 whatever encoding it declares
     /// @param keepText  keep character data?
-    XMLTreeBuilder(const std::string& text, bool recoded, bool keepText);
+    XMLTreeBuilder(const std::shared_ptr<XMLSource>& source, bool recoded, bool keepText);
 
     /// @param root   gets the children if all went well, is untouched otherwise
     /// @param error  gets "line:column: reason" otherwise
@@ -52,14 +52,13 @@ private:
     void CloseElement();
     void RefuseDoctype();
     void Refuse(std::size_t byte, const std::string& reason);
-    void ReadAttributes(XMLNode& node, const char** attributes);
     std::size_t CurrentByte() const;
 
-    const std::string& m_text;
+    const std::shared_ptr<XMLSource> m_source;
+    const std::string& m_text; // the source's
     const bool m_recoded;
     const bool m_keepText;
     std::unique_ptr<std::remove_pointer<XML_Parser>::type, FreeParser> m_parser;
-    XMLTagScanner m_scanner;
     std::vector<XMLNode> m_open; // the node above the top element and the elements begun but not ended
     std::string m_refusal;
     std::exception_ptr m_exception; // must not pass through Expat, which is C

@@ -3,9 +3,10 @@
 
 #include <Core/Export.h>
 
+#include <cstddef>
 #include <map>
+#include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace Core
@@ -13,11 +14,14 @@ namespace Core
 namespace IO
 {
 
+class XMLSource;
+
 /// One element of a document that XMLDocument has read.
 ///
 /// Ownership: a node owns its children; references and pointers into a document last until the document
 /// parses again or goes. Positions count from 1. A column is a character, not a byte: a tab is one, so is a
-/// letter with an accent. Line ends are LF, CR LF or CR.
+/// letter with an accent. Line ends are LF, CR LF or CR. They are worked out when they are asked for, from
+/// the file's text, which the nodes of a document keep.
 class CORE_EXPORT XMLNode
 {
 public:
@@ -38,8 +42,8 @@ public:
     const std::string& Text() const { return m_text; }
 
     /// Where the element's "<" stands; 0 for the node above the top element.
-    int Line() const { return m_position.first; }
-    int Column() const { return m_position.second; }
+    int Line() const;
+    int Column() const;
 
     /// Finds where the name of an attribute starts in the file.
     /// @return false if there is no such attribute; `line` and `column` are untouched then
@@ -48,14 +52,12 @@ public:
 private:
     friend class XMLTreeBuilder;
 
-    using Position = std::pair<int, int>; // line, column
-
     std::string m_name;
     std::string m_text;
     std::vector<XMLNode> m_children;
     std::map<std::string, std::string> m_attributes;
-    std::map<std::string, Position> m_attributePositions;
-    Position m_position{0, 0};
+    std::shared_ptr<const XMLSource> m_source; // null for the node above the top element
+    std::size_t m_byte = 0;                    // of the "<" in the source
 };
 
 } // namespace IO
