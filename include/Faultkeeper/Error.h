@@ -44,6 +44,9 @@ public:
     /// Copies everything, state and links included; the copy belongs to the same database.
     CError(const CError& other);
 
+    /// Takes everything over, state and links included; `other` keeps its state and loses texts and links.
+    CError(CError&& other) noexcept;
+
     /// Copies all but three flags: the target keeps its own IncludeServiceNumber, ShouldBeep and
     /// ShouldBeepIfGuiding, and stays with its own database.
     CError& operator=(const CError& other);
@@ -86,7 +89,7 @@ public:
     /// Did a raise or clear request reach the error since the last CErrorDatabase::UpdateErrorTree()? A
     /// request counts even when it changed nothing; what follows from triggers does not count.
     bool Changed() const { return m_changed; }
-    void Changed(bool changed) { m_changed = changed; }
+    void Changed(bool changed);
 
     EErrorSeverity Severity() const { return m_severity; }
 
@@ -98,7 +101,9 @@ public:
 
     /// The errors in whose trigger sets this one stands, once for each time it does.
     const std::list<CError*>& Parents() const { return m_parents; }
-    std::list<CError*>& Parents() { return m_parents; }
+    /// For changing them. From then on the database takes the links between its errors as unsettled and looks
+    /// at them whenever it rebuilds its lists.
+    std::list<CError*>& Parents();
 
     /// Appends a copy of the set.
     void AddTriggerSet(const CTriggerSet& triggerSet);

@@ -25,6 +25,8 @@ namespace Faultkeeper
 {
 
 class CErrorDbChanged;
+class CErrorGroups;
+class CErrorTops;
 
 /// Every fault definition of the console, linked into a hierarchy, with the live state of each.
 ///
@@ -77,13 +79,15 @@ public:
     void ClearError(int problemCode, int problemType, bool silent);
 
     /// Rebuilds the four lists of tops from the present state and takes all changed marks back.
+    /// Cost: near-linear in the errors; links between them are looked at only if they have changed, and
+    /// nothing at all if no error has been touched since the last call.
     void UpdateErrorTree();
 
     /// Groups the given errors by their direct links and lists one top for each group.
     /// @param errors  in the order that decides ties; left as they are
     /// @param tops    replaced: for each group, in the order of the groups' first members, the member with
-    /// the
-    ///                largest position; among equals the one that was met first
+    ///                the largest position; among equals the one that was met first. If it is the same list
+    ///                as `errors`, it ends empty
     /// Cost: near-linear in the errors and their links.
     void UpdateErrorTree(std::list<const CError*>& errors, std::list<const CError*>& tops);
 
@@ -126,6 +130,12 @@ private:
 
     CError* FindError(int problemCode, int problemType);
 
+    // Errors tell what may change the lists of tops.
+    friend class CError;
+    void StateTouched() { m_stateTouched = true; }
+    void LinksTouched() { m_linksTouched = true; }
+    void ParentsHandedOut(const CError& error);
+
     std::vector<CError> m_errors;
     std::map<ErrorId, int> m_index; // position in m_errors; iterates in identifier order
     std::string m_directory;
@@ -139,6 +149,11 @@ private:
     std::list<const CError*> m_inactiveErrors;
     std::list<const CError*> m_changedInactiveErrors;
     std::vector<std::unique_ptr<Core::IO::XMLDocument>> m_documents; // one for each module file
+    bool m_stateTouched;                                             // since the last UpdateErrorTree
+    bool m_linksTouched;                                             // likewise
+    bool m_parentsHandedOut;                // to somebody who may change them at any time
+    std::unique_ptr<CErrorTops> m_tops;     // made when first needed
+    std::unique_ptr<CErrorGroups> m_groups; // likewise
 };
 
 } // namespace Faultkeeper

@@ -7,6 +7,8 @@
 
 #include <Core/Time.h>
 
+#include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -15,6 +17,7 @@ namespace Faultkeeper
 
 class CErrorDatabase;
 class CErrorDbViewChanged;
+class CRecordIndex;
 
 /// Which side of the shared table a view is on.
 enum EViewType : int
@@ -23,11 +26,20 @@ enum EViewType : int
     eViewOwner = 1,  ///< writes the table; one process on the machine
 };
 
+/// One raise or clear that the owner publishes together with others.
+struct SErrorChange
+{
+    int problemCode;
+    int problemType; ///< failure mode; only its lower 16 bits count
+    bool raised;     ///< true raises, false clears
+};
+
 /// One process's handle on the shared table that tells the state of every error.
 ///
 /// The owner: construct with (true, eViewOwner), LoadErrors, perhaps UpdateErrorDetails,
 /// FaultkeeperReady(true), then RaiseError and ClearError as errors change. A reader: construct with (false,
-/// eViewReader), perhaps SetCallback, then call Synchronise with its own database again and again.
+/// eViewReader), perhaps SetCallback, then call Synchronise with its own database again and again, at its own
+/// pace or whenever WaitForChange says that there is something new.
 ///
 /// Table and lock are found through the current working directory at construction, which every process that
 /// cooperates must share. Both outlive every process: the destructor detaches and removes nothing, and the
@@ -91,17 +103,37 @@ public:
     bool RaiseErrors(const std::vector<std::pair<int, int>>& ids);
     bool ClearErrors(const std::vector<std::pair<int, int>>& ids);
 
+    /// Raises and clears in the given order, each as RaiseError or ClearError would do it, with times of its
+    /// own, under one taking of the lock. Owner only, once ready.
+    /// @return false if refused or the lock was busy; nothing is changed then
+    bool ApplyChanges(const std::vector<SErrorChange>& changes);
+
     /// Puts remembered counters and times back into the records with the same identifiers; entries without a
     /// record are skipped, raised bits stay as they are. If either time lies in the future both become zero.
     /// Owner only.
     /// @return false if refused or the lock was busy
     bool UpdateErrorDetails(const std::vector<SErrorEntry>& entries);
 
+    /// Brings an owner's former state back, before readers look: raised bits, counters and both times of the
+    /// records with the same identifiers; entries without a record are skipped. The header's times become the
+    /// latest of all these. Nothing is counted and nobody is told. Owner only, and not once ready.
+    /// @return false if refused or the lock was busy
+    bool RestoreErrors(const std::vector<SErrorEntry>& entries);
+
+    /// Sleeps until the owner has published something that the present copy does not have: a change, a table
+    /// declared ready or not ready, another owner's first word. Looks at the table without its lock, so it
+    /// never stands in the owner's way. Readers only.
+    /// @param timeoutMilliseconds  0 only looks; negative waits without end
+    /// @return true if there is something for Synchronise to copy; false if there is not when the time is
+    ///         over or a signal was handled, or if refused
+    bool WaitForChange(int timeoutMilliseconds);
+
     /// Copies the table and replays what changed since the last call: silent raises and clears in `db`, a
     /// listener call for each, and at the end CErrorDatabase::SynchronisationComplete. The first call that
     /// finds the table ready replays every raised record instead, and so does the first one after it was not
     /// ready. Readers only; an owning view copies and returns 0.
     /// @return 1 if a raised record was replayed, 2 if only cleared ones were, 0 if none or if refused
+    /// Cost: while nothing changes, that of the lock and one comparison of the table.
     int Synchronise(CErrorDatabase& db);
 
     /// Takes the present copy as the starting point: the records' times as seen, the header as the snapshot.
@@ -137,7 +169,12 @@ private:
     void Fail(const char* call);
     bool RefusesOwner() const;
     bool RefusesChanges() const;
+    template <typename Change> bool ChangeTable(const Change& change);
+    SErrorEntry* FindOwned(int code, int type);
+    bool Raise(int code, int type);
+    bool Clear(int code, int type);
     bool CopyTable();
+    bool Published() const;
     int FollowReadyTable(CErrorDatabase& db);
     bool SnapshotHolds() const;
     void TakeSnapshot();
@@ -153,7 +190,10 @@ private:
     Core::Time m_lastSynchronised;
     std::vector<Core::Time> m_lastSeen;
     EViewType m_type;
-    CErrorDbViewChanged* m_listener; // not owned
+    CErrorDbViewChanged* m_listener;       // not owned
+    bool m_settled;                        // has every record of the mirror been acted on?
+    std::uint32_t m_changes;               // of the table, when its identifiers were looked at last
+    std::unique_ptr<CRecordIndex> m_index; // of the table for an owner, of the mirror for a reader
 };
 
 } // namespace Faultkeeper

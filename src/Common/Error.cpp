@@ -31,6 +31,8 @@ CError::CError(CErrorDatabase& database)
 
 CError::CError(const CError& other) = default;
 
+CError::CError(CError&& other) noexcept = default;
+
 // The flags that say how an error is announced belong to the definition in its place, not to the state that
 // is carried over: screens rely on them staying put.
 CError& CError::operator=(const CError& other)
@@ -50,19 +52,35 @@ CError& CError::operator=(const CError& other)
     m_position = other.m_position;
     m_triggerSets = other.m_triggerSets;
     m_parents = other.m_parents;
+    m_database.StateTouched();
+    m_database.LinksTouched();
     return *this;
 }
 
 CError::~CError() = default;
 
+void CError::Changed(bool changed)
+{
+    m_changed = changed;
+    m_database.StateTouched();
+}
+
+std::list<CError*>& CError::Parents()
+{
+    m_database.ParentsHandedOut(*this);
+    return m_parents;
+}
+
 void CError::AddTriggerSet(const CTriggerSet& triggerSet)
 {
     m_triggerSets.push_back(triggerSet);
+    m_database.LinksTouched();
 }
 
 void CError::AddParent(CError* parent)
 {
     m_parents.push_back(parent);
+    m_database.LinksTouched();
 }
 
 bool CError::IsParentOf(const CError* error) const
@@ -97,11 +115,13 @@ void CError::RecalculatePosition()
             position = std::min(position + trigger->m_position, kLargest);
     }
     m_position = static_cast<int>(position);
+    m_database.StateTouched();
 }
 
 void CError::Raise(bool silent)
 {
     m_active = true;
+    m_database.StateTouched();
     if (silent)
         return;
     m_database.ErrorRaised(ProblemCode(), ProblemType());
@@ -112,6 +132,7 @@ void CError::Raise(bool silent)
 void CError::Clear(bool silent)
 {
     m_active = false;
+    m_database.StateTouched();
     if (silent)
         return;
     m_database.ErrorCleared(ProblemCode(), ProblemType());

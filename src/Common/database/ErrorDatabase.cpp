@@ -2,6 +2,9 @@
 
 #include <Faultkeeper/ErrorDbChanged.h>
 
+#include "Common/database/ErrorGroups.h"
+#include "Common/database/ErrorTops.h"
+
 #include <Core/IO/XMLDocument.h>
 
 namespace Faultkeeper

@@ -3,11 +3,14 @@
 #include "Common/Numbers.h"
 #include "Common/XmlAttributes.h"
 #include "Common/database/ConfigurationRules.h"
+#include "Common/database/ErrorGroups.h"
+#include "Common/database/ErrorTops.h"
 
 #include <Core/IO/XMLDocument.h>
 #include <Core/IO/XMLNode.h>
 
 #include <string>
+#include <utility>
 
 namespace Faultkeeper
 {
@@ -61,7 +64,8 @@ const Core::IO::XMLNode* ReadErrorChildren(CError& newError, const Core::IO::XML
 } // namespace
 
 CErrorDatabase::CErrorDatabase(const std::string& directory)
-    : m_directory(directory), m_reserved(false), m_loaded(false), m_callback(nullptr)
+    : m_directory(directory), m_reserved(false), m_loaded(false), m_callback(nullptr), m_stateTouched(true),
+      m_linksTouched(true), m_parentsHandedOut(false)
 {
     Core::IO::XMLDocument document(false);
     document.Parse(m_directory + "FaultkeeperConfig.xml"); // a failed parse leaves nothing to be found below
@@ -138,9 +142,9 @@ void CErrorDatabase::LoadError(EModuleIdentifier moduleId, ESubModuleIdentifier 
     Require(!newError.ShortProblemText().empty(), kErrorHasShortProblemText);
 
     const int position = static_cast<int>(m_errors.size());
-    m_errors.push_back(newError);
     m_index[ErrorId(newError.ProblemCode(), problemType)] =
         position; // of two definitions the later one is found
+    m_errors.push_back(std::move(newError));
     if (triggerSets != nullptr)
         m_pendingTriggerSets.emplace_back(position, triggerSets);
 }

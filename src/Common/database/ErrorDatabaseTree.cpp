@@ -1,36 +1,53 @@
 #include <Faultkeeper/ErrorDatabase.h>
 
-#include "Common/database/ErrorGrouping.h"
+#include "Common/database/ErrorGroups.h"
+#include "Common/database/ErrorTops.h"
 
+#include <functional>
 #include <list>
+#include <memory>
 
 namespace Faultkeeper
 {
 
 void CErrorDatabase::UpdateErrorTree()
 {
-    std::list<const CError*> active;
-    std::list<const CError*> changedActive;
-    std::list<const CError*> inactive;
-    std::list<const CError*> changedInactive;
-    for (const auto& entry : m_index)
+    if (!m_stateTouched && !m_linksTouched && !m_parentsHandedOut)
     {
-        CError& error = m_errors[static_cast<std::size_t>(entry.second)];
-        (error.Active() ? active : inactive).push_back(&error);
-        if (error.Changed())
-            (error.Active() ? changedActive : changedInactive).push_back(&error);
-        error.Changed(false);
+        m_changedActiveErrors.clear(); // the marks were taken back by the call before
+        m_changedInactiveErrors.clear();
+        return;
     }
-    UpdateErrorTree(active, m_activeErrors);
-    UpdateErrorTree(changedActive, m_changedActiveErrors);
-    UpdateErrorTree(inactive, m_inactiveErrors);
-    UpdateErrorTree(changedInactive, m_changedInactiveErrors);
+    if (m_tops == nullptr)
+        m_tops = std::make_unique<CErrorTops>(m_errors, m_index);
+    if (m_linksTouched || m_parentsHandedOut)
+        m_tops->LinksChanged();
+    m_tops->Take();
+    m_tops->Group(true, false, m_activeErrors);
+    m_tops->Group(true, true, m_changedActiveErrors);
+    m_tops->Group(false, false, m_inactiveErrors);
+    m_tops->Group(false, true, m_changedInactiveErrors);
+    m_tops->TakeBackMarks();
+    m_stateTouched = false; // last: a call that ran out of memory is made up for by the next one
+    m_linksTouched = false;
 }
 
 void CErrorDatabase::UpdateErrorTree(std::list<const CError*>& errors, std::list<const CError*>& tops)
 {
-    tops.clear();
-    CErrorGrouping(errors).FindTops(tops);
+    if (&errors == &tops)
+        return tops.clear(); // the list of tops is emptied first, and then there is nothing to group
+    if (m_groups == nullptr)
+        m_groups = std::make_unique<CErrorGroups>(m_errors);
+    m_groups->Group(errors, tops);
+}
+
+/// Who has a list of parents in hand may change it at any time from now on.
+void CErrorDatabase::ParentsHandedOut(const CError& error)
+{
+    const std::less<const CError*> before; // copies of errors lie elsewhere
+    const CError* const first = m_errors.data();
+    m_parentsHandedOut =
+        m_parentsHandedOut || (!before(&error, first) && before(&error, first + m_errors.size()));
 }
 
 void CErrorDatabase::SynchronisationComplete()

@@ -1,102 +1,87 @@
 #include "Common/database/ErrorGrouping.h"
 
-#include <Faultkeeper/Error.h>
-
 #include <algorithm>
 
 namespace Faultkeeper
 {
 
-CErrorGrouping::CErrorGrouping(const std::list<const CError*>& errors)
-    : m_errors(errors.begin(), errors.end()), m_visited(m_errors.size(), 0)
+void CErrorGrouping::FindTops(std::vector<char>& waits, Errors& tops)
 {
-    m_related.reserve(m_errors.size());
-    for (const CError* error : m_errors)
-        m_related[error]; // links are kept for listed errors only
-    CollectLinks();
+    tops.clear();
+    for (auto first = std::find(waits.begin(), waits.end(), 1); first != waits.end();
+         first = std::find(first, waits.end(), 1))
+        tops.push_back(TopOfGroup(waits, static_cast<Place>(first - waits.begin())));
 }
 
-void CErrorGrouping::FindTops(std::list<const CError*>& tops)
+const CError* CErrorGrouping::TopOfGroup(std::vector<char>& waits, Place first)
 {
-    for (std::size_t place = 0; place < m_errors.size(); ++place)
+    const CError* top = m_errors[first];
+    waits[first] = 0;
+    m_pass.assign(1, first);
+    while (!m_pass.empty())
     {
-        if (!m_visited[place])
-            tops.push_back(TopOfGroup(place));
+        JoinPass(waits);
+        top = BetterTop(top);
+        StartNextPass(waits);
     }
+    return top;
 }
 
-void CErrorGrouping::CollectLinks()
+/// Lets everything join that joins in the same pass as its first members.
+void CErrorGrouping::JoinPass(std::vector<char>& waits)
 {
-    for (std::size_t place = 0; place < m_errors.size(); ++place)
+    for (std::size_t i = 0; i < m_pass.size(); ++i)
     {
-        for (const CTriggerSet& set : m_errors[place]->TriggerSets())
+        const Place member = m_pass[i];
+        for (const Place place : RelatedTo(member))
         {
-            for (const CError* trigger : set.Triggers())
-                AddLink(trigger, place);
-        }
-        for (const CError* parent : m_errors[place]->Parents())
-            AddLink(parent, place);
-    }
-}
-
-void CErrorGrouping::AddLink(const CError* target, std::size_t place)
-{
-    const auto found = m_related.find(target);
-    if (found != m_related.end())
-        found->second.push_back(place);
-}
-
-const CError* CErrorGrouping::TopOfGroup(std::size_t first)
-{
-    Places pass(1, first);
-    Places next;
-    m_visited[first] = 1;
-    m_top = first;
-    while (!pass.empty())
-    {
-        JoinPass(pass, next);
-        // Of equals within a pass the earlier in the list was met first.
-        std::sort(pass.begin(), pass.end());
-        for (const std::size_t member : pass)
-            ChooseTop(member);
-        pass.clear();
-        for (const std::size_t place : next)
-        {
-            if (!m_visited[place])
-                pass.push_back(place);
-            m_visited[place] = 1;
-        }
-        next.clear();
-    }
-    return m_errors[m_top];
-}
-
-/// Lets everything join that joins in the same pass as the given members; what joins in the next pass goes to
-/// `next`.
-void CErrorGrouping::JoinPass(Places& pass, Places& next)
-{
-    for (std::size_t i = 0; i < pass.size(); ++i)
-    {
-        const std::size_t member = pass[i];
-        for (const std::size_t place : m_related[m_errors[member]])
-        {
-            if (m_visited[place])
+            if (waits[place] == 0)
                 continue;
             if (place < member)
             {
-                next.push_back(place);
+                m_next.push_back(place);
                 continue;
             }
-            m_visited[place] = 1;
-            pass.push_back(place);
+            waits[place] = 0;
+            m_pass.push_back(place);
         }
     }
 }
 
-void CErrorGrouping::ChooseTop(std::size_t candidate)
+void CErrorGrouping::StartNextPass(std::vector<char>& waits)
 {
-    if (m_errors[candidate]->Position() > m_errors[m_top]->Position())
-        m_top = candidate;
+    m_pass.clear();
+    for (const Place place : m_next)
+    {
+        if (waits[place] != 0)
+            m_pass.push_back(place);
+        waits[place] = 0;
+    }
+    m_next.clear();
+}
+
+/// The member of this pass that takes the top's place, or the top. Of equals within a pass the earlier in the
+/// list was met first.
+const CError* CErrorGrouping::BetterTop(const CError* top) const
+{
+    int largest = top->Position();
+    Place best = CErrorLinks::kNowhere;
+    for (const Place member : m_pass)
+    {
+        const int position = m_errors[member]->Position();
+        const bool earlierOfEquals = position == largest && best != CErrorLinks::kNowhere && member < best;
+        if (position > largest || earlierOfEquals)
+        {
+            largest = position;
+            best = member;
+        }
+    }
+    return best == CErrorLinks::kNowhere ? top : m_errors[best];
+}
+
+CErrorLinks::SRange CErrorGrouping::RelatedTo(Place place) const
+{
+    return m_links.RelatedTo(m_firstPlaces == nullptr ? place : (*m_firstPlaces)[place]);
 }
 
 } // namespace Faultkeeper

@@ -1,15 +1,12 @@
 #ifndef FAULTKEEPER_COMMON_DATABASE_ERRORGROUPING_H
 #define FAULTKEEPER_COMMON_DATABASE_ERRORGROUPING_H
 
-#include <cstddef>
-#include <list>
-#include <unordered_map>
+#include "Common/database/ErrorLinks.h"
+
 #include <vector>
 
 namespace Faultkeeper
 {
-
-class CError;
 
 /// Finds the groups of errors that are linked directly to each other, and the top of each.
 ///
@@ -21,31 +18,41 @@ class CError;
 /// earlier in the list.
 ///
 /// Nothing is compared pass after pass: an error joins in the pass of the member it is related to if it
-/// stands behind that member, otherwise in the next one, and the earliest pass wins. Cost: near-linear in
-/// errors and links.
+/// stands behind that member, otherwise in the next one, and the earliest pass wins. Cost: linear in errors
+/// and links; what has been allocated is used again.
 class CErrorGrouping
 {
 public:
-    /// @param errors  borrowed; one listed twice is two errors that are related to the same others
-    explicit CErrorGrouping(const std::list<const CError*>& errors);
+    typedef CErrorLinks::Place Place;
+    typedef std::vector<const CError*> Errors;
 
-    /// Appends one top for each group, in the order of the groups' first members.
-    void FindTops(std::list<const CError*>& tops);
+    /// @param errors  borrowed; by place, in the order that decides ties
+    /// @param links   borrowed; between these places
+    CErrorGrouping(const Errors& errors, const CErrorLinks& links) : m_errors(errors), m_links(links) {}
+
+    /// The one place where the links of an error are that stands at several.
+    /// @param firstPlaces  borrowed; by place
+    void Repeated(const std::vector<Place>& firstPlaces) { m_firstPlaces = &firstPlaces; }
+
+    /// Groups those errors that wait.
+    /// @param waits  by place, 1 or 0; all 0 afterwards
+    /// @param tops   replaced: one for each group, in the order of the groups' first members
+    void FindTops(std::vector<char>& waits, Errors& tops);
 
 private:
-    typedef std::vector<std::size_t> Places;
+    typedef std::vector<Place> Places;
 
-    void CollectLinks();
-    void AddLink(const CError* target, std::size_t place);
-    const CError* TopOfGroup(std::size_t first);
-    void JoinPass(Places& pass, Places& next);
-    void ChooseTop(std::size_t candidate);
+    const CError* TopOfGroup(std::vector<char>& waits, Place first);
+    void JoinPass(std::vector<char>& waits);
+    void StartNextPass(std::vector<char>& waits);
+    const CError* BetterTop(const CError* top) const;
+    CErrorLinks::SRange RelatedTo(Place place) const;
 
-    std::vector<const CError*> m_errors;
-    std::unordered_map<const CError*, Places>
-        m_related;               // by member: places of the errors whose lists hold it
-    std::vector<char> m_visited; // by place
-    std::size_t m_top = 0;
+    const Errors& m_errors;
+    const CErrorLinks& m_links;
+    const std::vector<Place>* m_firstPlaces = nullptr; // null: no error stands at several places
+    Places m_pass;                                     // that have joined in this pass
+    Places m_next;                                     // that join in the next one, unless they join before
 };
 
 } // namespace Faultkeeper

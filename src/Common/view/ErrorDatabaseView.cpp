@@ -2,9 +2,11 @@
 
 #include <Faultkeeper/ErrorDbViewChanged.h>
 
+#include "Common/view/RecordIndex.h"
 #include "Common/view/SystemVIpc.h"
 #include "Common/view/TableLock.h"
 #include "Common/view/TableRecords.h"
+#include "Common/view/TableSignal.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -22,7 +24,7 @@ CErrorDbViewChanged::~CErrorDbViewChanged() = default;
 
 CErrorDatabaseView::CErrorDatabaseView(bool create, EViewType type)
     : m_failed(false), m_readySeen(false), m_table(nullptr), m_segmentId(-1), m_semaphoreId(-1), m_type(type),
-      m_listener(nullptr)
+      m_listener(nullptr), m_settled(false), m_changes(0), m_index(std::make_unique<CRecordIndex>())
 {
     Attach(create);
 }
@@ -47,6 +49,7 @@ void CErrorDatabaseView::Attach(bool create)
         std::memset(static_cast<void*>(m_table), 0, sizeof *m_table);
         ReleaseLock(); // the semaphore starts at 0: this makes the lock available as long as this process
                        // lives
+        TableSignal::Wake(*m_table); // whoever waits for the owner before this one
     }
 }
 

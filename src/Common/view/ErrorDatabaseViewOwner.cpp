@@ -2,8 +2,10 @@
 
 #include <Faultkeeper/ErrorDatabase.h>
 
+#include "Common/view/RecordIndex.h"
 #include "Common/view/TableLock.h"
 #include "Common/view/TableRecords.h"
+#include "Common/view/TableSignal.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -21,7 +23,7 @@ void RaiseRecord(SStatusHeader& header, SErrorEntry& record, const Core::Time& r
     ++record.counter2;
     record.raisedTime = raised;
     record.flags = static_cast<std::uint16_t>(record.flags | kRaisedFlag);
-    header.lastRaiseTime = reading;
+    SetLastRaiseTime(header, reading);
 }
 
 /// Clears a record that is raised.
@@ -32,13 +34,6 @@ void ClearRecord(SStatusHeader& header, SErrorEntry& record, const Core::Time& r
     header.lastClearTime = reading;
 }
 
-/// The record with this identifier if its raised bit is as given, otherwise null.
-SErrorEntry* FindInState(SStatusTable& table, int code, int type, bool raised)
-{
-    const int position = FindRecord(table, code, type);
-    return position < 0 || Raised(table.records[position]) != raised ? nullptr : &table.records[position];
-}
-
 void RestoreDetails(SErrorEntry& record, const SErrorEntry& remembered, const Core::Time& now)
 {
     record.counter1 = remembered.counter1;
@@ -46,6 +41,19 @@ void RestoreDetails(SErrorEntry& record, const SErrorEntry& remembered, const Co
     const bool future = remembered.raisedTime > now || remembered.clearedTime > now;
     record.raisedTime = future ? Core::Time(0) : remembered.raisedTime;
     record.clearedTime = future ? Core::Time(0) : remembered.clearedTime;
+}
+
+/// Takes the whole former state of the record.
+void RestoreState(SStatusHeader& header, SErrorEntry& record, const SErrorEntry& remembered)
+{
+    record.flags =
+        static_cast<std::uint16_t>((record.flags & ~kRaisedFlag) | (remembered.flags & kRaisedFlag));
+    record.counter1 = remembered.counter1;
+    record.counter2 = remembered.counter2;
+    record.raisedTime = remembered.raisedTime;
+    record.clearedTime = remembered.clearedTime;
+    SetLastRaiseTime(header, std::max(header.lastRaiseTime, record.raisedTime));
+    header.lastClearTime = std::max(header.lastClearTime, record.clearedTime);
 }
 
 void TellLeftOut(std::size_t errors)
@@ -66,16 +74,37 @@ bool CErrorDatabaseView::RefusesChanges() const
     return RefusesOwner() || !m_readySeen;
 }
 
+/// Does something with the table under its lock, and tells who waits.
+/// @param change  called with the table; true if it has changed anything
+/// @return false if the lock was busy
+template <typename Change> bool CErrorDatabaseView::ChangeTable(const Change& change)
+{
+    bool changed = false;
+    {
+        const CTableLock lock(*this);
+        if (!lock.Held())
+            return false;
+        if (TableSignal::Changes(*m_table) != m_changes)
+            m_index->MayDiffer(); // another process has had the table
+        changed = change(*m_table);
+        if (changed)
+            TableSignal::Count(*m_table);
+        m_changes = TableSignal::Changes(*m_table);
+    }
+    if (changed)
+        TableSignal::Wake(*m_table);
+    return true;
+}
+
 bool CErrorDatabaseView::FaultkeeperReady(bool ready)
 {
-    if (RefusesOwner())
-        return false;
-    const CTableLock lock(*this);
-    if (!lock.Held())
-        return false;
-    m_readySeen = ready;
-    m_table->header.ready = ready ? 1 : 0;
-    return true;
+    return !RefusesOwner() && ChangeTable(
+                                  [this, ready](SStatusTable& table)
+                                  {
+                                      m_readySeen = ready;
+                                      table.header.ready = ready ? 1 : 0;
+                                      return true;
+                                  });
 }
 
 bool CErrorDatabaseView::LoadErrors(const CErrorDatabase& db)
@@ -83,95 +112,154 @@ bool CErrorDatabaseView::LoadErrors(const CErrorDatabase& db)
     if (RefusesOwner())
         return false;
     const std::vector<CError>& errors = db.GetErrorList();
-    {
-        const CTableLock lock(*this);
-        if (!lock.Held())
-            return false;
-        const std::size_t count = std::min(errors.size(), static_cast<std::size_t>(kStatusTableCapacity));
-        m_table->header.count = static_cast<std::int32_t>(count);
-        for (std::size_t i = 0; i < count; ++i)
+    const std::size_t count = std::min(errors.size(), static_cast<std::size_t>(kStatusTableCapacity));
+    const bool loaded = ChangeTable(
+        [this, &errors, count](SStatusTable& table)
         {
-            m_table->records[i].problemCode = errors[i].ProblemCode();
-            m_table->records[i].problemType = static_cast<std::int16_t>(errors[i].ProblemType());
-        }
-    }
-    TellLeftOut(errors.size());
+            table.header.count = static_cast<std::int32_t>(count);
+            for (std::size_t i = 0; i < count; ++i)
+            {
+                table.records[i].problemCode = errors[i].ProblemCode();
+                table.records[i].problemType = static_cast<std::int16_t>(errors[i].ProblemType());
+            }
+            m_index->MayDiffer();
+            return true;
+        });
+    if (loaded)
+        TellLeftOut(errors.size());
+    return loaded;
+}
+
+/// The table's record with this identifier, or null. Under the lock.
+SErrorEntry* CErrorDatabaseView::FindOwned(int code, int type)
+{
+    const int indexed = m_index->Find(*m_table, code, type);
+    // Somebody may have written identifiers without counting a change: a walk finds what is there.
+    const int position = indexed >= 0 ? indexed : FindRecord(*m_table, code, type);
+    return position < 0 ? nullptr : &m_table->records[position];
+}
+
+/// @return whether anything was changed; likewise below
+bool CErrorDatabaseView::Raise(int code, int type)
+{
+    const Core::Time reading = Core::Time::Now();
+    SErrorEntry* const record = FindOwned(code, type);
+    if (record == nullptr || Raised(*record))
+        return false;
+    RaiseRecord(m_table->header, *record, Core::Time::Now(), reading);
+    return true;
+}
+
+bool CErrorDatabaseView::Clear(int code, int type)
+{
+    const Core::Time reading = Core::Time::Now();
+    SErrorEntry* const record = FindOwned(code, type);
+    if (record == nullptr || !Raised(*record))
+        return false;
+    ClearRecord(m_table->header, *record, reading);
     return true;
 }
 
 bool CErrorDatabaseView::RaiseError(int code, int type)
 {
-    if (RefusesChanges())
-        return false;
-    const CTableLock lock(*this);
-    if (!lock.Held())
-        return false;
-    const Core::Time reading = Core::Time::Now();
-    if (SErrorEntry* const record = FindInState(*m_table, code, type, false))
-        RaiseRecord(m_table->header, *record, Core::Time::Now(), reading);
-    return true;
+    return !RefusesChanges() && ChangeTable([this, code, type](SStatusTable&) { return Raise(code, type); });
 }
 
 bool CErrorDatabaseView::ClearError(int code, int type)
 {
-    if (RefusesChanges())
-        return false;
-    const CTableLock lock(*this);
-    if (!lock.Held())
-        return false;
-    const Core::Time reading = Core::Time::Now();
-    if (SErrorEntry* const record = FindInState(*m_table, code, type, true))
-        ClearRecord(m_table->header, *record, reading);
-    return true;
+    return !RefusesChanges() && ChangeTable([this, code, type](SStatusTable&) { return Clear(code, type); });
 }
 
 bool CErrorDatabaseView::RaiseErrors(const std::vector<std::pair<int, int>>& ids)
 {
-    if (RefusesChanges())
-        return false;
-    const CTableLock lock(*this);
-    if (!lock.Held())
-        return false;
-    const Core::Time reading = Core::Time::Now();
-    for (const auto& id : ids)
-    {
-        if (SErrorEntry* const record = FindInState(*m_table, id.first, id.second, false))
-            RaiseRecord(m_table->header, *record, reading, reading);
-    }
-    return true;
+    return !RefusesChanges() && ChangeTable(
+                                    [this, &ids](SStatusTable& table)
+                                    {
+                                        const Core::Time reading = Core::Time::Now();
+                                        bool changed = false;
+                                        for (const auto& id : ids)
+                                        {
+                                            SErrorEntry* const record = FindOwned(id.first, id.second);
+                                            if (record == nullptr || Raised(*record))
+                                                continue;
+                                            RaiseRecord(table.header, *record, reading, reading);
+                                            changed = true;
+                                        }
+                                        return changed;
+                                    });
 }
 
 bool CErrorDatabaseView::ClearErrors(const std::vector<std::pair<int, int>>& ids)
 {
-    if (RefusesChanges())
-        return false;
-    const CTableLock lock(*this);
-    if (!lock.Held())
-        return false;
-    const Core::Time reading = Core::Time::Now();
-    for (const auto& id : ids)
-    {
-        if (SErrorEntry* const record = FindInState(*m_table, id.first, id.second, true))
-            ClearRecord(m_table->header, *record, reading);
-    }
-    return true;
+    return !RefusesChanges() && ChangeTable(
+                                    [this, &ids](SStatusTable& table)
+                                    {
+                                        const Core::Time reading = Core::Time::Now();
+                                        bool changed = false;
+                                        for (const auto& id : ids)
+                                        {
+                                            SErrorEntry* const record = FindOwned(id.first, id.second);
+                                            if (record == nullptr || !Raised(*record))
+                                                continue;
+                                            ClearRecord(table.header, *record, reading);
+                                            changed = true;
+                                        }
+                                        return changed;
+                                    });
+}
+
+bool CErrorDatabaseView::ApplyChanges(const std::vector<SErrorChange>& changes)
+{
+    return !RefusesChanges() &&
+           ChangeTable(
+               [this, &changes](SStatusTable&)
+               {
+                   bool changed = false;
+                   for (const SErrorChange& change : changes)
+                       changed = (change.raised ? Raise(change.problemCode, change.problemType)
+                                                : Clear(change.problemCode, change.problemType)) ||
+                                 changed;
+                   return changed;
+               });
 }
 
 bool CErrorDatabaseView::UpdateErrorDetails(const std::vector<SErrorEntry>& entries)
 {
-    if (RefusesOwner())
-        return false;
-    const CTableLock lock(*this);
-    if (!lock.Held())
-        return false;
-    const Core::Time now = Core::Time::Now();
-    for (const SErrorEntry& entry : entries)
-    {
-        const int position = FindRecord(*m_table, entry.problemCode, entry.problemType);
-        if (position >= 0)
-            RestoreDetails(m_table->records[position], entry, now);
-    }
-    return true;
+    return !RefusesOwner() && ChangeTable(
+                                  [this, &entries](SStatusTable&)
+                                  {
+                                      const Core::Time now = Core::Time::Now();
+                                      bool changed = false;
+                                      for (const SErrorEntry& entry : entries)
+                                      {
+                                          SErrorEntry* const record =
+                                              FindOwned(entry.problemCode, entry.problemType);
+                                          if (record == nullptr)
+                                              continue;
+                                          RestoreDetails(*record, entry, now);
+                                          changed = true;
+                                      }
+                                      return changed;
+                                  });
+}
+
+bool CErrorDatabaseView::RestoreErrors(const std::vector<SErrorEntry>& entries)
+{
+    return !RefusesOwner() && !m_readySeen &&
+           ChangeTable(
+               [this, &entries](SStatusTable& table)
+               {
+                   bool changed = false;
+                   for (const SErrorEntry& entry : entries)
+                   {
+                       SErrorEntry* const record = FindOwned(entry.problemCode, entry.problemType);
+                       if (record == nullptr)
+                           continue;
+                       RestoreState(table.header, *record, entry);
+                       changed = true;
+                   }
+                   return changed;
+               });
 }
 
 } // namespace Faultkeeper

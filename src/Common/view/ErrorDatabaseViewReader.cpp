@@ -3,9 +3,14 @@
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/ErrorDbViewChanged.h>
 
+#include "Common/view/RecordIndex.h"
 #include "Common/view/TableLock.h"
 #include "Common/view/TableRecords.h"
+#include "Common/view/TableSignal.h"
 
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
 #include <cstring>
 #include <ctime>
 
@@ -15,9 +20,14 @@ namespace Faultkeeper
 bool CErrorDatabaseView::CopyTable()
 {
     const CTableLock lock(*this);
-    if (lock.Held())
-        std::memcpy(&m_mirror, m_table, sizeof m_mirror);
-    return lock.Held();
+    if (!lock.Held())
+        return false;
+    if (m_settled && std::memcmp(&m_mirror, m_table, sizeof m_mirror) == 0)
+        return true;
+    std::memcpy(&m_mirror, m_table, sizeof m_mirror);
+    m_settled = false;
+    m_index->MayDiffer();
+    return true;
 }
 
 int CErrorDatabaseView::Synchronise(CErrorDatabase& db)
@@ -36,8 +46,9 @@ int CErrorDatabaseView::FollowReadyTable(CErrorDatabase& db)
     const bool first = !m_readySeen;
     if (first)
         TakeSnapshot();
-    // The snapshot is that of the first ready copy, so this short cut ends with the table's first change.
-    if (m_type != eViewReader || (!first && SnapshotHolds()))
+    // The snapshot is that of the first ready copy, so the second short cut ends with the table's first
+    // change.
+    if (m_type != eViewReader || (!first && (m_settled || SnapshotHolds())))
         return 0;
     const int result = UpdateErrorStatus(db, first);
     if (result != 0)
@@ -83,6 +94,7 @@ int CErrorDatabaseView::UpdateErrorStatus(CErrorDatabase& db, bool all)
         result = handled == 1 || result == 0 ? handled : result;
         lastSeen = ChangeTime(record);
     }
+    m_settled = true;
     return result;
 }
 
@@ -112,7 +124,37 @@ void CErrorDatabaseView::RetrieveErrorDetails(int code, int type, SErrorEntry& o
 
 int CErrorDatabaseView::RetrieveErrorIndex(int code, int type) const
 {
-    return m_failed || m_type != eViewReader ? -1 : FindRecord(m_mirror, code, type);
+    return m_failed || m_type != eViewReader ? -1 : m_index->Find(m_mirror, code, type);
+}
+
+bool CErrorDatabaseView::WaitForChange(int timeoutMilliseconds)
+{
+    using std::chrono::milliseconds;
+    using Clock = std::chrono::steady_clock;
+    if (m_failed || m_type != eViewReader)
+        return false;
+    const Clock::time_point end = Clock::now() + milliseconds(timeoutMilliseconds);
+    const std::uint32_t known = TableSignal::Changes(m_mirror);
+    bool sleeping = true;
+    while (sleeping && !Published())
+    {
+        const auto left = std::chrono::ceil<milliseconds>(end - Clock::now()).count();
+        const int timeout = timeoutMilliseconds < 0 ? -1 : static_cast<int>(std::max<std::int64_t>(left, 0));
+        sleeping = timeout != 0 && TableSignal::Sleep(*m_table, known, timeout);
+    }
+    return Published();
+}
+
+/// Is the table's header another one than that of the mirror? Not only the count of changes is compared: a
+/// new owner counts from zero and might have come as far as the one before.
+bool CErrorDatabaseView::Published() const
+{
+    std::uint32_t table[sizeof(SStatusHeader) / sizeof(std::uint32_t)];
+    std::uint32_t mirror[sizeof(SStatusHeader) / sizeof(std::uint32_t)];
+    for (std::size_t word = 0; word < sizeof table / sizeof *table; ++word)
+        table[word] = reinterpret_cast<const volatile std::uint32_t*>(&m_table->header)[word];
+    std::memcpy(mirror, &m_mirror.header, sizeof mirror);
+    return std::memcmp(table, mirror, sizeof table) != 0;
 }
 
 } // namespace Faultkeeper

@@ -1,6 +1,8 @@
 #include "Common/view/TableRecords.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 
 namespace Faultkeeper
 {
@@ -27,6 +29,13 @@ int FindRecord(const SStatusTable& table, int code, int type)
 Core::Time ChangeTime(const SErrorEntry& record)
 {
     return record.raisedTime < record.clearedTime ? record.clearedTime : record.raisedTime;
+}
+
+void SetLastRaiseTime(SStatusHeader& header, const Core::Time& time)
+{
+    constexpr std::size_t kTypeWordBytes = 4;
+    std::memcpy(reinterpret_cast<unsigned char*>(&header.lastRaiseTime) + kTypeWordBytes,
+                reinterpret_cast<const unsigned char*>(&time) + kTypeWordBytes, sizeof time - kTypeWordBytes);
 }
 
 } // namespace Faultkeeper

@@ -16,6 +16,9 @@ int FindRecord(const SStatusTable& table, int code, int type);
 /// When the record last changed: its clear if that is later than its raise, otherwise its raise.
 Core::Time ChangeTime(const SErrorEntry& record);
 
+/// Sets the header's last raise time but for the type word, which counts the table's changes.
+void SetLastRaiseTime(SStatusHeader& header, const Core::Time& time);
+
 inline bool Raised(const SErrorEntry& record)
 {
     return (record.flags & kRaisedFlag) != 0;

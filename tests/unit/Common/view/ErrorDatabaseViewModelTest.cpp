@@ -39,6 +39,12 @@ Core::Time ChangeTime(const SErrorEntry& record)
     return record.raisedTime < record.clearedTime ? record.clearedTime : record.raisedTime;
 }
 
+/// Counts the table's changes.
+std::uint32_t& Changes(SStatusTable& table)
+{
+    return *reinterpret_cast<std::uint32_t*>(&table.header.lastRaiseTime);
+}
+
 /// What a reading view does, without any view.
 class ReaderModel
 {
@@ -152,6 +158,7 @@ protected:
 
     void Step()
     {
+        m_changed = false;
         switch (Below(9))
         {
         case 0:
@@ -176,6 +183,7 @@ protected:
             SynchroniseReader();
             break;
         }
+        Changes(*m_model) += m_changed ? 1 : 0;
         ASSERT_EQ(std::memcmp(m_model.get(), m_directory.Table(), kStatusTableBytes), 0) << "the table";
     }
 
@@ -191,7 +199,16 @@ protected:
         ASSERT_LT(Header().lastRaiseTime, actual.raisedTime);
         ASSERT_LT(actual.raisedTime, Core::Time::Now());
         MarkRaised(*record, actual.raisedTime);
+        NoteRaise();
+    }
+
+    /// Takes the header's time over, but not its count of changes.
+    void NoteRaise()
+    {
+        const std::uint32_t changes = Changes(*m_model);
         m_model->header.lastRaiseTime = Header().lastRaiseTime;
+        Changes(*m_model) = changes;
+        m_changed = true;
     }
 
     static void MarkRaised(SErrorEntry& record, const Core::Time& time)
@@ -212,8 +229,8 @@ protected:
             if (!m_ready || record == nullptr || Raised(*record))
                 continue;
             ASSERT_LT(before, Header().lastRaiseTime);
-            m_model->header.lastRaiseTime = Header().lastRaiseTime;
-            MarkRaised(*record, Header().lastRaiseTime);
+            NoteRaise();
+            MarkRaised(*record, Core::Time::FromNanoseconds(Header().lastRaiseTime.Nanoseconds()));
         }
     }
 
@@ -229,6 +246,7 @@ protected:
             ASSERT_LT(before, Header().lastClearTime);
             m_model->header.lastClearTime = record->clearedTime = Header().lastClearTime;
             record->flags = 0;
+            m_changed = true;
         }
     }
 
@@ -247,6 +265,7 @@ protected:
                 record->counter2 = entry.counter2;
                 record->raisedTime = future ? Core::Time(0) : entry.raisedTime;
                 record->clearedTime = future ? Core::Time(0) : entry.clearedTime;
+                m_changed = true;
             }
     }
 
@@ -275,6 +294,7 @@ protected:
     {
         ASSERT_TRUE(m_owner.FaultkeeperReady(ready));
         m_ready = ready;
+        m_changed = true;
         m_model->header.ready = ready ? 1 : 0;
     }
 
@@ -311,6 +331,7 @@ protected:
     std::mt19937 m_random;
     std::unique_ptr<SStatusTable> m_model = std::make_unique<SStatusTable>();
     bool m_ready = true;
+    bool m_changed = false; // in this step
     ReaderModel m_readerModel;
     std::set<TErrorId> m_active;
     std::size_t m_listedTops = 0;

@@ -1,0 +1,59 @@
+#ifndef FAULTKEEPER_COMMON_DATABASE_ERRORTOPS_H
+#define FAULTKEEPER_COMMON_DATABASE_ERRORTOPS_H
+
+#include "Common/database/ErrorGrouping.h"
+#include "Common/database/ErrorLinks.h"
+
+#include <list>
+#include <map>
+#include <utility>
+#include <vector>
+
+namespace Faultkeeper
+{
+
+/// Groups the errors that a database finds by identifier, active and inactive ones apart. The links between
+/// them are collected once and used until they change.
+///
+/// Ownership: errors and index are borrowed. Threads: one at a time.
+class CErrorTops
+{
+public:
+    typedef std::map<std::pair<int, int>, int> Index; // position of each error in the list, by identifier
+
+    /// @param errors  at their final addresses
+    CErrorTops(std::vector<CError>& errors, const Index& index);
+
+    /// Has the links collected anew before the next grouping.
+    void LinksChanged() { m_linksKnown = false; }
+
+    /// Looks at the errors' present state. Comes before Group.
+    void Take();
+
+    /// @param active       group the active errors, or the others?
+    /// @param changedOnly  only those with a changed mark
+    /// @param tops         replaced
+    void Group(bool active, bool changedOnly, std::list<const CError*>& tops);
+
+    /// Takes back the changed marks that Take has found.
+    void TakeBackMarks();
+
+private:
+    typedef CErrorLinks::Place Place;
+
+    void CollectLinks();
+
+    std::vector<CError>& m_errors;
+    std::vector<Place> m_places;     // by where the error stands in m_errors; kNowhere if it is not indexed
+    CErrorGrouping::Errors m_listed; // in identifier order
+    CErrorLinks m_links;
+    bool m_linksKnown = false;
+    CErrorGrouping m_grouping;
+    std::vector<char> m_states; // by place: bits for active and changed
+    std::vector<char> m_waits;
+    CErrorGrouping::Errors m_tops;
+};
+
+} // namespace Faultkeeper
+
+#endif

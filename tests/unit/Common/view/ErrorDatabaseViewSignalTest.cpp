@@ -1,0 +1,222 @@
+#include "support/CapturedOutput.h"
+#include "unit/Common/view/ReaderFixture.h"
+
+#include <atomic>
+#include <csignal>
+#include <functional>
+#include <thread>
+#include <unistd.h>
+
+using namespace Faultkeeper;
+using NumberedErrors::Code;
+using NumberedErrors::Id;
+using NumberedErrors::Type;
+
+// Displays sleep until the owner has published something.
+
+namespace
+{
+
+constexpr int kLongMilliseconds = 30000; // much longer than anything here takes
+
+class ErrorDatabaseViewSignalTest : public ReaderFixture
+{
+protected:
+    std::uint32_t Changes() { return *reinterpret_cast<std::uint32_t*>(&Header().lastRaiseTime); }
+
+    /// How often the table was counted on by `action`.
+    std::uint32_t CountedBy(const std::function<void()>& action)
+    {
+        const std::uint32_t before = Changes();
+        action();
+        return Changes() - before;
+    }
+
+    /// The lock may be busy while a display copies.
+    static void Until(const std::function<bool()>& done)
+    {
+        while (!done())
+            std::this_thread::yield();
+    }
+
+    SErrorEntry Entry(int number) const
+    {
+        SErrorEntry entry;
+        entry.problemCode = Code(number);
+        entry.problemType = static_cast<std::int16_t>(Type(number));
+        return entry;
+    }
+};
+
+// ---- The count of changes
+
+TEST_F(ErrorDatabaseViewSignalTest, EveryOperationThatChangesTheTableCountsOne)
+{
+    EXPECT_EQ(CountedBy([&] { Raise(1); }), 1u);
+    EXPECT_EQ(CountedBy([&] { Clear(1); }), 1u);
+    EXPECT_EQ(CountedBy([&] { m_owner.RaiseErrors({Id(1), Id(2), Id(3)}); }), 1u);
+    EXPECT_EQ(CountedBy([&] { m_owner.ClearErrors({Id(1), Id(2)}); }), 1u);
+    EXPECT_EQ(CountedBy(
+                  [&] {
+                      m_owner.ApplyChanges({{Code(1), Type(1), true}, {Code(2), Type(2), true}});
+                  }),
+              1u);
+    EXPECT_EQ(CountedBy([&] { m_owner.UpdateErrorDetails({Entry(1)}); }), 1u);
+    EXPECT_EQ(CountedBy([&] { m_owner.FaultkeeperReady(false); }), 1u);
+    EXPECT_EQ(CountedBy([&] { m_owner.RestoreErrors({Entry(1)}); }), 1u);
+    EXPECT_EQ(CountedBy([&] { m_owner.LoadErrors(m_database); }), 1u);
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, WhatChangesNothingIsNotCounted)
+{
+    Raise(1);
+    EXPECT_EQ(CountedBy([&] { Raise(1); }), 0u);
+    EXPECT_EQ(CountedBy([&] { Clear(2); }), 0u);
+    EXPECT_EQ(CountedBy([&] { Raise(99); }), 0u);
+    EXPECT_EQ(CountedBy([&] { m_owner.RaiseErrors({Id(1), Id(99)}); }), 0u);
+    EXPECT_EQ(CountedBy([&] { m_owner.ClearErrors({}); }), 0u);
+    EXPECT_EQ(CountedBy([&] { m_owner.ApplyChanges({{Code(1), Type(1), true}}); }), 0u);
+    EXPECT_EQ(CountedBy([&] { m_owner.UpdateErrorDetails({Entry(99)}); }), 0u);
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, ANewOwnersTableStartsFromZero)
+{
+    const CErrorDatabaseView another(true, eViewOwner);
+    EXPECT_EQ(Changes(), 0u);
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, TheCountGoesOnFromZeroAfterItsLargestValue)
+{
+    *reinterpret_cast<std::uint32_t*>(&Header().lastRaiseTime) = UINT32_MAX;
+    Raise(1);
+    EXPECT_EQ(Changes(), 0u);
+}
+
+// ---- Looking without waiting
+
+TEST_F(ErrorDatabaseViewSignalTest, BeforeTheFirstCopyThereIsSomethingToCopy)
+{
+    EXPECT_TRUE(m_reader.WaitForChange(0));
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, AfterACopyThereIsNothingUntilTheNextChange)
+{
+    Synchronise();
+    EXPECT_FALSE(m_reader.WaitForChange(0));
+    EXPECT_FALSE(m_reader.WaitForChange(5));
+    Raise(1);
+    EXPECT_TRUE(m_reader.WaitForChange(0));
+    Synchronise();
+    EXPECT_FALSE(m_reader.WaitForChange(0));
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, RestoredDetailsAreAChangeThoughNoTimeOfTheHeaderMoves)
+{
+    Synchronise();
+    m_owner.UpdateErrorDetails({Entry(1)});
+    EXPECT_TRUE(m_reader.WaitForChange(0));
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, ANewOwnerThatHasCountedAsFarIsNoticed)
+{
+    Raise(1);
+    Synchronise();
+    CErrorDatabaseView another(true, eViewOwner);
+    another.LoadErrors(m_database);
+    another.FaultkeeperReady(true);
+    another.RaiseError(Code(1), Type(1));
+    EXPECT_TRUE(m_reader.WaitForChange(0));
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, LookingNeedsNoLock)
+{
+    Synchronise();
+    Raise(1);
+    ASSERT_TRUE(m_owner.GetLock(false));
+    EXPECT_TRUE(m_reader.WaitForChange(0));
+    EXPECT_TRUE(m_owner.ReleaseLock());
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, AnOwningViewIsRefused)
+{
+    EXPECT_FALSE(m_owner.WaitForChange(0));
+    EXPECT_FALSE(m_owner.WaitForChange(-1));
+}
+
+// ---- Sleeping
+
+TEST_F(ErrorDatabaseViewSignalTest, ASleepingReaderIsWokenByTheNextChange)
+{
+    Synchronise();
+    bool woken = false;
+    std::thread display([&] { woken = m_reader.WaitForChange(kLongMilliseconds); });
+    Raise(2);
+    display.join();
+    EXPECT_TRUE(woken);
+    EXPECT_EQ(Synchronise(), 1);
+    EXPECT_EQ(Active(), "2");
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, AReaderMayWaitWithoutEnd)
+{
+    Synchronise();
+    bool woken = false;
+    std::thread display([&] { woken = m_reader.WaitForChange(-1); });
+    m_owner.FaultkeeperReady(false);
+    display.join();
+    EXPECT_TRUE(woken);
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, AReaderThatSleepsBetweenItsCopiesGetsTheLastWord)
+{
+    constexpr int kRounds = 200;
+    Synchronise();
+    int sleptInVain = 0;
+    std::thread display(
+        [&]
+        {
+            while (Active() != "3")
+            {
+                sleptInVain += m_reader.WaitForChange(kLongMilliseconds) ? 0 : 1;
+                Synchronise();
+            }
+        });
+    for (int round = 0; round < kRounds; ++round)
+    {
+        Until([&] { return Raise(1); });
+        Until([&] { return Clear(1); });
+    }
+    Until([&] { return Raise(3); });
+    display.join();
+    EXPECT_EQ(sleptInVain, 0);
+}
+
+extern "C" void IgnoreSignal(int) {}
+
+TEST_F(ErrorDatabaseViewSignalTest, ASignalEndsTheWait)
+{
+    Synchronise();
+    struct sigaction action = {};
+    struct sigaction before = {};
+    action.sa_handler = &IgnoreSignal; // without SA_RESTART
+    sigaction(SIGUSR1, &action, &before);
+    std::atomic<bool> ended(false);
+    bool woken = true;
+    std::thread display(
+        [&]
+        {
+            woken = m_reader.WaitForChange(kLongMilliseconds);
+            ended = true;
+        });
+    const pthread_t thread = display.native_handle();
+    while (!ended)
+    {
+        pthread_kill(thread, SIGUSR1); // one that comes before the sleep is lost, so more than one
+        usleep(1000);
+    }
+    display.join();
+    sigaction(SIGUSR1, &before, nullptr);
+    EXPECT_FALSE(woken);
+}
+
+} // namespace
