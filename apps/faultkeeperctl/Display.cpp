@@ -6,6 +6,8 @@
 
 #include <Core/IO/XMLDocument.h>
 
+#include <poll.h>
+
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -68,6 +70,14 @@ ETableState CDisplay::Refresh()
         m_facts.state = etsBusy; // the lock was free a moment ago
     }
     return m_facts.state;
+}
+
+void CDisplay::Wait(int timeoutMilliseconds)
+{
+    if (m_view != nullptr && m_facts.state == etsReady)
+        m_view->WaitForChange(timeoutMilliseconds);
+    else
+        poll(nullptr, 0, timeoutMilliseconds);
 }
 
 void CDisplay::RequirePicture()

@@ -33,7 +33,11 @@ public:
     /// @return how things stand with the table
     ETableState Refresh();
 
-    /// The same for commands that show one picture and end.
+    /// Sleeps until the table has changed since the last Refresh, or the time is over, or a signal was
+    /// handled. Without a table that is ready it is the time that ends it.
+    void Wait(int timeoutMilliseconds);
+
+    /// The same as Refresh for commands that show one picture and end.
     /// @throws CFailure if there is no table that is ready; its message says why
     void RequirePicture();
 

@@ -1,15 +1,11 @@
 #include "faultkeeperd/Publisher.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
-#include <Faultkeeper/ErrorDatabaseView.h>
-
-#include <utility>
-#include <vector>
 
 namespace Faultkeeper::Apps
 {
 
-constexpr std::size_t CPublisher::kRunLimit;
+constexpr std::size_t CPublisher::kBatchLimit;
 
 CPublisher::CPublisher(const CErrorDatabase& database, CErrorDatabaseView& view)
     : m_database(database), m_view(view), m_stage(epsEmpty), m_withdrawn(false)
@@ -49,7 +45,7 @@ bool CPublisher::Advance()
         return Reach(epsLoaded, m_view.LoadErrors(m_database));
     if (m_stage == epsLoaded)
         return Reach(epsReady, m_view.FaultkeeperReady(true));
-    return m_changes.empty() ? Reach(epsWithdrawn, m_view.FaultkeeperReady(false)) : PublishRun();
+    return m_changes.empty() ? Reach(epsWithdrawn, m_view.FaultkeeperReady(false)) : PublishBatch();
 }
 
 bool CPublisher::Reach(EPublishingStage stage, bool done)
@@ -59,21 +55,20 @@ bool CPublisher::Reach(EPublishingStage stage, bool done)
     return done;
 }
 
-bool CPublisher::PublishRun()
+bool CPublisher::PublishBatch()
 {
-    // Neighbours of one kind share a taking of the lock and a time; the order of raises and clears stays.
-    const bool raised = m_changes.front().raised;
-    std::vector<std::pair<int, int>> run;
-    for (const SChange& change : m_changes)
+    if (m_changes.size() <= kBatchLimit)
     {
-        if (change.raised != raised || run.size() == kRunLimit)
-            break;
-        run.emplace_back(change.problemCode, change.problemType);
+        const bool published = m_view.ApplyChanges(m_changes);
+        if (published)
+            m_changes.clear();
+        return published;
     }
-    if (!(raised ? m_view.RaiseErrors(run) : m_view.ClearErrors(run)))
-        return false;
-    m_changes.erase(m_changes.begin(), m_changes.begin() + static_cast<std::ptrdiff_t>(run.size()));
-    return true;
+    const auto end = m_changes.begin() + static_cast<std::ptrdiff_t>(kBatchLimit);
+    const bool published = m_view.ApplyChanges(std::vector<SErrorChange>(m_changes.begin(), end));
+    if (published)
+        m_changes.erase(m_changes.begin(), end);
+    return published;
 }
 
 } // namespace Faultkeeper::Apps

@@ -1,15 +1,15 @@
 #ifndef FAULTKEEPER_FAULTKEEPERD_PUBLISHER_H
 #define FAULTKEEPER_FAULTKEEPERD_PUBLISHER_H
 
+#include <Faultkeeper/ErrorDatabaseView.h>
 #include <Faultkeeper/ErrorDbChanged.h>
 
 #include <cstddef>
-#include <deque>
+#include <vector>
 
 namespace Faultkeeper
 {
 class CErrorDatabase;
-class CErrorDatabaseView;
 } // namespace Faultkeeper
 
 namespace Faultkeeper::Apps
@@ -28,7 +28,7 @@ class CPublisher : public CErrorDbChanged
 {
 public:
     /// One taking of the lock publishes at most this many changes, so that readers get their turn.
-    static constexpr std::size_t kRunLimit = 64;
+    static constexpr std::size_t kBatchLimit = 1024;
 
     /// @param view  owning and creating
     CPublisher(const CErrorDatabase& database, CErrorDatabaseView& view);
@@ -62,22 +62,15 @@ private:
         epsWithdrawn // not ready: declared so, or never declared ready
     };
 
-    struct SChange
-    {
-        int problemCode;
-        int problemType;
-        bool raised;
-    };
-
     bool Advance();
     bool Reach(EPublishingStage stage, bool done);
-    bool PublishRun();
+    bool PublishBatch();
 
     const CErrorDatabase& m_database;
     CErrorDatabaseView& m_view;
     EPublishingStage m_stage;
     bool m_withdrawn;
-    std::deque<SChange> m_changes; // oldest first
+    std::vector<SErrorChange> m_changes; // oldest first
 };
 
 } // namespace Faultkeeper::Apps

@@ -21,7 +21,8 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-constexpr std::chrono::milliseconds kPollPause(100);
+constexpr int kIdleMilliseconds = 1000;                 // then it is seen whether the owner is still there
+constexpr std::chrono::milliseconds kDrawingPause(100); // a picture that changes faster cannot be read
 constexpr const char* kClearScreen = "\x1b[H\x1b[2J";
 constexpr const char* kSeparator = "----------------------------------------\n";
 
@@ -101,11 +102,14 @@ EProgramStatus Watch(const SSettings& settings)
     Draw(display, settings, true);
     while (endRequested == 0 && std::cout.good() && !ReaderGone())
     {
-        std::this_thread::sleep_for(kPollPause);
+        display.Wait(kIdleMilliseconds);
         const ETableState before = display.Facts().state;
         const ETableState now = display.Refresh();
-        if (now != before || display.Changed())
-            Draw(display, settings, false);
+        if (now == before && !display.Changed())
+            continue;
+        Draw(display, settings, false);
+        if (endRequested == 0)
+            std::this_thread::sleep_for(kDrawingPause);
     }
     return epsDone;
 }
@@ -115,8 +119,8 @@ void AddWatch(CCommandLine& commandLine)
 {
     commandLine.Add(
         "watch", "Show the active faults again whenever something changes",
-        "Looks ten times a second; ends on Ctrl-C. An owner that goes is told, one that comes back is\n"
-        "followed. With --json one document a line for each change.\n"
+        "Sleeps until the owner publishes something; ends on Ctrl-C. An owner that goes is told within a\n"
+        "second or so, one that comes back is followed. With --json one document a line for each change.\n"
         "Example: faultkeeperctl --config /etc/faultkeeper watch",
         Watch);
 }

@@ -2,6 +2,7 @@
 
 #include <Faultkeeper/Error.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace Faultkeeper
@@ -17,7 +18,8 @@ bool IdentifierLess(const CError* left, const CError* right)
 } // namespace
 
 CHierarchyPositions::CHierarchyPositions(std::vector<CError>& errors)
-    : m_errors(errors), m_open(errors.size(), 0), m_settled(errors.size(), 0), m_aboveLeaf(errors.size(), 0)
+    : m_errors(errors), m_open(errors.size(), 0), m_settled(errors.size(), 0), m_aboveLeaf(errors.size(), 0),
+      m_wayStep(errors.size(), 0)
 {
 }
 
@@ -91,6 +93,8 @@ void CHierarchyPositions::SettleReady()
 void CHierarchyPositions::Settle(std::size_t place)
 {
     m_settled[place] = 1;
+    if (m_wayStep[place] != 0)
+        m_goodSteps = std::min(m_goodSteps, m_wayStep[place] - 1);
     if (m_aboveLeaf[place])
         m_errors[place].RecalculatePosition();
     for (const CError* parent : std::as_const(m_errors[place]).Parents())
@@ -101,25 +105,44 @@ void CHierarchyPositions::Settle(std::size_t place)
     }
 }
 
-/// The error with the least identifier on one of the cycles that are left, or null.
+/// The error with the least identifier on one of the cycles that are left, or null. Going down from an error
+/// that waits to one that it waits for must come round; the next search goes on where this one has come to.
 const CError* CHierarchyPositions::FindOnCycle()
+{
+    LeaveSettled();
+    if (m_way.empty() && !FindStart())
+        return nullptr;
+    const CError* next = WaitedFor(m_way.back());
+    for (; m_wayStep[PlaceOf(next)] == 0; next = WaitedFor(next))
+        TakeStep(next);
+    const auto cycle = m_way.begin() + static_cast<std::ptrdiff_t>(m_wayStep[PlaceOf(next)] - 1);
+    return *std::min_element(cycle, m_way.end(), IdentifierLess);
+}
+
+/// Begins a way at the first error that waits.
+/// @return false if none does
+bool CHierarchyPositions::FindStart()
 {
     while (m_firstWaiting < m_errors.size() && m_settled[m_firstWaiting])
         ++m_firstWaiting;
     if (m_firstWaiting == m_errors.size())
-        return nullptr;
-    // Going down from an error that waits to one that it waits for must come round.
-    std::vector<char> seen(m_errors.size(), 0);
-    const CError* error = &m_errors[m_firstWaiting];
-    for (; !seen[PlaceOf(error)]; error = WaitedFor(error))
-        seen[PlaceOf(error)] = 1;
-    const CError* least = error;
-    for (const CError* other = WaitedFor(error); other != error; other = WaitedFor(other))
-    {
-        if (IdentifierLess(other, least))
-            least = other;
-    }
-    return least;
+        return false;
+    TakeStep(&m_errors[m_firstWaiting]);
+    return true;
+}
+
+void CHierarchyPositions::TakeStep(const CError* error)
+{
+    m_way.push_back(error);
+    m_goodSteps = m_way.size();
+    m_wayStep[PlaceOf(error)] = m_way.size();
+}
+
+/// Goes back on the way to where nothing has been settled yet.
+void CHierarchyPositions::LeaveSettled()
+{
+    for (; m_way.size() > m_goodSteps; m_way.pop_back())
+        m_wayStep[PlaceOf(m_way.back())] = 0;
 }
 
 /// A trigger that is not settled. An error that is not settled has one.

@@ -33,14 +33,20 @@ private:
     void SettleReady();
     void Settle(std::size_t place);
     const CError* FindOnCycle();
+    bool FindStart();
+    void LeaveSettled();
+    void TakeStep(const CError* error);
     const CError* WaitedFor(const CError* error) const;
 
     std::vector<CError>& m_errors;
-    std::vector<std::size_t> m_open;  // by place: links from triggers that are not settled yet
-    std::vector<char> m_settled;      // by place
-    std::vector<char> m_aboveLeaf;    // by place
-    std::vector<std::size_t> m_ready; // places without open links, to be settled
-    std::size_t m_firstWaiting = 0;   // every place before it is settled
+    std::vector<std::size_t> m_open;    // by place: links from triggers that are not settled yet
+    std::vector<char> m_settled;        // by place
+    std::vector<char> m_aboveLeaf;      // by place
+    std::vector<std::size_t> m_ready;   // places without open links, to be settled
+    std::size_t m_firstWaiting = 0;     // every place before it is settled
+    std::vector<const CError*> m_way;   // down from an error that waits, each waiting for the next
+    std::vector<std::size_t> m_wayStep; // by place: which step of the way, from 1; 0 for none
+    std::size_t m_goodSteps = 0;        // of the way; behind them something has been settled
 };
 
 } // namespace Faultkeeper
