@@ -4,6 +4,7 @@
 #include <Faultkeeper/ErrorPresentation.h>
 
 #include <algorithm>
+#include <ostream>
 
 using namespace Faultkeeper;
 using Support::PrintedBy;
@@ -157,6 +158,12 @@ struct SNamedCode
     int type;
     const char* name;
 };
+
+/// What a test's name shows of its parameter: the same on every machine.
+void PrintTo(const SNamedCode& named, std::ostream* out)
+{
+    *out << named.name << " (" << named.code << ")";
+}
 
 class FormatErrorListNameTest : public testing::TestWithParam<SNamedCode>
 {

@@ -32,8 +32,8 @@ public:
     static Time FromNanoseconds(std::int64_t nanoseconds);
 
     /// The clock's time, except that it is always later than anything that Now has returned or NotBefore has
-    /// been given in this process before: a clock that stands still or is set back costs one nanosecond a
-    /// call.
+    /// been given in this process before, and than 1970: a clock that stands still or is set back costs one
+    /// nanosecond a call.
     static Time Now();
 
     /// From here on Now returns later times than `earliest`. An `earliest` in the past changes nothing.

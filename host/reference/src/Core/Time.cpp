@@ -26,7 +26,7 @@ constexpr std::int64_t kLatest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kEarliest = std::numeric_limits<std::int64_t>::min();
 
 std::mutex lastMutex;
-std::int64_t lastNanoseconds = kEarliest; // what Now must exceed
+std::int64_t lastNanoseconds = 0; // what Now must exceed: zero itself stands for "never"
 
 std::int64_t Saturated(std::int64_t seconds)
 {
