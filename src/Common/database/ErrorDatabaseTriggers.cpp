@@ -54,9 +54,8 @@ std::pair<int, int> ReadTriggerId(const std::string& identifier)
     Require(moduleId != emiUnknown, kTriggerModuleIsKnown);
     Require(subModuleId != esmiUnknown, kTriggerSubModuleIsKnown);
     Require(problemId != epiUnknown, kTriggerProblemIsKnown);
-    return std::make_pair(static_cast<int>(moduleId) | static_cast<int>(subModuleId) |
-                              static_cast<int>(problemId),
-                          NumberOrZero(subStrings[3]));
+    const int code = static_cast<int>(moduleId) | static_cast<int>(subModuleId) | static_cast<int>(problemId);
+    return {code, NumberOrZero(subStrings[3])};
 }
 } // namespace
 

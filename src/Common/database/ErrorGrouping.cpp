@@ -10,12 +10,12 @@ void CErrorGrouping::FindTops(std::vector<char>& waits, Errors& tops)
     tops.clear();
     for (auto first = std::find(waits.begin(), waits.end(), 1); first != waits.end();
          first = std::find(first, waits.end(), 1))
-        tops.push_back(TopOfGroup(waits, static_cast<Place>(first - waits.begin())));
+        tops.push_back(m_errors[TopOfGroup(waits, static_cast<Place>(first - waits.begin()))]);
 }
 
-const CError* CErrorGrouping::TopOfGroup(std::vector<char>& waits, Place first)
+CErrorGrouping::Place CErrorGrouping::TopOfGroup(std::vector<char>& waits, Place first)
 {
-    const CError* top = m_errors[first];
+    Place top = first;
     waits[first] = 0;
     m_pass.assign(1, first);
     while (!m_pass.empty())
@@ -62,13 +62,13 @@ void CErrorGrouping::StartNextPass(std::vector<char>& waits)
 
 /// The member of this pass that takes the top's place, or the top. Of equals within a pass the earlier in the
 /// list was met first.
-const CError* CErrorGrouping::BetterTop(const CError* top) const
+CErrorGrouping::Place CErrorGrouping::BetterTop(Place top) const
 {
-    int largest = top->Position();
+    int largest = m_positions[top];
     Place best = CErrorLinks::kNowhere;
     for (const Place member : m_pass)
     {
-        const int position = m_errors[member]->Position();
+        const int position = m_positions[member];
         const bool earlierOfEquals = position == largest && best != CErrorLinks::kNowhere && member < best;
         if (position > largest || earlierOfEquals)
         {
@@ -76,7 +76,7 @@ const CError* CErrorGrouping::BetterTop(const CError* top) const
             best = member;
         }
     }
-    return best == CErrorLinks::kNowhere ? top : m_errors[best];
+    return best == CErrorLinks::kNowhere ? top : best;
 }
 
 CErrorLinks::SRange CErrorGrouping::RelatedTo(Place place) const

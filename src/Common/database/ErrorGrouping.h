@@ -26,9 +26,13 @@ public:
     typedef CErrorLinks::Place Place;
     typedef std::vector<const CError*> Errors;
 
-    /// @param errors  borrowed; by place, in the order that decides ties
-    /// @param links   borrowed; between these places
-    CErrorGrouping(const Errors& errors, const CErrorLinks& links) : m_errors(errors), m_links(links) {}
+    /// @param errors     borrowed; by place, in the order that decides ties
+    /// @param positions  borrowed; of these errors, side by side: errors lie far apart in memory
+    /// @param links      borrowed; between these places
+    CErrorGrouping(const Errors& errors, const std::vector<int>& positions, const CErrorLinks& links)
+        : m_errors(errors), m_positions(positions), m_links(links)
+    {
+    }
 
     /// The one place where the links of an error are that stands at several.
     /// @param firstPlaces  borrowed; by place
@@ -42,13 +46,14 @@ public:
 private:
     typedef std::vector<Place> Places;
 
-    const CError* TopOfGroup(std::vector<char>& waits, Place first);
+    Place TopOfGroup(std::vector<char>& waits, Place first);
     void JoinPass(std::vector<char>& waits);
     void StartNextPass(std::vector<char>& waits);
-    const CError* BetterTop(const CError* top) const;
+    Place BetterTop(Place top) const;
     CErrorLinks::SRange RelatedTo(Place place) const;
 
     const Errors& m_errors;
+    const std::vector<int>& m_positions;
     const CErrorLinks& m_links;
     const std::vector<Place>* m_firstPlaces = nullptr; // null: no error stands at several places
     Places m_pass;                                     // that have joined in this pass

@@ -44,9 +44,13 @@ void CErrorGroups::Forget()
 void CErrorGroups::CollectLinks()
 {
     m_links.Begin(m_listed.size());
+    m_positions.clear();
     Place place = 0;
     for (const CError* error : m_listed)
+    {
+        m_positions.push_back(error->Position());
         m_links.Collect(*error, place++, [this](const CError* other) { return FindPlace(other); });
+    }
     m_links.Finish();
 }
 

@@ -20,7 +20,8 @@ class CErrorGroups
 public:
     /// @param errors  borrowed; the database's own, which are found by where they stand instead of by look-up
     explicit CErrorGroups(const std::vector<CError>& errors)
-        : m_own(errors), m_grouping(m_listed, m_links), m_ownPlaces(errors.size(), CErrorLinks::kNowhere)
+        : m_own(errors), m_grouping(m_listed, m_positions, m_links),
+          m_ownPlaces(errors.size(), CErrorLinks::kNowhere)
     {
     }
 
@@ -40,6 +41,7 @@ private:
 
     const std::vector<CError>& m_own;
     CErrorGrouping::Errors m_listed; // by place
+    std::vector<int> m_positions;    // likewise
     CErrorLinks m_links;
     CErrorGrouping m_grouping;
     std::vector<Place> m_ownPlaces; // by where the error stands in m_own; kNowhere between calls

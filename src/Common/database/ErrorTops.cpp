@@ -19,7 +19,8 @@ char StateOf(const CError& error)
 } // namespace
 
 CErrorTops::CErrorTops(std::vector<CError>& errors, const Index& index)
-    : m_errors(errors), m_places(errors.size(), CErrorLinks::kNowhere), m_grouping(m_listed, m_links)
+    : m_errors(errors), m_places(errors.size(), CErrorLinks::kNowhere),
+      m_grouping(m_listed, m_positions, m_links)
 {
     m_listed.reserve(index.size());
     for (const auto& entry : index)
@@ -35,8 +36,12 @@ void CErrorTops::Take()
     if (!m_linksKnown)
         CollectLinks();
     m_states.resize(m_listed.size());
-    std::transform(m_listed.begin(), m_listed.end(), m_states.begin(),
-                   [](const CError* error) { return StateOf(*error); });
+    m_positions.resize(m_listed.size());
+    for (std::size_t place = 0; place < m_listed.size(); ++place)
+    {
+        m_states[place] = StateOf(*m_listed[place]);
+        m_positions[place] = m_listed[place]->Position();
+    }
 }
 
 void CErrorTops::CollectLinks()

@@ -48,8 +48,9 @@ private:
     CErrorGrouping::Errors m_listed; // in identifier order
     CErrorLinks m_links;
     bool m_linksKnown = false;
-    CErrorGrouping m_grouping;
-    std::vector<char> m_states; // by place: bits for active and changed
+    CErrorGrouping m_grouping;    // looks at errors, positions and links
+    std::vector<char> m_states;   // by place: bits for active and changed
+    std::vector<int> m_positions; // likewise
     std::vector<char> m_waits;
     CErrorGrouping::Errors m_tops;
 };

@@ -1,0 +1,184 @@
+"""Memory of the programs with a full configuration, and size of the libraries."""
+
+import ctypes
+import os
+import re
+import signal
+import socket
+import struct
+import subprocess
+import tempfile
+import time
+from pathlib import Path
+
+from .building import Failure
+
+ERRORS = 400
+_PROJECT_NUMBER = 68
+_HEADER, _RECORD, _FLAGS = 32, 36, 6
+_PATIENCE = 30.0
+_C = ctypes.CDLL(None, use_errno=True)
+_C.shmat.restype = ctypes.c_void_p
+
+# Commands of faultkeeperctl that are looked at; the largest counts.
+_COMMANDS = (["list"], ["history"], ["hierarchy"], ["status"], ["--json", "list"], ["--json", "hierarchy"])
+
+
+class _RunDirectory:
+    """A fresh directory whose table key nobody uses; table and lock are removed at the end."""
+
+    def __enter__(self):
+        self._aside = []
+        for _ in range(100):
+            directory = tempfile.TemporaryDirectory(prefix="faultkeeper-bench-")
+            self._aside.append(directory)
+            self.key = _C.ftok(directory.name.encode(), _PROJECT_NUMBER)
+            if _C.shmget(self.key, 0, 0) == -1 and _C.semget(self.key, 0, 0) == -1:
+                self.path = Path(directory.name)
+                return self
+        raise Failure("no directory with a free table key")
+
+    def __exit__(self, *_):
+        _C.shmctl(_C.shmget(self.key, 0, 0), 0, None)  # IPC_RMID
+        _C.semctl(_C.semget(self.key, 0, 0), 0, 0)
+        for directory in self._aside:
+            directory.cleanup()
+
+    def raised(self):
+        """Errors that the table shows as raised."""
+        address = _C.shmat(_C.shmget(self.key, 0, 0), None, 0o10000)  # SHM_RDONLY
+        if address in (None, ctypes.c_void_p(-1).value):
+            return 0
+        table = ctypes.string_at(address, _HEADER + ERRORS * _RECORD)
+        _C.shmdt(ctypes.c_void_p(address))
+        return sum(struct.unpack_from("=H", table, _HEADER + _RECORD * place + _FLAGS)[0] & 1 for place in range(ERRORS))
+
+    def records(self):
+        """Identifiers in the table's order."""
+        address = _C.shmat(_C.shmget(self.key, 0, 0), None, 0o10000)
+        table = ctypes.string_at(address, _HEADER + ERRORS * _RECORD)
+        _C.shmdt(ctypes.c_void_p(address))
+        return [struct.unpack_from("=ih", table, _HEADER + _RECORD * place) for place in range(ERRORS)]
+
+
+def _wait_for(what, condition):
+    end = time.monotonic() + _PATIENCE
+    while not condition():
+        if time.monotonic() > end:
+            raise Failure(f"waited in vain for {what}")
+        time.sleep(0.01)
+
+
+def _memory(process, field):
+    """In MiB."""
+    text = Path(f"/proc/{process.pid}/status").read_text()
+    return int(re.search(rf"{field}:\s*(\d+) kB", text).group(1)) / 1024
+
+
+def _raise_all(run, port):
+    """Reports every error, in families, so that parents follow, too."""
+    with socket.create_connection(("127.0.0.1", port)) as connection:
+        for code, kind in run.records():
+            connection.sendall(f"d4:argsli{code}ei{kind}ei0ee4:name10:RaiseErrore".encode())
+        _wait_for("all reports", lambda: run.raised() == ERRORS)
+
+
+def _owner(build, configuration, run):
+    log = run.path / "log"
+    with log.open("wb") as errors:
+        process = subprocess.Popen([build.program("faultkeeperd"), "--config", configuration, "--run-dir", run.path,
+                                    "--port", "0"], stdin=subprocess.DEVNULL, stdout=errors, stderr=errors)
+    try:
+        _wait_for("the owner", lambda: process.poll() is not None or "ready:" in log.read_text())
+        found = re.search(r"port (\d+)", log.read_text())
+        if found is None:
+            raise Failure(f"the owner did not start:\n{log.read_text()}")
+        return process, int(found.group(1))
+    except BaseException:
+        process.kill()
+        process.wait()
+        raise
+
+
+def _measure_programs(build, configuration, run):
+    process, port = _owner(build, configuration, run)
+    try:
+        found = {"faultkeeperd ready": _memory(process, "VmRSS")}
+        _raise_all(run, port)
+        found["faultkeeperd resident"] = _memory(process, "VmRSS")
+        peaks = {}
+        for command in _COMMANDS:
+            words = [build.program("peak_memory"), build.program("faultkeeperctl"), "--config", configuration,
+                     "--run-dir", run.path, *command]
+            result = subprocess.run(words, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False)
+            if result.returncode != 0:
+                raise Failure(f"faultkeeperctl {' '.join(command)}: {result.stderr}")
+            peaks[" ".join(command)] = int(result.stdout) / 1024
+        found["faultkeeperd peak"] = _memory(process, "VmHWM")
+        largest = max(peaks, key=peaks.get)
+        found[f"faultkeeperctl peak ({largest})"] = peaks[largest]
+        return found
+    finally:
+        process.send_signal(signal.SIGTERM)
+        process.wait()
+
+
+def _sections(path):
+    """(type, flags, size) of each section of an ELF file, whatever machine it is for."""
+    data = path.read_bytes()
+    if data[:4] != b"\x7fELF":
+        raise Failure(f"{path} is no ELF file")
+    wide, order = data[4] == 2, "<" if data[5] == 1 else ">"
+    offset, = struct.unpack_from(order + ("Q" if wide else "I"), data, 0x28 if wide else 0x20)
+    size, count = struct.unpack_from(order + "HH", data, 0x3A if wide else 0x2E)
+    for number in range(count):
+        at = offset + number * size
+        if wide:
+            _, kind, flags, _, _, length = struct.unpack_from(order + "IIQQQQ", data, at)
+        else:
+            _, kind, flags, _, _, length = struct.unpack_from(order + "IIIIII", data, at)
+        yield kind, flags, length
+
+
+def _text_and_data(path):
+    """Bytes that are loaded and never written, and bytes of data, zeros included."""
+    writable, loaded = 1, 2
+    text = sum(size for _, flags, size in _sections(path) if flags & loaded and not flags & writable)
+    data = sum(size for _, flags, size in _sections(path) if flags & loaded and flags & writable)
+    return text, data
+
+
+def _measure_sizes(project, build):
+    found = {}
+    for machine, directory in (("x86-64" if os.uname().machine == "x86_64" else os.uname().machine, build.directory),
+                               ("PowerPC", project / "build" / "powerpc")):
+        for library in ("src/libFaultkeeperAPI.so", "host/libFaultkeeperHost.so"):
+            path = directory / library
+            if path.is_file():
+                text, data = _text_and_data(path.resolve())
+                found[f"{path.name}, {machine}"] = {"text": text, "data": data}
+    return found
+
+
+def measure(project, build):
+    """{"memory": {what: MiB}, "sizes": {library: {"text": bytes, "data": bytes}}}"""
+    with tempfile.TemporaryDirectory(prefix="faultkeeper-bench-") as configuration, _RunDirectory() as run:
+        subprocess.run([build.program("write_configuration"), str(ERRORS), configuration], check=True)
+        memory = _measure_programs(build, configuration, run)
+    return {"memory": memory, "sizes": _measure_sizes(project, build)}
+
+
+def rows(footprints):
+    """What, and how much, for a table."""
+    found = [[what, f"{value:.2f} MiB"] for what, value in footprints.get("memory", {}).items()]
+    for library, sizes in footprints.get("sizes", {}).items():
+        found.append([library, f"{sizes['text'] / 1024:.1f} KiB text, {sizes['data'] / 1024:.1f} KiB data"])
+    return found
+
+
+HEADINGS = [f"with {ERRORS} errors", ""]
+
+
+def text(footprints):
+    from .table import layout
+    return layout(HEADINGS, rows(footprints))
