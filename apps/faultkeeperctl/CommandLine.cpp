@@ -106,6 +106,11 @@ void CCommand::Flag(const std::string& name, bool& value, const std::string& wha
     m_app.add_flag(name, value, what);
 }
 
+void CCommand::Number(const std::string& name, int& value, int most, const std::string& what)
+{
+    m_app.add_option(name, value, what)->check(CLI::Range(0, most))->capture_default_str();
+}
+
 void CCommand::RequiredFlag(const std::string& name, const std::string& what)
 {
     m_app.add_flag(name, what)->required();

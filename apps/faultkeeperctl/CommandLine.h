@@ -36,6 +36,11 @@ public:
     /// @param value  borrowed; true if the flag is given
     void Flag(const std::string& name, bool& value, const std::string& what);
 
+    /// Adds an option that takes a number.
+    /// @param value  borrowed; what it holds is used if the option is not given
+    /// @param most   the greatest number that is taken; the least is 0
+    void Number(const std::string& name, int& value, int most, const std::string& what);
+
     /// Adds a flag without which the command does nothing.
     void RequiredFlag(const std::string& name, const std::string& what);
 

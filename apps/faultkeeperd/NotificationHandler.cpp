@@ -7,6 +7,7 @@
 #include <MPI/BAtomC.h>
 #include <MPI/BListC.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <limits>
 
@@ -49,8 +50,51 @@ int IntegerAt(const BListC& arguments, std::size_t position)
 }
 } // namespace
 
+void CNotificationHandler::PeerIntroduced(const MPIPeerC& peer)
+{
+    CSessions::SSession& session = m_sessions.Open(peer.session);
+    m_open[peer.connection] = &session;
+    m_lastConnection = 0;
+    if (m_server != nullptr)
+        m_server->Welcome(peer.connection, session.applied);
+}
+
+CSessions::SSession* CNotificationHandler::Session(const MPIPeerC& peer)
+{
+    if (peer.connection != m_lastConnection)
+    {
+        const auto found = m_open.find(peer.connection);
+        m_lastSession = found != m_open.end() ? found->second : nullptr;
+        m_lastConnection = peer.connection;
+    }
+    return m_lastSession;
+}
+
+/// Numbers count within a session only.
+bool CNotificationHandler::IsNew(const MPIPeerC& peer, std::uint64_t number)
+{
+    CSessions::SSession* const session = number != 0 ? Session(peer) : nullptr;
+    return session == nullptr || CSessions::Take(*session, number);
+}
+
+bool CNotificationHandler::NumbersReceived(const MPIPeerC& peer, const MPINumbersC& notification)
+{
+    const bool raised = notification.name == "RaiseError";
+    const std::size_t most = kIdentifierArguments + (raised ? 1 : 0);
+    const std::int64_t* const end = notification.arguments + notification.count;
+    if ((!raised && notification.name != "ClearError") || notification.count < kIdentifierArguments ||
+        notification.count > most || !std::all_of(notification.arguments, end, FitsInt))
+        return MPIServerHandlerC::NumbersReceived(peer, notification); // to be told in words
+    if (IsNew(peer, notification.number))
+        Apply(peer, notification.offset, static_cast<int>(notification.arguments[0]),
+              static_cast<int>(notification.arguments[1]), raised);
+    return true;
+}
+
 bool CNotificationHandler::NotificationReceived(const MPIPeerC& peer, const MPINotificationC& notification)
 {
+    if (!IsNew(peer, notification.number))
+        return true;
     if (notification.name == "RaiseError")
         ApplyReport(peer, notification, true);
     else if (notification.name == "ClearError")
@@ -58,6 +102,20 @@ bool CNotificationHandler::NotificationReceived(const MPIPeerC& peer, const MPIN
     else
         LogWarning(At(peer, notification.offset) + "unknown notification " + Quoted(notification.name));
     return true;
+}
+
+void CNotificationHandler::BatchEnded(const MPIPeerC& peer)
+{
+    const CSessions::SSession* const session = Session(peer);
+    if (session != nullptr && m_server != nullptr)
+        m_server->Acknowledge(peer.connection, session->applied);
+}
+
+void CNotificationHandler::PeerDisconnected(const MPIPeerC& peer)
+{
+    m_lastConnection = 0;
+    if (m_open.erase(peer.connection) > 0)
+        m_sessions.Close(peer.session);
 }
 
 void CNotificationHandler::InputRefused(const MPIPeerC& peer, std::uint64_t offset, const std::string& reason)
@@ -79,10 +137,15 @@ void CNotificationHandler::ApplyReport(const MPIPeerC& peer, const MPINotificati
         LogWarning(At(peer, notification.offset) + notification.name + " with wrong arguments: " + fault);
         return;
     }
-    const int problemCode = IntegerAt(notification.arguments, 0);
-    const int problemType = IntegerAt(notification.arguments, 1);
+    Apply(peer, notification.offset, IntegerAt(notification.arguments, 0),
+          IntegerAt(notification.arguments, 1), raised);
+}
+
+void CNotificationHandler::Apply(const MPIPeerC& peer, std::uint64_t offset, int problemCode, int problemType,
+                                 bool raised)
+{
     if (!m_owner->Apply(problemCode, problemType, raised))
-        LogWarning(At(peer, notification.offset) + notification.name + " of an unknown error " +
+        LogWarning(At(peer, offset) + (raised ? "RaiseError" : "ClearError") + " of an unknown error " +
                    ErrorName(problemCode, problemType) + " (" + ErrorNumber(problemCode, problemType) + ")");
 }
 

@@ -26,7 +26,10 @@ bool WaitForInput(struct pollfd* descriptors, nfds_t count, int timeoutMilliseco
 }
 } // namespace
 
-CService::CService() : m_server(m_handler) {}
+CService::CService() : m_server(m_handler)
+{
+    m_handler.Server(&m_server);
+}
 
 bool CService::Listen(unsigned short port)
 {

@@ -15,9 +15,11 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <functional>
 #include <map>
 #include <random>
@@ -162,7 +164,7 @@ public:
         ServeUntil([this] { return m_handler.Connected(); });
         for (const std::string& piece : pieces)
         {
-            send(peer, piece.data(), piece.size(), MSG_NOSIGNAL); // fails once the server has had enough
+            Send(peer, piece);
             m_server.Serve(0);
         }
         End(peer, reset);
@@ -181,10 +183,36 @@ private:
         setsockopt(peer, IPPROTO_IP, IP_BIND_ADDRESS_NO_PORT, &later, sizeof later);
         const sockaddr_in own = Address(INADDR_LOOPBACK + 1 + ++m_connections % 0xFFFF, 0);
         const sockaddr_in server = Address(INADDR_LOOPBACK, m_server.Port());
-        const bool connected = bind(peer, reinterpret_cast<const sockaddr*>(&own), sizeof own) == 0 &&
-                               connect(peer, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0;
-        Fuzz::Expect(connected, "the server can be connected to");
+        const bool bound = bind(peer, reinterpret_cast<const sockaddr*>(&own), sizeof own) == 0;
+        Fuzz::Expect(bound && ConnectTo(peer, server), "the server can be connected to");
         return peer;
+    }
+
+    /// libFuzzer's timer may interrupt the call; the connection is made all the same.
+    static bool ConnectTo(int peer, const sockaddr_in& server)
+    {
+        if (connect(peer, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0)
+            return true;
+        if (errno != EINTR)
+            return false;
+        pollfd waiting = {peer, POLLOUT, 0};
+        while (poll(&waiting, 1, -1) < 0 && errno == EINTR)
+            continue;
+        int error = 0;
+        socklen_t size = sizeof error;
+        return getsockopt(peer, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
+    }
+
+    /// Sends as much as the server takes: it may have had enough.
+    static void Send(int peer, const std::string& piece)
+    {
+        for (std::size_t sent = 0; sent < piece.size();)
+        {
+            const ssize_t bytes = send(peer, piece.data() + sent, piece.size() - sent, MSG_NOSIGNAL);
+            if (bytes < 0 && errno != EINTR)
+                return;
+            sent += bytes < 0 ? 0 : static_cast<std::size_t>(bytes);
+        }
     }
 
     static sockaddr_in Address(std::uint32_t host, std::uint16_t port)

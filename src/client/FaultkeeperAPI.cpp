@@ -3,9 +3,10 @@
 #include <MPI/BAtomC.h>
 #include <MPI/BListC.h>
 
+#include <iterator>
 #include <memory>
 #include <string>
-#include <vector>
+#include <type_traits>
 
 namespace Faultkeeper
 {
@@ -18,6 +19,26 @@ void AppendNumber(BListC& arguments, int number)
 {
     arguments.Append(std::make_unique<BAtomC>(number, &arguments));
 }
+
+/// Lets a host that can gather messages do so for one scope. Others send them one by one.
+template <typename Client, typename = void> class CBatchScope
+{
+public:
+    explicit CBatchScope(Client&) {}
+};
+
+template <typename Client>
+class CBatchScope<Client, std::void_t<decltype(&Client::BeginBatch), decltype(&Client::EndBatch)>>
+{
+public:
+    explicit CBatchScope(Client& client) : m_client(client) { m_client.BeginBatch(); }
+    ~CBatchScope() { m_client.EndBatch(); }
+    CBatchScope(const CBatchScope&) = delete;
+    CBatchScope& operator=(const CBatchScope&) = delete;
+
+private:
+    Client& m_client;
+};
 
 /// Sets a flag for one scope.
 class CFlagScope
@@ -84,14 +105,15 @@ bool CFaultkeeperAPI::SentLast(const ErrorEvent& event) const
 
 void CFaultkeeperAPI::SendReport(const ErrorEvent& event)
 {
-    // Noted first: a host that calls back during the send finds the new state, and a repeat is not sent
-    // again.
-    m_sentStates[{event.problemCode, event.problemType}] = event.raise;
+    // Built first: a message that there is no memory for has not been sent.
     const std::unique_ptr<BListC> arguments = std::make_unique<BListC>();
     AppendNumber(*arguments, event.problemCode);
     AppendNumber(*arguments, event.problemType);
     if (event.raise)
         AppendNumber(*arguments, 0); // owners expect three arguments of a raise
+    // Noted before it is sent: a host that calls back during the send finds the new state, and a repeat is
+    // not sent again.
+    m_sentStates[{event.problemCode, event.problemType}] = event.raise;
     SendNotification(event.raise ? "RaiseError" : "ClearError", arguments.get());
 }
 
@@ -107,12 +129,10 @@ void CFaultkeeperAPI::ProcessQueuedErrors()
 
 void CFaultkeeperAPI::DrainQueue()
 {
-    std::vector<std::list<ErrorEvent>::iterator> done;
-    for (auto event = m_queue.begin(); event != m_queue.end(); ++event)
-        if (Report(*event, false) != -1)
-            done.push_back(event);
-    for (const auto& event : done)
-        m_queue.erase(event);
+    const CBatchScope<MPISocketClientC> batch(*this);
+    // One by one: what has been sent must not stay if a later one throws, or it would be sent again.
+    for (auto event = m_queue.begin(); event != m_queue.end();)
+        event = Report(*event, false) == -1 ? std::next(event) : m_queue.erase(event);
 }
 
 void CFaultkeeperAPI::SilentMode(bool on)

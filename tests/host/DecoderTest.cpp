@@ -215,4 +215,15 @@ TEST(HostDecoder, IsIncompleteAfterEveryTruncation)
     EXPECT_EQ(Decoded(whole), "0 " + whole + "\ndone");
 }
 
+TEST(HostDecoder, IsNotIncompleteAfterAWrongByte)
+{
+    BDecoderC decoder;
+    EXPECT_FALSE(decoder.Incomplete());
+    EXPECT_EQ(decoder.Feed("d1:", 3), 3u);
+    EXPECT_TRUE(decoder.Incomplete());
+    EXPECT_EQ(decoder.Feed("xi-x", 4), 3u);
+    EXPECT_TRUE(decoder.Failed());
+    EXPECT_FALSE(decoder.Incomplete());
+}
+
 } // namespace

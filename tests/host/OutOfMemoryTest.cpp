@@ -96,6 +96,30 @@ TEST(HostOutOfMemory, ParseThrowsAndLeavesADocumentWithoutElements)
     EXPECT_GT(allocations, 10) << "the test has to interrupt the parser, too";
 }
 
+TEST(HostOutOfMemory, APositionThatCouldNotBeWorkedOutIsToldLater)
+{
+    const Support::CFreshDirectory directory;
+    const std::string path = directory.File("document.xml");
+    Support::WriteFile(
+        path, "<a>\n\n <b anAttributeWithALongName='1'\n    anotherAttributeWithALongName='2'/></a>");
+    int allocations = 0;
+    for (bool enough = false; !enough; ++allocations)
+    {
+        ASSERT_LT(allocations, kMoreThanEnough);
+        Core::IO::XMLDocument document(false);
+        ASSERT_TRUE(document.Parse(path));
+        const Core::IO::XMLNode& node = document.RootNode().Children().front().Children().front();
+        int line = 0;
+        int column = 0;
+        const auto tell = [&]
+        { return node.Line() == 3 && node.AttributePosition("anotherAttributeWithALongName", line, column); };
+        enough = RunsWith(allocations, tell);
+        EXPECT_TRUE(tell()) << allocations;
+        EXPECT_EQ(line, 4) << allocations;
+        EXPECT_EQ(column, 5) << allocations;
+    }
+}
+
 TEST(HostOutOfMemory, DecodingThrowsAndGivesNoMessage)
 {
     const std::string bytes = "d4:argsli1e33:a text that is too long for cheapd1:al1:beee4:name1:xe";

@@ -65,6 +65,25 @@ int Connected(const std::string& host, unsigned short port)
 
 } // namespace
 
+std::string WithoutSession(const std::string& stream)
+{
+    const std::string beforeId = "d4:argsl32:";
+    const std::string afterId = "e4:name5:Helloe";
+    const std::size_t idEnd = beforeId.size() + 32;
+    const bool introduced = stream.compare(0, beforeId.size(), beforeId) == 0 &&
+                            stream.compare(idEnd, afterId.size(), afterId) == 0;
+    std::string rest = introduced ? stream.substr(idEnd + afterId.size()) : stream;
+    std::string result;
+    std::size_t begin = 0;
+    for (std::size_t number = rest.find("3:seqi"); number != std::string::npos;
+         number = rest.find("3:seqi", begin))
+    {
+        result.append(rest, begin, number - begin);
+        begin = rest.find('e', number + 6) + 1;
+    }
+    return result + rest.substr(begin);
+}
+
 bool Eventually(const std::function<bool()>& condition)
 {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPatienceMilliseconds);

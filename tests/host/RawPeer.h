@@ -71,6 +71,10 @@ private:
     unsigned short m_port;
 };
 
+/// What a client has sent, without what a host that delivers with confirmation adds to it: the introduction
+/// at the beginning of a connection and the numbers of the notifications.
+std::string WithoutSession(const std::string& stream);
+
 /// This end's port.
 unsigned short PortOf(int descriptor);
 

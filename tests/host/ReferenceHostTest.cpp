@@ -196,7 +196,7 @@ TEST(ReferenceHost, LetsATestTakeThePlaceOfTheConnection)
     EXPECT_TRUE(client.SendNotification("a", nullptr));
     BAtomC atom(1);
     EXPECT_TRUE(client.SendMessageElement(&atom));
-    EXPECT_EQ(client.sent, "d4:argsle4:name1:aei1e");
+    EXPECT_EQ(client.sent, "d4:argsle4:name1:a3:seqi1eei1e");
 }
 
 /// Lets the process open nothing as long as it lives, whatever it closes.

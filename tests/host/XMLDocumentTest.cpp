@@ -165,6 +165,8 @@ TEST_F(HostXMLDocument, BrokenUTF16IsRefused)
                                           u'"',   0xD800, u'"', u'/', u'>'};
     EXPECT_EQ(ErrorOf(UTF16(loneSurrogate, true)), "1:7: not well-formed (invalid token)");
     EXPECT_NE(ErrorOf(UTF16(u"\ufeff<a/>", false) + "x"), "parsed");
+    const std::u16string cutWithinPair = {0xFEFF, u'<', u'a', u'/', u'>', 0xD800};
+    EXPECT_NE(ErrorOf(UTF16(cutWithinPair, true)), "parsed");
 }
 
 TEST_F(HostXMLDocument, AMissingFileIsRefused)
@@ -256,6 +258,7 @@ TEST_F(HostXMLDocument, ElementsMayBeNested256Deep)
 {
     EXPECT_EQ(ErrorOf(Nested(256)), "parsed");
     EXPECT_EQ(ErrorOf(Nested(257)), "1:769: elements nested too deep");
+    EXPECT_EQ(ErrorOf(Nested(256).insert(768, "<b/>")), "1:769: elements nested too deep");
 }
 
 TEST_F(HostXMLDocument, NestingWithoutEndDoesNoHarm)

@@ -27,6 +27,8 @@ protected:
         return printed;
     }
 
+    const Support::CFreshDirectory m_directory;
+
 private:
     static std::string Text(int line, int column)
     {
@@ -47,8 +49,6 @@ private:
         for (const XMLNode& child : node.Children())
             Print(child, printed);
     }
-
-    const Support::CFreshDirectory m_directory;
 };
 
 TEST_F(HostXMLPositions, CountFromOne)
@@ -140,6 +140,29 @@ TEST_F(HostXMLPositions, OfAMissingAttributeAreFalseAndLeaveTheArgumentsAlone)
     EXPECT_FALSE(node.AttributePosition("none", line, column));
     EXPECT_EQ(line, 17);
     EXPECT_EQ(column, 4);
+}
+
+TEST_F(HostXMLPositions, OfAttributesAreFoundByTheirNamesInUTF8)
+{
+    EXPECT_EQ(PositionsIn("<?xml version='1.0' encoding='ISO-8859-1'?>\n<a h\xF6he='1' gr\xF6\xDF"
+                          "e='2'/>"),
+              "a 2:1 gr\xC3\xB6\xC3\x9F"
+              "e 2:13 h\xC3\xB6he 2:4\n");
+}
+
+TEST_F(HostXMLPositions, OfAttributesThatAreNotThereAreNotFound)
+{
+    Support::WriteFile(m_directory.File("document.xml"), "<a b='1'><c/></a>");
+    XMLDocument document(false);
+    ASSERT_TRUE(document.Parse(m_directory.File("document.xml")));
+    const XMLNode& top = document.RootNode().Children().front();
+    int line = 4711;
+    int column = 4712;
+    EXPECT_FALSE(top.AttributePosition("c", line, column));
+    EXPECT_FALSE(top.Children().front().AttributePosition("b", line, column));
+    EXPECT_FALSE(document.RootNode().AttributePosition("b", line, column));
+    EXPECT_EQ(line, 4711);
+    EXPECT_EQ(column, 4712);
 }
 
 } // namespace

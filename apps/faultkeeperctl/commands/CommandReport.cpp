@@ -22,6 +22,8 @@ namespace
 typedef std::chrono::steady_clock Clock;
 
 constexpr std::chrono::seconds kPatience(2); // for a connection, and then for the message to leave
+constexpr int kAcknowledgementSeconds = 2;
+constexpr int kMostSeconds = 3600;
 constexpr int kTurnMilliseconds = 20;
 constexpr const char* kNoOwner = "no owner: nobody listens on port 5300 of this machine";
 
@@ -29,6 +31,7 @@ struct SRequest
 {
     bool raise;
     std::string id;
+    int timeoutSeconds = kAcknowledgementSeconds;
 };
 
 // With a configuration at hand an error that it does not define is a mistake; the owner would only log it.
@@ -65,7 +68,7 @@ ErrorId CheckedId(const SSettings& settings, const std::string& typed)
     return id;
 }
 
-void WaitForSocket(CFaultkeeperAPI& api)
+void WaitForSocket(const CFaultkeeperAPI& api)
 {
     struct pollfd waiting = {};
     waiting.fd = api.Descriptor();
@@ -101,32 +104,57 @@ bool Delivered(CFaultkeeperAPI& api)
     return api.BytesWaiting() == 0;
 }
 
-void Send(bool raise, const ErrorId& id)
+/// Waits for the owner to acknowledge.
+/// @param welcomed  whether it has said that it does
+bool Acknowledged(CFaultkeeperAPI& api, std::chrono::seconds patience, bool& welcomed)
 {
+    for (const Clock::time_point end = Clock::now() + patience;;)
+    {
+        const bool acknowledged = api.WaitUntilAcknowledged(Clock::now() < end ? kTurnMilliseconds : 0);
+        welcomed = welcomed || api.Welcomed();
+        if (acknowledged || Clock::now() >= end)
+            return acknowledged;
+    }
+}
+
+/// @return true if the owner has acknowledged the report, false if it is one that does not do that
+bool Send(const SRequest& request, const ErrorId& id)
+{
+    const bool raise = request.raise;
     CFaultkeeperAPI api;
     if (!Connected(api))
         throw CFailure(epsNoOwner, kNoOwner);
     const EProblemType type = static_cast<EProblemType>(id.second);
     const int result =
         raise ? api.RaiseError(id.first, type, false, false) : api.ClearError(id.first, type, false);
+    bool welcomed = false;
+    if (result == 1 && Acknowledged(api, std::chrono::seconds(request.timeoutSeconds), welcomed))
+        return true;
+    if (welcomed)
+        throw CFailure(epsNoOwner, "no owner: the report was sent, but not acknowledged within " +
+                                       std::to_string(request.timeoutSeconds) +
+                                       " s; it may still be applied");
     if (result != 1 || !Delivered(api))
         throw CFailure(epsNoOwner, "no owner: the connection was lost before the report was sent");
+    return false;
 }
 
 EProgramStatus Report(const SSettings& settings, const SRequest& request)
 {
     const ErrorId id = CheckedId(settings, request.id);
-    Send(request.raise, id);
+    const bool acknowledged = Send(request, id);
     if (settings.json)
     {
         Json document = IdDocument(id.first, id.second);
         document["request"] = request.raise ? "raise" : "clear";
         document["sent"] = true;
+        document["acknowledged"] = acknowledged;
         PrintDocument(document);
     }
     else
         std::cout << (request.raise ? "raise" : "clear") << " of " << ErrorName(id.first, id.second) << " ("
-                  << ErrorNumber(id.first, id.second) << ") sent to the owner\n";
+                  << ErrorNumber(id.first, id.second) << ") sent to the owner"
+                  << (acknowledged ? " and acknowledged" : "") << "\n";
     if (!std::cout.flush()) // what is told of standard output next must not read as if nothing had been sent
         std::fprintf(stderr,
                      "faultkeeperctl: the report was sent to the owner, but that cannot be printed\n");
@@ -139,18 +167,25 @@ void AddOne(CCommandLine& commandLine, bool raise, const char* name, const char*
     CCommand command = commandLine.Add(
         name, what, details, [request](const SSettings& settings) { return Report(settings, *request); });
     command.Argument("ID", request->id, "the error");
+    command.Number("--timeout", request->timeoutSeconds, kMostSeconds,
+                   "seconds to wait for the owner's acknowledgement");
 }
 } // namespace
 
 void AddReport(CCommandLine& commandLine)
 {
-    AddOne(commandLine, true, "raise", "Report an error as raised",
-           "Sends the report to the owner on port 5300. The last field of a name is the failure mode, as "
-           "number or\n"
-           "name. With a configuration the error must be defined in it.\n"
-           "\"Sent\" means handed to the owner, which answers nothing and ignores errors that it does not "
-           "know.\n"
-           "Example: faultkeeperctl raise \"Positioning:GPS:No Data:2\"");
+    AddOne(
+        commandLine, true, "raise", "Report an error as raised",
+        "Sends the report to the owner on port 5300. The last field of a name is the failure mode, as "
+        "number or\n"
+        "name. With a configuration the error must be defined in it.\n"
+        "Waits until the owner acknowledges the report: it has applied it then, or logged that it does not "
+        "know\n"
+        "the error. An owner that never acknowledges anything counts as one that has taken it; \"and "
+        "acknowledged\"\n"
+        "is missing from the output then.\n"
+        "Exit status 3: nobody listens, or an owner that does acknowledge has not done so in time.\n"
+        "Example: faultkeeperctl raise \"Positioning:GPS:No Data:2\"");
     AddOne(commandLine, false, "clear", "Report an error as cleared",
            "Sends the report to the owner on port 5300, as \"raise\" does.\n"
            "Example: faultkeeperctl clear 0x40C1B:2");

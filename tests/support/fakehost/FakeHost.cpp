@@ -49,6 +49,7 @@ void CallIfSet(const std::function<void()>& hook)
 
 void* BListC::operator new(std::size_t size)
 {
+    CallIfSet(FakeHost::State().onList);
     return ::operator new(size);
 }
 

@@ -11,13 +11,15 @@
 #include <unistd.h>
 
 #include <stdexcept>
+#include <string>
+#include <thread>
 
 using namespace Support;
 
 namespace
 {
-constexpr const char* kRaise = "d4:argsli265243ei2ei0ee4:name10:RaiseErrore";
-constexpr const char* kClear = "d4:argsli265243ei2ee4:name10:ClearErrore";
+constexpr const char* kRaise = "d4:argsli265243ei2ei0ee4:name10:RaiseError3:seqi1ee";
+constexpr const char* kClear = "d4:argsli265243ei2ee4:name10:ClearError3:seqi1ee";
 
 // Stands in for an owner: takes connections on the port that all reports go to, and reads.
 class CListener
@@ -40,13 +42,20 @@ public:
     CListener& operator=(const CListener&) = delete;
 
     /// All that the next connection brings until it is closed.
-    std::string Received() const
+    /// @param answer  said once a report has come
+    std::string Received(const std::string& answer = "") const
     {
         struct pollfd waiting = {m_socket, POLLIN, 0};
         if (poll(&waiting, 1, kPatienceMilliseconds) != 1)
             return "nobody came";
         const int connection = accept(m_socket, nullptr, nullptr);
         std::string text;
+        char byte = 0;
+        while (!answer.empty() && text.find("3:seqi1ee") == std::string::npos &&
+               read(connection, &byte, 1) == 1)
+            text += byte;
+        if (write(connection, answer.data(), answer.size()) != static_cast<ssize_t>(answer.size()))
+            text += "not answered";
         char buffer[256];
         for (ssize_t count; (count = read(connection, buffer, sizeof buffer)) > 0;)
             text.append(buffer, static_cast<std::size_t>(count));
@@ -83,6 +92,47 @@ TEST_F(Report, ClearSendsOneMessageAndSaysSo)
     EXPECT_NE(owner.Received().find(kClear), std::string::npos);
 }
 
+TEST_F(Report, AnOwnersAcknowledgementIsWaitedForAndTold)
+{
+    const CListener owner;
+    std::string received;
+    std::thread thread([&] { received = owner.Received("d7:welcomei0eed3:acki1ee"); });
+    const SFinished finished = Ctl({"raise", kReceiver, "--timeout", "30"});
+    thread.join();
+    EXPECT_EQ(finished.status, 0);
+    EXPECT_EQ(finished.output,
+              "raise of Positioning:GPS:No Data:2 (0x40C1B:2) sent to the owner and acknowledged\n");
+    EXPECT_NE(received.find(kRaise), std::string::npos);
+}
+
+TEST_F(Report, AnAcknowledgementIsAlsoInTheDocument)
+{
+    const CListener owner;
+    std::thread thread([&] { owner.Received("d7:welcomei1ee"); });
+    const Json document = Document({"clear", kReceiver, "--timeout", "30"});
+    thread.join();
+    EXPECT_EQ(document["acknowledged"], true) << "a welcome with the report's number says as much";
+}
+
+TEST_F(Report, AnOwnerThatAcknowledgesButNotInTimeIsAsGoodAsNone)
+{
+    const CListener owner;
+    std::thread thread([&] { owner.Received("d7:welcomei0ee"); });
+    const SFinished finished = Ctl({"raise", kReceiver, "--timeout", "1"});
+    thread.join();
+    EXPECT_EQ(finished.status, 3);
+    EXPECT_EQ(finished.output, "");
+    EXPECT_EQ(finished.errors,
+              "faultkeeperctl: no owner: the report was sent, but not acknowledged within 1 s; "
+              "it may still be applied\n");
+}
+
+TEST_F(Report, ATimeoutOutOfRangeIsRefused)
+{
+    EXPECT_EQ(Ctl({"raise", kReceiver, "--timeout", "-1"}).status, 2);
+    EXPECT_EQ(Ctl({"raise", kReceiver, "--timeout", "soon"}).status, 2);
+}
+
 TEST_F(Report, ThatItWasSentIsToldAlsoWithoutStandardOutput)
 {
     const CListener owner;
@@ -101,7 +151,7 @@ TEST_F(Report, EveryFormOfAnIdentifierSendsTheSame)
     for (const char* const id :
          {"0x40C1B:2", "265243:2", "Positioning:GPS:No Data:DataErraticAndIntermittentlyIncorrect"})
     {
-        EXPECT_EQ(Ctl({"raise", id}).status, 0) << id;
+        EXPECT_EQ(Ctl({"raise", id, "--timeout", "0"}).status, 0) << id;
         EXPECT_NE(owner.Received().find(kRaise), std::string::npos) << id;
     }
 }
@@ -111,14 +161,15 @@ TEST_F(Report, GivesADocument)
     const CListener owner;
     EXPECT_EQ(
         Document({"raise", kReceiver}).dump(),
-        R"({"id":"Positioning:GPS:No Data:2","problemCode":265243,"problemType":2,"request":"raise","sent":true})");
+        R"({"id":"Positioning:GPS:No Data:2","problemCode":265243,"problemType":2,"request":"raise","sent":true,"acknowledged":false})");
 }
 
 TEST_F(Report, NeedsNoConfiguration)
 {
     const CListener owner;
     EXPECT_EQ(Bare({"raise", "Positioning:GPS:Crash:3"}).status, 0);
-    EXPECT_NE(owner.Received().find("d4:argsli265227ei3ei0ee4:name10:RaiseErrore"), std::string::npos);
+    EXPECT_NE(owner.Received().find("d4:argsli265227ei3ei0ee4:name10:RaiseError3:seqi1ee"),
+              std::string::npos);
 }
 
 TEST_F(Report, WithoutAnOwnerTheStatusIsThree)

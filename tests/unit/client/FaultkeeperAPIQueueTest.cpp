@@ -233,3 +233,21 @@ TEST_F(QueueTest, ASendThatThrowsDuringADrainKeepsTheQueueUsable)
     EXPECT_EQ(Drained(), "verify true\nverify true\n" + Sent("RaiseError(2, 2, 0)")); // 1 counts as sent
     EXPECT_EQ(Drained(), "");
 }
+
+TEST_F(QueueTest, WhatADrainHasSentBeforeASendThatThrowsIsNotSentAgain)
+{
+    QueueRaises({1});
+    EXPECT_EQ(m_api->ClearError(Id(1)), -1);
+    QueueRaises({2});
+    Connect();
+    int sends = 0;
+    m_host.onSend = [&]
+    {
+        if (++sends == 3)
+            throw std::runtime_error("no memory left");
+    };
+    EXPECT_THROW(m_api->ProcessQueuedErrors(), std::runtime_error);
+    m_host.onSend = nullptr;
+    EXPECT_EQ(Drained(), "verify true\n"); // 2 counts as sent
+    EXPECT_EQ(Drained(), "");
+}

@@ -1,6 +1,7 @@
 #include "FakeHostTest.h"
 
 #include <climits>
+#include <new>
 #include <stdexcept>
 
 using namespace Faultkeeper;
@@ -200,6 +201,16 @@ TEST_F(ClientTest, ASendThatThrowsLeavesTheNewStateNoted)
     EXPECT_EQ(FakeHost::TakeCalls(), "verify true\n" + Sent("RaiseError(265243, 2, 0)"));
     EXPECT_EQ(m_api->RaiseError(kId, false), 0);
     EXPECT_EQ(m_api->ClearError(kId), 1);
+}
+
+TEST_F(ClientTest, AMessageThatThereIsNoMemoryForIsNotNotedAsSent)
+{
+    m_host.onList = [] { throw std::bad_alloc(); };
+    EXPECT_THROW(m_api->RaiseError(kId, false), std::bad_alloc);
+    m_host.onList = nullptr;
+    EXPECT_EQ(FakeHost::TakeCalls(), "verify true\n");
+    EXPECT_EQ(m_api->RaiseError(kId, false), 1);
+    EXPECT_EQ(FakeHost::TakeCalls(), "verify true\n" + Sent("RaiseError(265243, 2, 0)"));
 }
 
 TEST_F(ClientTest, ARepeatFromWithinTheSendIsFoundToBeOne)

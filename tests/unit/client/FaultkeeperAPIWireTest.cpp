@@ -19,8 +19,16 @@ using namespace Faultkeeper;
 namespace
 {
 const std::pair<int, int> kNoData(265243, 2); // Positioning, GPS, No Data
-const std::string kRaiseBytes = "d4:argsli265243ei2ei0ee4:name10:RaiseErrore";
-const std::string kClearBytes = "d4:argsli265243ei2ee4:name10:ClearErrore";
+
+std::string RaiseBytes(int number)
+{
+    return "d4:argsli265243ei2ei0ee4:name10:RaiseError3:seqi" + std::to_string(number) + "ee";
+}
+
+std::string ClearBytes(int number)
+{
+    return "d4:argsli265243ei2ee4:name10:ClearError3:seqi" + std::to_string(number) + "ee";
+}
 
 /// Nobody else is on port 5300 meanwhile.
 class ClientWireTest : public testing::Test
@@ -53,7 +61,8 @@ TEST_F(ClientWireTest, TheFirstReportNeedsNoWaitingWhenTheOwnerIsThere)
     CFaultkeeperAPI api;
     EXPECT_EQ(api.RaiseError(kNoData, false), 1);
     owner.Accept();
-    EXPECT_EQ(owner.Read(kRaiseBytes.size()), "d4:argsli265243ei2ei0ee4:name10:RaiseErrore");
+    owner.ReadIntroduction();
+    EXPECT_EQ(owner.Read(RaiseBytes(1).size()), "d4:argsli265243ei2ei0ee4:name10:RaiseError3:seqi1ee");
 }
 
 TEST_F(ClientWireTest, RaisesAndClearsFollowEachOtherByteForByte)
@@ -67,9 +76,10 @@ TEST_F(ClientWireTest, RaisesAndClearsFollowEachOtherByteForByte)
     EXPECT_EQ(api->ClearError(-1, eptUnknown, false), 1);
     api.reset();
     owner.Accept();
-    const std::string expected = "d4:argsli265243ei2ei0ee4:name10:RaiseErrore"
-                                 "d4:argsli265243ei2ee4:name10:ClearErrore"
-                                 "d4:argsli-1ei21ee4:name10:ClearErrore";
+    owner.ReadIntroduction();
+    const std::string expected = "d4:argsli265243ei2ei0ee4:name10:RaiseError3:seqi1ee"
+                                 "d4:argsli265243ei2ee4:name10:ClearError3:seqi2ee"
+                                 "d4:argsli-1ei21ee4:name10:ClearError3:seqi3ee";
     EXPECT_EQ(owner.Read(expected.size()), expected);
     EXPECT_TRUE(owner.Ended());
 }
@@ -97,7 +107,8 @@ TEST_F(ClientWireTest, TheQueueIsSentInOrderOnceTheOwnerAppears)
     owner.Accept();
     AwaitConnection(api);
     api.ProcessQueuedErrors();
-    EXPECT_EQ(owner.Read(kRaiseBytes.size() + kClearBytes.size()), kRaiseBytes + kClearBytes);
+    owner.ReadIntroduction();
+    EXPECT_EQ(owner.Read(RaiseBytes(1).size() + ClearBytes(2).size()), RaiseBytes(1) + ClearBytes(2));
 }
 
 TEST_F(ClientWireTest, TheQueueIsSentBehindTheFirstReportThatGetsThrough)
@@ -108,7 +119,8 @@ TEST_F(ClientWireTest, TheQueueIsSentBehindTheFirstReportThatGetsThrough)
     Await("the connection", [&] { return api.ClearError(7, eptUnknown, false) == 1; });
     EXPECT_EQ(api.ClearError(7, eptUnknown, true), 0);
     owner.Accept();
-    const std::string expected = "d4:argsli7ei21ee4:name10:ClearErrore" + kRaiseBytes;
+    owner.ReadIntroduction();
+    const std::string expected = "d4:argsli7ei21ee4:name10:ClearError3:seqi1ee" + RaiseBytes(2);
     EXPECT_EQ(owner.Read(expected.size()), expected);
 }
 
@@ -124,7 +136,8 @@ TEST_F(ClientWireTest, ALostOwnerIsNoticedByTheNextReport)
     Await("a new connection",
           [&] { return api.RaiseError(kNoData.first, static_cast<EProblemType>(2), false, false) == 1; });
     owner.Accept();
-    EXPECT_EQ(owner.Read(kRaiseBytes.size()), kRaiseBytes);
+    owner.ReadIntroduction();
+    EXPECT_EQ(owner.Read(RaiseBytes(1).size()), RaiseBytes(1));
 }
 
 TEST_F(ClientWireTest, AnOwnerThatStartsAnewGetsWhatWasReportedMeanwhile)
@@ -133,7 +146,8 @@ TEST_F(ClientWireTest, AnOwnerThatStartsAnewGetsWhatWasReportedMeanwhile)
     CFaultkeeperAPI api;
     ASSERT_EQ(api.RaiseError(kNoData, false), 1);
     owner->Accept();
-    ASSERT_EQ(owner->Read(kRaiseBytes.size()), kRaiseBytes);
+    const std::string session = owner->ReadIntroduction();
+    ASSERT_EQ(owner->Read(RaiseBytes(1).size()), RaiseBytes(1));
     owner.reset();
     Await("the loss", [&] { return !api.VerifyConnection(); });
     EXPECT_EQ(api.ClearError(kNoData), -1);
@@ -141,5 +155,45 @@ TEST_F(ClientWireTest, AnOwnerThatStartsAnewGetsWhatWasReportedMeanwhile)
     AwaitConnection(api);
     api.ProcessQueuedErrors();
     owner->Accept();
-    EXPECT_EQ(owner->Read(kClearBytes.size()), kClearBytes);
+    EXPECT_EQ(owner->ReadIntroduction(), session);
+    EXPECT_EQ(owner->Read(ClearBytes(2).size()), ClearBytes(2));
+}
+
+TEST_F(ClientWireTest, AnOwnerThatKeepsAccountLosesNothingByBeingReplaced)
+{
+    auto owner = std::make_unique<CPlainListener>();
+    CFaultkeeperAPI api;
+    ASSERT_EQ(api.RaiseError(kNoData, false), 1);
+    owner->Accept();
+    owner->ReadIntroduction();
+    owner->Say("d7:welcomei0ee");
+    Await("the welcome",
+          [&]
+          {
+              api.ProcessMessages(false);
+              return api.Welcomed();
+          });
+    owner.reset();
+    Await("the loss",
+          [&]
+          {
+              api.ProcessMessages(false);
+              return !api.Connected();
+          });
+    EXPECT_EQ(api.ClearError(kNoData), 1) << "it will arrive";
+    EXPECT_EQ(api.ClearError(kNoData), 0);
+    owner = std::make_unique<CPlainListener>();
+    Await("the client",
+          [&]
+          {
+              api.ProcessMessages(false);
+              return owner->Waiting();
+          });
+    owner->Accept();
+    owner->ReadIntroduction();
+    owner->Say("d7:welcomei0ee");
+    EXPECT_FALSE(api.WaitUntilAcknowledged(100));
+    EXPECT_EQ(owner->Read(RaiseBytes(1).size() + ClearBytes(2).size()), RaiseBytes(1) + ClearBytes(2));
+    owner->Say("d3:acki2ee");
+    EXPECT_TRUE(api.WaitUntilAcknowledged(30000));
 }

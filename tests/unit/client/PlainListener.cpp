@@ -59,6 +59,22 @@ void CPlainListener::Accept()
     m_client = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
 }
 
+void CPlainListener::Say(const std::string& bytes)
+{
+    if (send(m_client, bytes.data(), bytes.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(bytes.size()))
+        throw std::runtime_error("the client does not take " + bytes);
+}
+
+std::string CPlainListener::ReadIntroduction()
+{
+    const std::string begin = "d4:argsl32:";
+    const std::string end = "e4:name5:Helloe";
+    const std::string bytes = Read(begin.size() + 32 + end.size());
+    if (bytes.compare(0, begin.size(), begin) != 0 || bytes.compare(begin.size() + 32, end.size(), end) != 0)
+        throw std::runtime_error("no introduction: " + bytes);
+    return bytes.substr(begin.size(), 32);
+}
+
 std::string CPlainListener::Read(std::size_t size)
 {
     std::string bytes(size, '\0');
@@ -70,6 +86,19 @@ std::string CPlainListener::Read(std::size_t size)
         if (got <= 0)
             throw std::runtime_error("the client ended after " + bytes.substr(0, have));
         have += static_cast<std::size_t>(got);
+    }
+    return bytes;
+}
+
+std::string CPlainListener::ReadToEnd()
+{
+    std::string bytes;
+    char piece[4096];
+    for (ssize_t got = sizeof piece; got > 0;)
+    {
+        AwaitReadable(m_client, "bytes or the client's end");
+        got = recv(m_client, piece, sizeof piece, 0);
+        bytes.append(piece, got > 0 ? static_cast<std::size_t>(got) : 0);
     }
     return bytes;
 }

@@ -17,8 +17,14 @@ public:
     bool Waiting() const;
     /// Takes the next client in place of the one before.
     void Accept();
+    /// Sends bytes to the client.
+    void Say(const std::string& bytes);
+    /// What every connection begins with; fails if it is anything else. Returns the session it tells.
+    std::string ReadIntroduction();
     /// The next bytes from the client, as many as asked for.
     std::string Read(std::size_t size);
+    /// All bytes from the client until it ends.
+    std::string ReadToEnd();
     /// Has the client ended, with nothing unread?
     bool Ended();
     /// Ends the connection with the client.

@@ -174,3 +174,79 @@ TEST_F(NotificationHandler, LogsAPeerThatIsTurnedAway)
     EXPECT_EQ(WarnedBy([&] { m_handler.PeerTurnedAway(peer); }),
               "faultkeeperd: warning: 127.0.0.1:40312: turned away, there are too many connections\n");
 }
+
+TEST_F(NotificationHandler, TakesNumbersAsTheyCome)
+{
+    const MPIPeerC peer{7, "127.0.0.1:40312"};
+    const std::int64_t raise[] = {0x40C09, 9, 0};
+    EXPECT_EQ(WarnedBy([&] { m_handler.NumbersReceived(peer, {"RaiseError", raise, 3, 68, 0}); }), "");
+    EXPECT_TRUE(Active(kLinkSensor));
+    EXPECT_EQ(WarnedBy([&] { m_handler.NumbersReceived(peer, {"ClearError", raise, 2, 68, 0}); }), "");
+    EXPECT_TRUE(NothingActive());
+}
+
+TEST_F(NotificationHandler, ComplainsOfWrongNumbersInTheSameWords)
+{
+    const MPIPeerC peer{7, "127.0.0.1:40312"};
+    const std::int64_t numbers[] = {0x40C09, 9, 0, 0};
+    const std::int64_t tooLarge[] = {std::int64_t{1} << 32, 9};
+    const std::int64_t unknown[] = {0x40C1B, 4};
+    const auto complaint = [&](const MPINumbersC& notification)
+    { return WarnedBy([&] { EXPECT_TRUE(m_handler.NumbersReceived(peer, notification)); }); };
+    const std::string begin = "faultkeeperd: warning: 127.0.0.1:40312 at byte 68: ";
+    EXPECT_EQ(complaint({"ClearError", numbers, 3, 68, 0}),
+              begin + "ClearError with wrong arguments: 3 arguments\n");
+    EXPECT_EQ(complaint({"RaiseError", numbers, 4, 68, 0}),
+              begin + "RaiseError with wrong arguments: 4 arguments\n");
+    EXPECT_EQ(complaint({"RaiseError", numbers, 1, 68, 0}),
+              begin + "RaiseError with wrong arguments: 1 arguments\n");
+    EXPECT_EQ(complaint({"RaiseError", tooLarge, 2, 68, 0}),
+              begin + "RaiseError with wrong arguments: argument 1 is out of range\n");
+    EXPECT_EQ(complaint({"RaiseError", unknown, 2, 68, 0}),
+              begin + "RaiseError of an unknown error Positioning:GPS:No Data:4 (0x40C1B:4)\n");
+    EXPECT_EQ(complaint({"Help", numbers, 1, 68, 0}), begin + "unknown notification \"Help\"\n");
+}
+
+TEST_F(NotificationHandler, AppliesWhatIsSentAgainOnce)
+{
+    const MPIPeerC first{7, "127.0.0.1:40312", "0123456789abcdef0123456789abcdef"};
+    const MPIPeerC second{8, "127.0.0.1:40313", first.session};
+    const std::int64_t id[] = {0x40C09, 9};
+    m_handler.PeerIntroduced(first);
+    m_handler.NumbersReceived(first, {"RaiseError", id, 2, 58, 1});
+    m_handler.NumbersReceived(first, {"ClearError", id, 2, 100, 2});
+    m_handler.PeerDisconnected(first);
+    m_handler.PeerIntroduced(second);
+    m_handler.NumbersReceived(second, {"RaiseError", id, 2, 58, 1});
+    EXPECT_TRUE(NothingActive()) << "it was cleared since";
+    BListC arguments;
+    arguments.Append(std::make_unique<BAtomC>(std::int64_t{0x40C09}));
+    arguments.Append(std::make_unique<BAtomC>(std::int64_t{9}));
+    const BDictionaryC message;
+    const std::string name = "RaiseError";
+    m_handler.NotificationReceived(second, {name, arguments, message, 68, 2});
+    EXPECT_TRUE(NothingActive()) << "however it is decoded";
+    m_handler.NotificationReceived(second, {name, arguments, message, 68, 3});
+    EXPECT_TRUE(Active(kLinkSensor));
+}
+
+TEST_F(NotificationHandler, NumbersWithoutASessionMeanNothing)
+{
+    const MPIPeerC peer{7, "127.0.0.1:40312"};
+    const std::int64_t id[] = {0x40C09, 9};
+    m_handler.NumbersReceived(peer, {"RaiseError", id, 2, 0, 5});
+    m_handler.NumbersReceived({8, "127.0.0.1:40313"}, {"ClearError", id, 2, 0, 1});
+    EXPECT_TRUE(NothingActive());
+}
+
+TEST_F(NotificationHandler, SessionsHaveNumbersOfTheirOwn)
+{
+    const MPIPeerC first{7, "127.0.0.1:40312", "0123456789abcdef0123456789abcdef"};
+    const MPIPeerC second{8, "127.0.0.1:40313", "fedcba9876543210fedcba9876543210"};
+    const std::int64_t id[] = {0x40C09, 9};
+    m_handler.PeerIntroduced(first);
+    m_handler.PeerIntroduced(second);
+    m_handler.NumbersReceived(first, {"RaiseError", id, 2, 0, 5});
+    m_handler.NumbersReceived(second, {"ClearError", id, 2, 0, 1});
+    EXPECT_TRUE(NothingActive());
+}

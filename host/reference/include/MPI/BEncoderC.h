@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 class BElementC;
 
@@ -20,7 +21,7 @@ public:
     /// The single steps, for messages put together without elements. Whoever uses them ends every list and
     /// dictionary begun, and writes dictionaries as key, value, key, value with the keys in ascending order.
     void Integer(std::int64_t value);
-    void Text(const std::string& text);
+    void Text(std::string_view text);
     void BeginList() { Begin('l'); }
     void BeginDictionary() { Begin('d'); }
     void End();

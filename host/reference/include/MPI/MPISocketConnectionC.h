@@ -3,6 +3,7 @@
 
 #include <Core/Export.h>
 #include <MPI/BDecoderC.h>
+#include <MPI/BEncoderC.h>
 #include <MPI/Socket.h>
 
 #include <cstdint>
@@ -13,12 +14,12 @@
 
 class BDictionaryC;
 class BElementC;
-class BEncoderC;
 class BListC;
 
 /// A connection over which two programs send each other messages: named notifications with arguments.
 ///
-/// On the wire a notification is the bencoded dictionary {"args": [...], "name": "..."}.
+/// On the wire a notification is the bencoded dictionary {"args": [...], "name": "..."}. A client's are
+/// numbered, {"args": [...], "name": "...", "seq": n}, and delivered with confirmation; see MPISocketClientC.
 ///
 /// Ownership: arguments and messages passed by pointer are borrowed.
 /// Failure: input that is no message, or too large or too deep a one, closes the connection; Refused and the
@@ -86,13 +87,40 @@ public:
     /// @param message  borrowed, not null
     virtual void MessageReceived(BDictionaryC* message);
 
-    /// Sends a notification; see SendMessage.
+    /// Sends a notification; see SendMessage. A client's is also accepted, and kept, without a connection as
+    /// long as its session is as good as one (MPISocketClientC::VerifyConnection).
     /// @param arguments  borrowed; null is an empty list
     /// @return as SendMessage
     bool SendNotification(const std::string& name, BListC* arguments);
 
+    /// Between the two, messages are gathered in the outbox and sent in large pieces, the last by the last
+    /// EndBatch. For many messages in a row; whether each can be sent is found out as without. May be nested.
+    void BeginBatch();
+    void EndBatch();
+
     /// Has the outbox room for a message of the largest size?
     bool HasRoom() const;
+
+    /// Has the receiver at the other end welcomed this client's session? Then it acknowledges notifications.
+    bool Welcomed() const;
+
+    /// Notifications accepted but not yet taken by the system whole, of this connection after a loss.
+    std::size_t WaitingCount() const;
+
+    /// Notifications that the system has taken whole at least once.
+    std::uint64_t SentCount() const;
+
+    /// Notifications accepted but not acknowledged; all of them, if the receiver acknowledges nothing. Those
+    /// given up by Destroy do not count.
+    std::uint64_t UnacknowledgedCount() const;
+
+    /// Waits until every notification accepted so far is acknowledged, connecting again and sending again as
+    /// VerifyConnection would. For programs that report and end: an acknowledged notification has arrived.
+    /// From within a turn it only looks.
+    /// @param timeoutMilliseconds  the longest wait; 0 only looks, -1 waits without limit
+    /// @return true if all are acknowledged, also if there were none; false if the time is over, or if the
+    ///         connection is lost and not made again by itself
+    bool WaitUntilAcknowledged(int timeoutMilliseconds);
 
     /// Registers what to call for a notification; it takes the place of what was registered before.
     void RegisterCallback(const std::string& name, Callback callback);
@@ -107,7 +135,21 @@ public:
 protected:
     const BDecoderC& Decoder() const { return m_decoder; }
 
+    /// The batch that is under way, never the same one twice in a row; 0 if none is.
+    unsigned Batch() const { return m_batches > 0 ? m_batch : 0; }
+
+    /// Are notifications accepted without a connection?
+    bool Bridges() const;
+
+    /// Is a lost connection made again from CheckCallbacks? No at first.
+    bool ConnectsAgain() const { return m_connectsAgain; }
+    void ConnectsAgain(bool connectsAgain) { m_connectsAgain = connectsAgain; }
+
 private:
+    bool SendEncoded(BEncoderC& encoder, const std::string& name, BListC* arguments);
+    bool SendNumbered(const std::string& message, std::uint64_t number);
+    void FlushUnlessGathering(bool look);
+    void Hear(const BDictionaryC& message);
     std::unique_ptr<BDictionaryC> DecodeBuffered();
     bool ReadMore(bool limited);
     int HandleMessages();
@@ -117,6 +159,13 @@ private:
 
     int m_timeout = 1000;
     bool m_inTurn = false;
+    bool m_connectsAgain = false;
+    int m_batches = 0;    // begun and not ended
+    unsigned m_batch = 0; // the outermost of them, or the last
+    BEncoderC m_encoder;  // of notifications, so that its memory is used again
+    bool m_encoding = false;
+    const BEncoderC* m_numbered = nullptr; // holds the notification of m_number on its way to SendMessage
+    std::uint64_t m_number = 0;
     std::size_t m_turnBytes = 0; // read during this turn
     unsigned m_connection = 0;   // the one that input and decoder belong to
     std::string m_input;         // read, decoded up to m_decoded

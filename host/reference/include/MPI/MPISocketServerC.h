@@ -7,8 +7,10 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 class BDictionaryC;
+class BElementC;
 class BListC;
 
 /// One connection to a server, as its handler sees it.
@@ -16,6 +18,7 @@ struct CORE_EXPORT MPIPeerC
 {
     std::uint64_t connection; ///< counts from 1 in the order of arrival; never used twice by a server
     std::string name;         ///< "127.0.0.1:40312" or "[::1]:40312"; "unknown" if it had gone already
+    std::string session = {}; ///< 32 hexadecimal digits; empty as long as the peer has not introduced itself
 };
 
 /// A notification that a server has received; everything is borrowed for the call.
@@ -25,6 +28,20 @@ struct CORE_EXPORT MPINotificationC
     const BListC& arguments;
     const BDictionaryC& message; ///< all of it: the two above and whatever else the sender put in
     std::uint64_t offset; ///< of the message's first byte, counted in bytes from the connection's beginning
+    std::uint64_t number = 0; ///< its "seq", from 1 on and rising within the connection; 0 if it has none
+};
+
+/// A notification whose arguments are numbers, up to kMaximumCount of them, and that has nothing beyond those
+/// and its own number: most are. No elements are made for it. Everything is borrowed for the call.
+struct CORE_EXPORT MPINumbersC
+{
+    static constexpr std::size_t kMaximumCount = 16;
+
+    std::string_view name;
+    const std::int64_t* arguments;
+    std::size_t count;    ///< of arguments
+    std::uint64_t offset; ///< as in MPINotificationC
+    std::uint64_t number; ///< likewise
 };
 
 /// What a server tells its owner. All calls come from within MPISocketServerC::Serve or Close, on that
@@ -37,19 +54,37 @@ public:
     /// Somebody has connected. Does nothing by default.
     virtual void PeerConnected(const MPIPeerC& peer);
 
+    /// The peer has introduced itself ("Hello"), which only the first message of a connection can do: from
+    /// here on `peer.session` tells who it is, over all its connections. A handler that keeps account of
+    /// sessions answers with MPISocketServerC::Welcome, now or later. Does nothing by default, and a peer
+    /// that is not welcomed expects no acknowledgements.
+    virtual void PeerIntroduced(const MPIPeerC& peer);
+
     /// A notification has come in; those of one connection come in the order in which they were sent.
     /// @return false to refuse it: that connection is closed, and what else it has sent is not read
     virtual bool NotificationReceived(const MPIPeerC& peer, const MPINotificationC& notification) = 0;
 
+    /// A notification of numbers has come in. Makes the elements and calls NotificationReceived by default;
+    /// handlers in a hurry do without.
+    /// @return as NotificationReceived
+    virtual bool NumbersReceived(const MPIPeerC& peer, const MPINumbersC& notification);
+
+    /// A connection has had its turn: MPISocketServerC::kBatchMessages notifications have come from it, or
+    /// what was read of it is used up. Called after each turn in which there were any, before anything else
+    /// is told of this connection: the moment to apply and acknowledge them together. Does nothing by
+    /// default.
+    virtual void BatchEnded(const MPIPeerC& peer);
+
     /// A connection has sent something that is no notification, or has ended in the middle of one, and is
-    /// closed.
-    /// @param offset  of the first wrong byte; of the first byte of a message that is no notification; or of
+    /// closed. That includes an introduction that is malformed, repeated, or not the first message, and a
+    /// "seq" that is not a number from 1 on or not greater than the one before.
+    /// @param offset  of the first wrong byte; of the first byte of a message that is wrong as a whole; or of
     ///                the end. Counted in bytes from the connection's beginning
     /// @param reason  in words, without the peer and the offset
     virtual void InputRefused(const MPIPeerC& peer, std::uint64_t offset, const std::string& reason) = 0;
 
-    /// A connection was turned away because there are kMaximumConnections already, or the process has no
-    /// descriptors left; its number is 0. Does nothing by default.
+    /// A connection was turned away because there are as many as may be, or the process has no descriptors
+    /// left; its number is 0. Does nothing by default.
     virtual void PeerTurnedAway(const MPIPeerC& peer);
 
     /// A connection has ended, for whatever reason; nothing more comes from it. Does nothing by default.
@@ -59,15 +94,17 @@ public:
 /// The receiving end of message connections, for the process that owns the error state.
 ///
 /// Everything happens within Serve, which hands what comes in to a handler. A connection that sends nonsense
-/// is closed by itself; no connection holds up another: each gets a bounded turn, and memory per connection
-/// is bounded.
+/// is closed by itself; no connection holds up another: each gets a turn of kBatchMessages at most, and what
+/// comes in meanwhile from those without anything left over goes first. Memory per connection is bounded, in
+/// both directions: a peer that does not read gets only the last of its acknowledgements, and no answers.
 ///
 /// Ownership: the handler is borrowed.
 /// Threads: none inside; one thread at a time.
 class CORE_EXPORT MPISocketServerC
 {
 public:
-    static constexpr std::size_t kMaximumConnections = 256;
+    static constexpr std::size_t kMaximumConnections = 256; ///< unless told otherwise
+    static constexpr int kBatchMessages = 1024;
 
     /// A server that does not listen yet.
     /// @param handler  borrowed; must live as long as the server
@@ -75,6 +112,10 @@ public:
     ~MPISocketServerC(); ///< closes like Close, but without telling the handler
     MPISocketServerC(const MPISocketServerC&) = delete;
     MPISocketServerC& operator=(const MPISocketServerC&) = delete;
+
+    /// How many connections may be up. Fewer than there are ends none.
+    std::size_t MaximumConnections() const;
+    void MaximumConnections(std::size_t count);
 
     /// Listens on the loopback only: on 127.0.0.1, and on ::1 where there is one.
     /// @param port  0 lets the system choose; Port tells which it was
@@ -106,6 +147,23 @@ public:
     ///                             A signal ends the wait
     /// @return notifications handed over, 0 or more; -1 if the system refused, Error tells why
     int Serve(int timeoutMilliseconds);
+
+    /// Answers an introduction: everything of that session up to `number` has been applied, and what comes
+    /// will be acknowledged. To be called once for a connection, before any Acknowledge for it; may be called
+    /// from within the handler. Nothing happens if the connection has ended.
+    void Welcome(std::uint64_t connection, std::uint64_t number);
+
+    /// Tells a peer that everything of its session up to `number` is applied and kept. It is sent when
+    /// nothing has come from the peer for some milliseconds, or a good deal without a pause: a peer that has
+    /// just ended would lose what its system still had to send. Of several that wait the last is sent. May be
+    /// called from within the handler. Nothing happens if the connection has ended.
+    void Acknowledge(std::uint64_t connection, std::uint64_t number);
+
+    /// Sends a peer any message, such as the answer to a question. May be called from within the handler.
+    /// @param message  borrowed
+    /// @return false if the connection has ended, the peer has not yet taken what it was sent before, or the
+    ///         message is beyond the limits of BDecoderC; nothing is sent then
+    bool Answer(std::uint64_t connection, const BElementC& message);
 
     /// Connections that are up.
     std::size_t ConnectionCount() const;

@@ -4,8 +4,12 @@
 #include <Core/Export.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
+
+class MessageOutbox;
+class SessionDelivery;
 
 /// A TCP connection that never keeps its owner waiting unless it is told to.
 ///
@@ -22,7 +26,7 @@
 class CORE_EXPORT Socket
 {
 public:
-    /// The outbox holds this many bytes, the message being sent included.
+    /// The outbox holds this many bytes, the message being sent and those kept for sending again included.
     static constexpr std::size_t kOutboxBytes = 1048576; // 1 MiB
 
     /// So many bytes are read at once.
@@ -31,9 +35,10 @@ public:
     Socket();
 
     /// Hands the kernel what it takes of the outbox, reads away what is pending (unread input would make the
-    /// kernel cut off what we sent), then shuts writing down and closes. Does not wait. In a process forked
-    /// since the connection was made, it and Close only close the copy of the descriptor: the connection and
-    /// the outbox are the parent's.
+    /// kernel cut off what we sent), then shuts writing down and closes. Does not wait for anybody; only
+    /// where the peer acknowledges notifications, the kernel is given 500 ms to pass on what it has, as long
+    /// as it gets on with it within 100 ms. In a process forked since the connection was made, it and Close
+    /// only close the copy of the descriptor: the connection and the outbox are the parent's.
     virtual ~Socket();
 
     /// Called by a wait that has ended without any input.
@@ -104,12 +109,31 @@ public:
     const std::string& PeerName() const;
 
 protected:
-    /// Puts a whole message into the outbox and sends what can be sent without waiting.
+    /// Puts a whole message into the outbox; Flush sends it.
+    /// @param number  in the session, if it has one; such a message stays until it is acknowledged
     /// @return false if the outbox has no room for it; nothing of it is kept then
-    bool Send(const std::string& message);
+    bool Queue(const std::string& message, std::uint64_t number);
 
     /// Sends what can be sent of the outbox without waiting. Without a connection nothing happens.
-    void Flush();
+    /// @param look  look at the connection first, and send nothing to a peer that has ended its own sending
+    void Flush(bool look);
+
+    /// From here on every connection begins with an introduction, and what is sent with a number is looked
+    /// after beyond the connection's end.
+    void StartSession(bool bridgesOutages);
+    SessionDelivery* Session() const; ///< null without
+
+    const MessageOutbox& Outbox() const;
+
+    /// While on, small messages go out at once. Off, they may wait until the peer's system has acknowledged
+    /// those before. On for each new connection.
+    void SendWithoutDelay(bool on);
+
+    /// From here on a connection that takes no more output is read to its end before it counts as lost.
+    void ReadToTheEnd();
+
+    /// Is there a connection? Looks at nothing.
+    bool Up() const;
 
     /// Forgets all messages in the outbox.
     void DropOutbox();
@@ -119,6 +143,9 @@ protected:
     /// @param input  replaced, before anything is told to DataReceived and the operations after it
     /// @return the bytes read, 0 if there were none
     std::size_t Receive(std::string& input);
+
+    /// The same into memory of the caller's, without telling anybody but, of a loss, Disconnected.
+    std::size_t Receive(char* buffer, std::size_t size);
 
     /// Waits until the socket has input, can go on sending, or the time is over, and serves the extra reader.
     /// @param timeoutMilliseconds  0 only looks; -1 waits without limit

@@ -1,6 +1,25 @@
 #include <MPI/MPISocketClientC.h>
 
-MPISocketClientC::MPISocketClientC(bool reconnect) : m_reconnect(reconnect) {}
+#include <ctime>
+
+namespace
+{
+
+/// By a clock that is cheap to read and counts in steps of a millisecond or more.
+std::int64_t Milliseconds()
+{
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
+    return static_cast<std::int64_t>(time.tv_sec) * 1000 + time.tv_nsec / 1000000;
+}
+
+} // namespace
+
+MPISocketClientC::MPISocketClientC(bool reconnect)
+{
+    ConnectsAgain(reconnect);
+    StartSession(reconnect);
+}
 
 MPISocketClientC::~MPISocketClientC() = default;
 
@@ -8,7 +27,8 @@ void MPISocketClientC::CheckCallbacks()
 {
     MPISocketConnectionC::CheckCallbacks();
     // A descriptor means that a connection is being made, or that a lost one still has input to read.
-    if (!m_reconnect || Descriptor() >= 0 || Connected() || MillisecondsSinceAttempt() < kRetryMilliseconds)
+    if (!ConnectsAgain() || Descriptor() >= 0 || Connected() ||
+        MillisecondsSinceAttempt() < kRetryMilliseconds)
         return;
     const unsigned before = AttemptCount();
     Reconnect(-1);
@@ -18,21 +38,49 @@ void MPISocketClientC::CheckCallbacks()
 
 bool MPISocketClientC::VerifyConnection()
 {
+    if (LookedAtJustNow())
+        return true;
+    if (m_noForRoom && NoHolds())
+        return SayNoAgain();
     ProcessMessages(false);
-    if (!Connected())
+    bool up = Bridges() ? Up() : Connected();
+    if (!up)
+    {
         CheckCallbacks(); // the loss may have come out only now, and its time to be tried again be there
-                          // already
-    const bool yes = Connected() && HasRoom();
-    if (NoHolds() && (!yes || Socket::Connected())) // who overrides Connected is free without a connection
-        return false;
+        up = Bridges() || Connected();
+    }
+    const bool yes = up && HasRoom();
+    m_lookTime = -1;
+    // Who overrides Connected is free without a connection.
+    if (NoHolds() && (!yes || Bridges() || Socket::Connected()))
+        return SayNoAgain();
     m_saidNo = !yes;
+    m_noForRoom = !yes && Bridges();
+    m_batchOfNo = Batch();
     m_noTime = Clock::now();
     m_ownersAttemptAtNo = OwnersAttempts();
+    if (yes && Welcomed())
+        m_lookTime = Milliseconds();
     return yes;
+}
+
+bool MPISocketClientC::SayNoAgain()
+{
+    m_batchOfNo = Batch();
+    return false;
+}
+
+bool MPISocketClientC::LookedAtJustNow() const
+{
+    return m_lookTime >= 0 && Welcomed() && HasRoom() && Milliseconds() == m_lookTime;
 }
 
 bool MPISocketClientC::NoHolds() const
 {
-    return m_saidNo && m_ownersAttemptAtNo == OwnersAttempts() &&
-           Clock::now() - m_noTime < std::chrono::milliseconds(kRetryMilliseconds);
+    if (!m_saidNo || m_ownersAttemptAtNo != OwnersAttempts())
+        return false;
+    if (Batch() != 0 && Batch() == m_batchOfNo)
+        return true;
+    const int duration = m_noForRoom ? kNoRoomMilliseconds : kRetryMilliseconds;
+    return Clock::now() - m_noTime < std::chrono::milliseconds(duration);
 }

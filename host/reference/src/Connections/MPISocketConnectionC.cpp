@@ -1,9 +1,9 @@
 #include <MPI/MPISocketConnectionC.h>
 
+#include "Connections/FlagScope.h"
 #include "Connections/NotificationParts.h"
 #include "Sockets/Deadline.h"
-
-#include <MPI/BEncoderC.h>
+#include "Sockets/SessionDelivery.h"
 
 #include <utility>
 
@@ -11,19 +11,6 @@ namespace
 {
 
 constexpr int kLongestWaitUnconnected = 250; // as often as a client may connect again
-
-/// Raises a flag for one scope.
-class FlagScope
-{
-public:
-    explicit FlagScope(bool& flag) : m_flag(flag) { m_flag = true; }
-    ~FlagScope() { m_flag = false; }
-    FlagScope(const FlagScope&) = delete;
-    FlagScope& operator=(const FlagScope&) = delete;
-
-private:
-    bool& m_flag;
-};
 
 } // namespace
 
@@ -94,34 +81,9 @@ int MPISocketConnectionC::HandleMessages()
 void MPISocketConnectionC::CheckCallbacks()
 {
     Socket::Connected(); // goes on connecting
-    Flush();
-}
-
-bool MPISocketConnectionC::SendMessage(BEncoderC* message)
-{
-    const bool fits = message->Bytes().size() <= BDecoderC::kMaximumMessageBytes &&
-                      message->Depth() <= BDecoderC::kMaximumDepth;
-    return fits && Connected() && Send(message->Bytes());
-}
-
-bool MPISocketConnectionC::SendMessageElement(BElementC* element)
-{
-    BEncoderC encoder;
-    encoder.Element(*element);
-    return SendMessage(&encoder);
-}
-
-bool MPISocketConnectionC::SendNotification(const std::string& name, BListC* arguments)
-{
-    const BListC none;
-    BEncoderC encoder;
-    encoder.BeginDictionary(); // written in steps because a dictionary would want to own the arguments
-    encoder.Text("args");
-    encoder.Element(arguments != nullptr ? *arguments : none);
-    encoder.Text("name");
-    encoder.Text(name);
-    encoder.End();
-    return SendMessage(&encoder);
+    if (Session() != nullptr)
+        Session()->LosePatience();
+    FlushUnlessGathering(!Welcomed());
 }
 
 std::unique_ptr<BDictionaryC> MPISocketConnectionC::ReceiveMessage(bool wait)
@@ -131,7 +93,10 @@ std::unique_ptr<BDictionaryC> MPISocketConnectionC::ReceiveMessage(bool wait)
     {
         FollowConnection();
         if (auto message = DecodeBuffered())
+        {
+            Hear(*message);
             return message;
+        }
         if (ReadMore(!wait))
             continue;
         if (!wait || Descriptor() < 0 || deadline.Passed())
@@ -185,11 +150,6 @@ void MPISocketConnectionC::MessageReceived(BDictionaryC* message)
     const NotificationParts parts(*message);
     if (parts.Complete() && !DoCallback(*parts.name, parts.arguments))
         DoClientCallback(*parts.name, parts.arguments);
-}
-
-bool MPISocketConnectionC::HasRoom() const
-{
-    return BytesWaiting() + BDecoderC::kMaximumMessageBytes <= kOutboxBytes;
 }
 
 void MPISocketConnectionC::RegisterCallback(const std::string& name, Callback callback)

@@ -8,21 +8,24 @@
 #include <string>
 
 /// The two parts that make a message a notification, borrowed from it.
-struct NotificationParts
+template <typename Dictionary, typename List> struct NotificationPartsOf
 {
-    explicit NotificationParts(BDictionaryC& message)
+    explicit NotificationPartsOf(Dictionary& message)
     {
         const BElementC* const nameElement = message.Find("name");
         const BAtomC* const atom = nameElement != nullptr ? nameElement->AsAtom() : nullptr;
         name = atom != nullptr && !atom->IsInteger() ? &atom->Text() : nullptr;
-        BElementC* const argumentsElement = message.Find("args");
+        auto* const argumentsElement = message.Find("args");
         arguments = argumentsElement != nullptr ? argumentsElement->AsList() : nullptr;
     }
 
     bool Complete() const { return name != nullptr && arguments != nullptr; }
 
     const std::string* name; // null if there is none, or if it is no text
-    BListC* arguments;       // null if there are none, or if they are no list
+    List* arguments;         // null if there are none, or if they are no list
 };
+
+using NotificationParts = NotificationPartsOf<BDictionaryC, BListC>;
+using ConstNotificationParts = NotificationPartsOf<const BDictionaryC, const BListC>;
 
 #endif

@@ -3,48 +3,242 @@
 #include "Connections/NotificationParts.h"
 #include "Sockets/SocketCalls.h"
 
+#include <MPI/BEncoderC.h>
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr const char* kIntroduction = "Hello";
+constexpr std::size_t kSessionDigits = 32;
+
+// An acknowledgement to a client that has just ended makes its system cut off what it still has to send. So
+// none is sent before nothing has come in for a moment, or else so much has that a client which goes on must
+// be about to wait for it.
+constexpr std::size_t kReadAtMostWithoutAcknowledging = 786432; // three quarters of what a client keeps
+
+bool IsHexadecimal(char digit)
+{
+    return (digit >= '0' && digit <= '9') || (digit >= 'a' && digit <= 'f') || (digit >= 'A' && digit <= 'F');
+}
+
+/// The session that an introduction tells of; null if it is none.
+const std::string* SessionIn(const BListC& arguments)
+{
+    const BAtomC* const atom = arguments.Size() == 1 ? arguments.At(0)->AsAtom() : nullptr;
+    if (atom == nullptr || atom->IsInteger() || atom->Text().size() != kSessionDigits)
+        return nullptr;
+    const std::string& text = atom->Text();
+    return std::all_of(text.begin(), text.end(), IsHexadecimal) ? &text : nullptr;
+}
+
+} // namespace
+
 ServerConnection::ServerConnection(MPIServerHandlerC& handler, std::uint64_t number,
                                    FileDescriptor descriptor)
     : m_handler(handler), m_peer()
 {
+    ReadToTheEnd();
     m_peer.connection = number;
     Accept(descriptor.Release());
     m_peer.name = PeerName();
 }
 
-int ServerConnection::Serve()
+int ServerConnection::Serve(char* buffer, std::size_t size)
 {
     m_passedOn = 0;
-    ProcessMessages(false);
-    if (!m_ended)
-        TellRefusal();
+    m_bytesRead = 0;
+    if (HasLeftover())
+        m_next += PassOn(std::string_view(m_leftover).substr(m_next));
+    else
+        PassOnFrom(buffer, size);
+    if (!HasLeftover())
+    {
+        m_next = 0;
+        std::string().swap(m_leftover); // idle connections are many, and keep nothing
+    }
+    Conclude();
     return m_passedOn;
 }
 
-void ServerConnection::TellRefusal()
+void ServerConnection::PassOnFrom(char* buffer, std::size_t size)
 {
-    if (Refused())
-        m_handler.InputRefused(m_peer, RefusalOffset(), RefusalReason());
-    else if (Descriptor() < 0 && Decoder().Incomplete())
-        m_handler.InputRefused(m_peer, Decoder().StreamOffset(), "connection ended within a message");
-}
-
-void ServerConnection::MessageReceived(BDictionaryC* message)
-{
-    if (m_ended)
+    m_bytesRead = Receive(buffer, size);
+    m_unacknowledgedBytes += m_bytesRead;
+    if (m_bytesRead == 0)
         return;
-    const std::uint64_t offset = Decoder().MessageOffset();
-    const NotificationParts parts(*message);
-    if (!parts.Complete())
-    {
-        m_ended = true;
-        return m_handler.InputRefused(m_peer, offset, "not a notification: no \"name\" or no \"args\"");
-    }
-    ++m_passedOn;
-    m_ended = !m_handler.NotificationReceived(m_peer, {*parts.name, *parts.arguments, *message, offset});
+    m_readLately = true;
+    SocketCalls::AcknowledgeAtOnce(Descriptor());
+    const std::string_view bytes(buffer, m_bytesRead);
+    m_leftover = bytes.substr(PassOn(bytes));
 }
 
-void ServerConnection::DataReceived()
+/// @return how many bytes are done with
+std::size_t ServerConnection::PassOn(std::string_view bytes)
 {
-    SocketCalls::AcknowledgeAtOnce(Descriptor());
+    std::size_t done = 0;
+    while (done < bytes.size() && !m_ended && m_passedOn < MPISocketServerC::kBatchMessages)
+    {
+        const std::string_view rest = bytes.substr(done);
+        const std::size_t scanned = m_decoder.Incomplete() ? 0 : PassOnScanned(rest);
+        done += scanned;
+        if (scanned > 0)
+            continue;
+        done += m_decoder.Feed(rest.data(), rest.size());
+        if (m_decoder.Failed())
+            Refuse(m_scanned + m_decoder.FaultOffset(), m_decoder.FaultReason());
+        else if (const std::unique_ptr<BDictionaryC> message = m_decoder.TakeMessage())
+            PassOnDecoded(*message, m_scanned + m_decoder.MessageOffset());
+    }
+    return m_ended ? bytes.size() : done;
+}
+
+/// @return how many bytes it had; 0 if the decoder has to see to it
+std::size_t ServerConnection::PassOnScanned(std::string_view bytes)
+{
+    const std::size_t size = m_scan.Read(bytes);
+    const MPINumbersC notification = m_scan.Notification(m_scanned + m_decoder.StreamOffset());
+    if (size == 0 || notification.name == kIntroduction)
+        return 0;
+    m_scanned += size;
+    ++m_messages;
+    if (!CheckNumber(notification.number, notification.offset))
+        return size;
+    ++m_passedOn;
+    m_ended = !m_handler.NumbersReceived(m_peer, notification);
+    return size;
+}
+
+void ServerConnection::PassOnDecoded(const BDictionaryC& message, std::uint64_t offset)
+{
+    ++m_messages;
+    const ConstNotificationParts parts(message);
+    if (!parts.Complete())
+        return Refuse(offset, "not a notification: no \"name\" or no \"args\"");
+    if (*parts.name == kIntroduction)
+        return Introduce(*parts.arguments, offset);
+    std::uint64_t number = 0;
+    if (!ReadNumber(message, number))
+        return Refuse(offset, "\"seq\" is not a number from 1 on");
+    if (!CheckNumber(number, offset))
+        return;
+    ++m_passedOn;
+    m_ended =
+        !m_handler.NotificationReceived(m_peer, {*parts.name, *parts.arguments, message, offset, number});
+}
+
+void ServerConnection::Introduce(const BListC& arguments, std::uint64_t offset)
+{
+    if (!m_peer.session.empty())
+        return Refuse(offset, "a second introduction");
+    if (m_messages > 1)
+        return Refuse(offset, "an introduction after other messages");
+    const std::string* const session = SessionIn(arguments);
+    if (session == nullptr)
+        return Refuse(offset, "an introduction takes 32 hexadecimal digits");
+    m_peer.session = *session;
+    m_handler.PeerIntroduced(m_peer);
+}
+
+bool ServerConnection::ReadNumber(const BDictionaryC& message, std::uint64_t& number) const
+{
+    const BElementC* const element = message.Find("seq");
+    if (element == nullptr)
+        return true;
+    const BAtomC* const atom = element->AsAtom();
+    if (atom == nullptr || atom->Integer() < 1)
+        return false;
+    number = static_cast<std::uint64_t>(atom->Integer());
+    return true;
+}
+
+bool ServerConnection::CheckNumber(std::uint64_t number, std::uint64_t offset)
+{
+    if (number == 0)
+        return true;
+    if (number <= m_lastNumber)
+    {
+        Refuse(offset, "\"seq\" " + std::to_string(number) + " after " + std::to_string(m_lastNumber));
+        return false;
+    }
+    m_lastNumber = number;
+    return true;
+}
+
+void ServerConnection::Refuse(std::uint64_t offset, const std::string& reason)
+{
+    m_ended = true;
+    m_refusal = SRefusal{offset, reason};
+}
+
+/// Ends a turn: first what was right, then what was not.
+void ServerConnection::Conclude()
+{
+    if (m_passedOn > 0)
+        m_handler.BatchEnded(m_peer);
+    if (!m_ended && Ended() && m_decoder.Incomplete())
+        m_refusal = SRefusal{m_scanned + m_decoder.StreamOffset(), "connection ended within a message"};
+    if (m_refusal)
+        m_handler.InputRefused(m_peer, m_refusal->offset, m_refusal->reason);
+    m_refusal.reset();
+}
+
+void ServerConnection::Welcome(std::uint64_t number)
+{
+    Send("welcome", number);
+}
+
+void ServerConnection::Acknowledge(std::uint64_t number)
+{
+    m_acknowledge = number;
+    const bool heardToTheEnd = PeerHasEnded() && !HasLeftover() && !SocketCalls::HasInput(Descriptor());
+    if (heardToTheEnd || m_unacknowledgedBytes >= kReadAtMostWithoutAcknowledging)
+        SendAcknowledgement();
+}
+
+bool ServerConnection::AcknowledgeIfQuiet()
+{
+    const bool quiet = !m_readLately && !HasLeftover() && !SocketCalls::HasInput(Descriptor());
+    m_readLately = false;
+    if (quiet)
+        SendAcknowledgement();
+    return !AcknowledgementWaits();
+}
+
+void ServerConnection::SendAcknowledgement()
+{
+    if (!AcknowledgementWaits() || BytesWaiting() > 0)
+        return;
+    m_unacknowledgedBytes = 0;
+    Send("ack", *m_acknowledge);
+    m_acknowledge.reset();
+}
+
+void ServerConnection::Send(std::string_view key, std::uint64_t number)
+{
+    BEncoderC encoder;
+    encoder.BeginDictionary();
+    encoder.Text(key);
+    encoder.Integer(static_cast<std::int64_t>(number));
+    encoder.End();
+    if (Queue(encoder.Bytes(), 0))
+        Flush(false); // also to who has ended sending, and only listens
+}
+
+bool ServerConnection::Answer(const BElementC& message)
+{
+    BEncoderC encoder;
+    encoder.Element(message);
+    const bool fits = encoder.Bytes().size() <= BDecoderC::kMaximumMessageBytes &&
+                      encoder.Depth() <= BDecoderC::kMaximumDepth;
+    if (!fits || BytesWaiting() > 0 || !Up() || !Queue(encoder.Bytes(), 0))
+        return false;
+    Flush(false);
+    return true;
+}
+
+void ServerConnection::SendWaiting()
+{
+    Flush(false);
 }

@@ -1,16 +1,22 @@
 #ifndef CONNECTIONS_SERVERCONNECTION_H
 #define CONNECTIONS_SERVERCONNECTION_H
 
+#include "Connections/NotificationScan.h"
 #include "Sockets/FileDescriptor.h"
 
-#include <MPI/MPISocketConnectionC.h>
+#include <MPI/BDecoderC.h>
 #include <MPI/MPISocketServerC.h>
+#include <MPI/Socket.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
-/// One connection that a server has accepted: passes what comes in to the server's handler.
-class ServerConnection : public MPISocketConnectionC
+/// One connection that a server has accepted: passes what comes in to the server's handler, and takes what is
+/// to go out, as much as is good for the memory.
+class ServerConnection : public Socket
 {
 public:
     /// @param handler     borrowed
@@ -19,24 +25,87 @@ public:
 
     const MPIPeerC& Peer() const { return m_peer; }
 
-    /// Reads and passes on what has come in, a bounded amount. The handler is told if it was wrong, or if the
-    /// connection has ended in the middle of a message.
+    /// Passes on what is left over, or else reads once and passes that on, a batch at most. The handler is
+    /// told if it was wrong, or if the connection has ended in the middle of a message.
+    /// @param buffer  to read into, borrowed for the call
     /// @return notifications passed on
-    int Serve();
+    int Serve(char* buffer, std::size_t size);
+
+    /// Is there something left over, to be passed on without reading?
+    bool HasLeftover() const { return m_next < m_leftover.size(); }
+
+    /// How many bytes the last Serve read.
+    std::size_t BytesRead() const { return m_bytesRead; }
 
     /// Nothing more comes from this connection.
-    bool Ended() const { return m_ended || Descriptor() < 0; }
+    bool Ended() const { return m_ended || (!Up() && !HasLeftover()); }
 
-    void MessageReceived(BDictionaryC* message) override;
-    void DataReceived() override;
+    void Welcome(std::uint64_t number);
+
+    /// To be sent when the peer has been quiet for a moment or has ended, or has sent a great deal without a
+    /// pause.
+    void Acknowledge(std::uint64_t number);
+    bool AcknowledgementWaits() const { return m_acknowledge.has_value() && Up(); }
+
+    /// Sends the acknowledgement that waits if nothing has come in since the last call.
+    /// @return true if none waits any more
+    bool AcknowledgeIfQuiet();
+
+    /// Is it among those that the loop acknowledges later? Set by the loop.
+    bool InQuietQueue() const { return m_inQuietQueue; }
+    void InQuietQueue(bool inQueue) { m_inQuietQueue = inQueue; }
+
+    bool Answer(const BElementC& message);
+
+    /// Goes on sending, once the descriptor takes output.
+    void SendWaiting();
+
+    /// Is the loop to watch for output? Set by who watches.
+    bool WatchedForOutput() const { return m_watchedForOutput; }
+    void WatchedForOutput(bool watched) { m_watchedForOutput = watched; }
+
+    /// Does it wait in the loop's queue of those with something left over? Likewise.
+    bool InQueue() const { return m_inQueue; }
+    void InQueue(bool inQueue) { m_inQueue = inQueue; }
 
 private:
-    void TellRefusal();
+    struct SRefusal
+    {
+        std::uint64_t offset;
+        std::string reason;
+    };
+
+    void PassOnFrom(char* buffer, std::size_t size);
+    std::size_t PassOn(std::string_view bytes);
+    std::size_t PassOnScanned(std::string_view bytes);
+    void PassOnDecoded(const BDictionaryC& message, std::uint64_t offset);
+    void Introduce(const BListC& arguments, std::uint64_t offset);
+    bool CheckNumber(std::uint64_t number, std::uint64_t offset);
+    bool ReadNumber(const BDictionaryC& message, std::uint64_t& number) const;
+    void Refuse(std::uint64_t offset, const std::string& reason);
+    void Conclude();
+    void SendAcknowledgement();
+    void Send(std::string_view key, std::uint64_t number);
 
     MPIServerHandlerC& m_handler;
     MPIPeerC m_peer;
-    bool m_ended = false; // by the handler, or by us because of what has come in
+    NotificationScan m_scan;
+    BDecoderC m_decoder;
+    std::uint64_t m_scanned = 0; // bytes of the stream that the decoder has not seen
+    std::string m_leftover;      // read, but beyond a batch; from m_next on
+    std::size_t m_next = 0;
+    std::size_t m_bytesRead = 0;
+    std::uint64_t m_messages = 0;      // so far
+    std::uint64_t m_lastNumber = 0;    // of a notification, 0 before any had one
+    bool m_ended = false;              // by the handler, or by us because of what has come in
+    std::optional<SRefusal> m_refusal; // to be told
     int m_passedOn = 0;
+    std::optional<std::uint64_t> m_acknowledge; // to be sent
+    std::size_t m_unacknowledgedBytes = 0;      // read since one was sent last
+    bool m_readLately = false;
+    bool m_inQuietQueue = false;
+    bool m_watchedForOutput = false;
+    bool m_inQueue = false;
 };
 
 #endif

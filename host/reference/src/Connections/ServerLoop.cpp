@@ -4,10 +4,13 @@
 
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <limits>
 #include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <sys/timerfd.h>
+#include <unistd.h>
 #include <utility>
 
 namespace
@@ -17,7 +20,17 @@ constexpr int kEventsPerTurn = 64;
 constexpr int kAcceptsPerTurn = 64;
 constexpr std::uint64_t kListeners = 0; // in place of a connection's number
 constexpr std::uint64_t kPauseOver = std::numeric_limits<std::uint64_t>::max(); // likewise
-constexpr long kPauseNanoseconds = 100000000;                                   // 100 ms
+constexpr std::uint64_t kMore = kPauseOver - 1;
+constexpr std::uint64_t kQuiet = kPauseOver - 2;
+constexpr long kPauseNanoseconds = 100000000; // 100 ms
+constexpr long kQuietNanoseconds = 2000000;   // 2 ms without input: then a peer has nothing under way
+
+// More than this at once means that much is under way. Then a moment's rest lets it come in larger pieces,
+// which costs each message less; who has little to say is not kept waiting.
+constexpr std::size_t kWellFilledBytes = 1024;
+constexpr long kRestNanoseconds = 20000; // 20 us, to which the system adds some
+
+constexpr std::size_t kReadBytes = 65536;
 
 FileDescriptor SpareDescriptor()
 {
@@ -48,7 +61,8 @@ bool ConcernsOneConnection(int problem)
 } // namespace
 
 MPISocketServerC::Implementation::Implementation(MPIServerHandlerC& handler)
-    : m_handler(handler), m_watch(epoll_create1(EPOLL_CLOEXEC)), m_spare(SpareDescriptor())
+    : m_handler(handler), m_watch(epoll_create1(EPOLL_CLOEXEC)), m_spare(SpareDescriptor()),
+      m_buffer(kReadBytes)
 {
     if (!m_watch.Valid())
         Fail("epoll_create1", errno);
@@ -64,7 +78,7 @@ bool MPISocketServerC::Implementation::Listen(unsigned short port)
 {
     if (Port() != 0)
         return Fail("port " + std::to_string(Port()) + " is listened on already", EALREADY);
-    if (!m_pause.Valid() && !MakeTimer())
+    if (!MakeTimers() || (!m_more.Valid() && !MakeEvent()))
         return false;
     if (!m_listeners.Open(port))
     {
@@ -80,15 +94,32 @@ bool MPISocketServerC::Implementation::Listen(unsigned short port)
     return true;
 }
 
-/// Made beforehand: when it is wanted there may be no descriptors.
-bool MPISocketServerC::Implementation::MakeTimer()
+/// Made beforehand: when they are wanted there may be no descriptors.
+bool MPISocketServerC::Implementation::MakeTimers()
 {
-    m_pause = FileDescriptor(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
-    if (!m_pause.Valid())
+    return (m_pause.Valid() || MakeTimer(m_pause, kPauseOver)) &&
+           (m_quiet.Valid() || MakeTimer(m_quiet, kQuiet));
+}
+
+bool MPISocketServerC::Implementation::MakeTimer(FileDescriptor& timer, std::uint64_t number)
+{
+    timer = FileDescriptor(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+    if (!timer.Valid())
         return Fail("timerfd_create", errno);
-    if (Watch(m_pause.Number(), kPauseOver))
+    if (Watch(timer.Number(), number))
         return true;
-    m_pause = FileDescriptor();
+    timer = FileDescriptor();
+    return false;
+}
+
+bool MPISocketServerC::Implementation::MakeEvent()
+{
+    m_more = FileDescriptor(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
+    if (!m_more.Valid())
+        return Fail("eventfd", errno);
+    if (Watch(m_more.Number(), kMore))
+        return true;
+    m_more = FileDescriptor();
     return false;
 }
 
@@ -112,6 +143,22 @@ bool MPISocketServerC::Implementation::Watch(int descriptor, std::uint64_t numbe
 
 int MPISocketServerC::Implementation::Serve(int timeoutMilliseconds)
 {
+    LetDataGather();
+    if (WaitForEvents(m_queue.empty() ? timeoutMilliseconds : 0) < 0)
+        return -1;
+    return ServeTurn();
+}
+
+void MPISocketServerC::Implementation::LetDataGather()
+{
+    const timespec rest = {0, kRestNanoseconds};
+    if (m_wellFilled && m_queue.empty())
+        clock_nanosleep(CLOCK_MONOTONIC, 0, &rest, nullptr);
+    m_wellFilled = false;
+}
+
+int MPISocketServerC::Implementation::WaitForEvents(int timeoutMilliseconds)
+{
     epoll_event events[kEventsPerTurn];
     const int count = epoll_wait(m_watch.Number(), events, kEventsPerTurn, timeoutMilliseconds);
     if (count < 0 && errno != EINTR)
@@ -120,35 +167,149 @@ int MPISocketServerC::Implementation::Serve(int timeoutMilliseconds)
         return -1;
     }
     m_error.clear();
-    int handedOver = 0;
+    m_turn.clear();
     for (int index = 0; index < count; ++index)
-        handedOver += ServeReady(events[index].data.u64);
-    return handedOver;
+        NoteReady(events[index].data.u64, (events[index].events & EPOLLOUT) != 0);
+    return 0;
 }
 
-int MPISocketServerC::Implementation::ServeReady(std::uint64_t number)
+void MPISocketServerC::Implementation::NoteReady(std::uint64_t number, bool output)
 {
+    if (number == kQuiet)
+        return AcknowledgeQuiet();
     if (number == kPauseOver)
         ResumeListening();
     if (number == kPauseOver || number == kListeners)
-    {
-        AcceptFromAll();
-        return 0;
-    }
-    return ServeConnection(number);
+        return AcceptFromAll();
+    ServerConnection* const connection = Find(number);
+    if (connection == nullptr)
+        return;
+    if (output)
+        connection->SendWaiting();
+    FollowOutput(*connection);
+    if (!connection->InQueue())
+        m_turn.push_back(number);
 }
 
-/// Ready descriptors come round robin, and each gets no more than a bounded turn, so a busy one starves
-/// nobody.
+/// Who has something left over from a full batch comes after those who have not had their turn.
+int MPISocketServerC::Implementation::ServeTurn()
+{
+    m_turn.insert(m_turn.end(), m_queue.begin(), m_queue.end());
+    m_queue.clear();
+    int handedOver = 0;
+    for (const std::uint64_t number : m_turn)
+        handedOver += ServeConnection(number);
+    TellOfQueue();
+    return handedOver;
+}
+
 int MPISocketServerC::Implementation::ServeConnection(std::uint64_t number)
 {
-    const auto found = m_connections.find(number);
-    if (found == m_connections.end())
+    ServerConnection* const connection = Find(number);
+    if (connection == nullptr)
         return 0;
-    const int handedOver = found->second->Serve();
-    if (found->second->Ended())
+    connection->InQueue(false);
+    const int handedOver = connection->Serve(m_buffer.data(), m_buffer.size());
+    m_wellFilled = m_wellFilled || connection->BytesRead() >= kWellFilledBytes;
+    if (connection->Ended())
+    {
         Remove(number);
+        return handedOver;
+    }
+    FollowOutput(*connection);
+    connection->InQueue(connection->HasLeftover());
+    if (connection->InQueue())
+        m_queue.push_back(number);
     return handedOver;
+}
+
+/// Makes the descriptor have input for as long as there is a queue.
+void MPISocketServerC::Implementation::TellOfQueue()
+{
+    if (m_moreTold == !m_queue.empty())
+        return;
+    m_moreTold = !m_moreTold;
+    std::uint64_t count = 1;
+    const ssize_t done = m_moreTold ? write(m_more.Number(), &count, sizeof(count))
+                                    : read(m_more.Number(), &count, sizeof(count));
+    static_cast<void>(done); // neither can fail: the one finds room, the other what that one wrote
+}
+
+ServerConnection* MPISocketServerC::Implementation::Find(std::uint64_t number)
+{
+    const auto found = m_connections.find(number);
+    return found == m_connections.end() ? nullptr : found->second.get();
+}
+
+/// Watches a connection for output as long as something waits to go out.
+void MPISocketServerC::Implementation::FollowOutput(ServerConnection& connection)
+{
+    const bool wanted = connection.Sending();
+    if (wanted == connection.WatchedForOutput() || connection.Descriptor() < 0)
+        return;
+    epoll_event event = {};
+    event.events = EPOLLIN | EPOLLRDHUP | (wanted ? EPOLLOUT : 0U);
+    event.data.u64 = connection.Peer().connection;
+    if (epoll_ctl(m_watch.Number(), EPOLL_CTL_MOD, connection.Descriptor(), &event) == 0)
+        connection.WatchedForOutput(wanted);
+}
+
+void MPISocketServerC::Implementation::WelcomePeer(std::uint64_t number, std::uint64_t applied)
+{
+    if (ServerConnection* const connection = Find(number))
+    {
+        connection->Welcome(applied);
+        FollowOutput(*connection);
+    }
+}
+
+void MPISocketServerC::Implementation::Acknowledge(std::uint64_t number, std::uint64_t applied)
+{
+    if (ServerConnection* const connection = Find(number))
+    {
+        connection->Acknowledge(applied);
+        FollowOutput(*connection);
+        FollowAcknowledgement(*connection);
+    }
+}
+
+/// Has a look at the connection later if it has an acknowledgement to send.
+void MPISocketServerC::Implementation::FollowAcknowledgement(ServerConnection& connection)
+{
+    if (!connection.AcknowledgementWaits() || connection.InQuietQueue())
+        return;
+    connection.InQuietQueue(true);
+    m_toAcknowledge.push_back(connection.Peer().connection);
+    if (m_toAcknowledge.size() == 1)
+        SetTimer(m_quiet, kQuietNanoseconds);
+}
+
+void MPISocketServerC::Implementation::AcknowledgeQuiet()
+{
+    std::vector<std::uint64_t> numbers;
+    numbers.swap(m_toAcknowledge);
+    if (m_quiet.Valid())
+        SetTimer(m_quiet, 0);
+    for (const std::uint64_t number : numbers)
+    {
+        ServerConnection* const connection = Find(number);
+        if (connection == nullptr)
+            continue;
+        connection->InQuietQueue(false);
+        if (connection->AcknowledgeIfQuiet())
+            FollowOutput(*connection);
+        else
+            FollowAcknowledgement(*connection);
+    }
+}
+
+bool MPISocketServerC::Implementation::Answer(std::uint64_t number, const BElementC& message)
+{
+    ServerConnection* const connection = Find(number);
+    if (connection == nullptr || !connection->Answer(message))
+        return false;
+    FollowOutput(*connection);
+    return true;
 }
 
 void MPISocketServerC::Implementation::AcceptFromAll()
@@ -168,7 +329,7 @@ bool MPISocketServerC::Implementation::AcceptFrom(int listener)
         int problem = 0;
         FileDescriptor accepted = SocketCalls::Accept(listener, problem);
         if (accepted.Valid())
-            Welcome(std::move(accepted));
+            TakeIn(std::move(accepted));
         else if (problem == EAGAIN || problem == EWOULDBLOCK)
             return true;
         else if ((problem == EMFILE || problem == ENFILE) && TurnAwayForWantOfDescriptors(listener))
@@ -190,12 +351,12 @@ void MPISocketServerC::Implementation::PauseListening(int problem)
     m_troubleTold = true;
     for (const FileDescriptor& listener : m_listeners.Descriptors())
         epoll_ctl(m_watch.Number(), EPOLL_CTL_DEL, listener.Number(), nullptr);
-    SetTimer(kPauseNanoseconds);
+    SetTimer(m_pause, kPauseNanoseconds);
 }
 
 void MPISocketServerC::Implementation::ResumeListening()
 {
-    SetTimer(0);
+    SetTimer(m_pause, 0);
     if (!m_spare.Valid())
         m_spare = SpareDescriptor();
     if (!WatchListeners())
@@ -203,16 +364,16 @@ void MPISocketServerC::Implementation::ResumeListening()
 }
 
 /// @param nanoseconds  0 stops it, and takes back that it has run out
-void MPISocketServerC::Implementation::SetTimer(long nanoseconds)
+void MPISocketServerC::Implementation::SetTimer(const FileDescriptor& timer, long nanoseconds)
 {
     const itimerspec time = {{0, 0}, {0, nanoseconds}};
-    timerfd_settime(m_pause.Number(), 0, &time, nullptr);
+    timerfd_settime(timer.Number(), 0, &time, nullptr);
 }
 
-void MPISocketServerC::Implementation::Welcome(FileDescriptor descriptor)
+void MPISocketServerC::Implementation::TakeIn(FileDescriptor descriptor)
 {
     m_troubleTold = false;
-    if (m_connections.size() >= kMaximumConnections || !Watch(descriptor.Number(), m_lastNumber + 1))
+    if (m_connections.size() >= m_maximumConnections || !Watch(descriptor.Number(), m_lastNumber + 1))
         return TurnAway(std::move(descriptor));
     ++m_lastNumber;
     auto connection = std::make_unique<ServerConnection>(m_handler, m_lastNumber, std::move(descriptor));
@@ -252,8 +413,12 @@ void MPISocketServerC::Implementation::Close()
 {
     m_listeners.Close();
     if (m_pause.Valid())
-        SetTimer(0);
+        SetTimer(m_pause, 0);
     m_troubleTold = false;
     while (!m_connections.empty())
         Remove(m_connections.begin()->first);
+    m_queue.clear();
+    AcknowledgeQuiet(); // nobody is left; it stops the timer
+    m_wellFilled = false;
+    TellOfQueue();
 }

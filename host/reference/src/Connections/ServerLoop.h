@@ -9,9 +9,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 /// What a server does: the listening sockets and connections, watched by one epoll descriptor.
 class CORE_LOCAL MPISocketServerC::Implementation
@@ -25,21 +27,36 @@ public:
     int Number() const { return m_watch.Number(); }
     int Serve(int timeoutMilliseconds);
     std::size_t ConnectionCount() const { return m_connections.size(); }
+    std::size_t MaximumConnections() const { return m_maximumConnections; }
+    void MaximumConnections(std::size_t count) { m_maximumConnections = count; }
+    void WelcomePeer(std::uint64_t number, std::uint64_t applied);
+    void Acknowledge(std::uint64_t number, std::uint64_t applied);
+    bool Answer(std::uint64_t number, const BElementC& message);
     void Close();
 
 private:
     bool Watch(int descriptor, std::uint64_t number);
-    bool MakeTimer();
-    void SetTimer(long nanoseconds);
+    bool MakeTimer(FileDescriptor& timer, std::uint64_t number);
+    bool MakeTimers();
+    static void SetTimer(const FileDescriptor& timer, long nanoseconds);
     bool WatchListeners();
     void PauseListening(int problem);
     void ResumeListening();
     bool Fail(const std::string& what, int problem);
-    int ServeReady(std::uint64_t number);
+    bool MakeEvent();
+    void LetDataGather();
+    int WaitForEvents(int timeoutMilliseconds);
+    void NoteReady(std::uint64_t number, bool output);
+    int ServeTurn();
     int ServeConnection(std::uint64_t number);
+    ServerConnection* Find(std::uint64_t number);
+    void FollowOutput(ServerConnection& connection);
+    void FollowAcknowledgement(ServerConnection& connection);
+    void AcknowledgeQuiet();
+    void TellOfQueue();
     void AcceptFromAll();
     bool AcceptFrom(int listener);
-    void Welcome(FileDescriptor descriptor);
+    void TakeIn(FileDescriptor descriptor);
     void TurnAway(FileDescriptor descriptor);
     bool TurnAwayForWantOfDescriptors(int listener);
     void Remove(std::uint64_t number);
@@ -48,6 +65,15 @@ private:
     FileDescriptor m_watch;
     FileDescriptor m_spare; // given up for a moment to turn somebody away when the process has no others left
     FileDescriptor m_pause; // a timer that runs while the listeners are not watched
+    FileDescriptor m_quiet; // a timer that runs while acknowledgements wait
+    FileDescriptor m_more;  // an event that lasts while the queue is not empty
+    bool m_moreTold = false;
+    std::vector<char> m_buffer;                 // for all connections, one after the other
+    std::vector<std::uint64_t> m_turn;          // whom to serve in this turn
+    std::deque<std::uint64_t> m_queue;          // who had something left over when the last turn ended
+    std::vector<std::uint64_t> m_toAcknowledge; // whose acknowledgements wait
+    bool m_wellFilled = false;                  // something read in the last turn
+    std::size_t m_maximumConnections = kMaximumConnections;
     bool m_troubleTold = false;
     LoopbackListeners m_listeners;
     std::map<std::uint64_t, std::unique_ptr<ServerConnection>> m_connections;

@@ -24,7 +24,9 @@ bool ContinuesCharacter(char byte)
 
 XMLSource::Position XMLSource::PositionOf(std::size_t byte) const
 {
-    std::call_once(m_linesFound, [this] { FindLines(); });
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_lines.empty())
+        m_lines = FindLines();
     const std::size_t end = std::min(byte, m_text.size());
     const auto next = std::upper_bound(m_lines.begin() + 1, m_lines.end(), end);
     const std::size_t begin = *(next - 1);
@@ -34,7 +36,7 @@ XMLSource::Position XMLSource::PositionOf(std::size_t byte) const
     return {static_cast<int>(next - m_lines.begin()), column};
 }
 
-void XMLSource::FindLines() const
+std::vector<std::size_t> XMLSource::FindLines() const
 {
     const bool marked = m_text.compare(0, kByteOrderMarkBytes, kByteOrderMark) == 0;
     std::vector<std::size_t> lines(1, marked ? kByteOrderMarkBytes : 0);
@@ -44,7 +46,7 @@ void XMLSource::FindLines() const
         end += m_text.compare(end, 2, "\r\n") == 0 ? 2 : 1;
         lines.push_back(end);
     }
-    m_lines.swap(lines);
+    return lines;
 }
 
 bool XMLSource::FindAttribute(std::size_t tag, const std::string& name, Position& position) const

@@ -40,13 +40,13 @@ public:
     bool FindAttribute(std::size_t tag, const std::string& name, Position& position) const;
 
 private:
-    void FindLines() const;
+    std::vector<std::size_t> FindLines() const;
     std::string AsUTF8(const std::string& name) const;
 
     const std::string m_text;
     bool m_singleByte = false;
-    mutable std::once_flag m_linesFound;
-    mutable std::vector<std::size_t> m_lines; // first byte of each line
+    mutable std::mutex m_mutex;               // guards the next one
+    mutable std::vector<std::size_t> m_lines; // first byte of each line; empty before the first question
 };
 
 } // namespace IO

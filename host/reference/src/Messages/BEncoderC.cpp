@@ -3,6 +3,15 @@
 #include <MPI/BElementC.h>
 
 #include <algorithm>
+#include <charconv>
+#include <cstddef>
+
+namespace
+{
+
+constexpr std::size_t kLongestNumber = 20; // digits and sign of any of 64 bits
+
+} // namespace
 
 void BEncoderC::Element(const BElementC& element)
 {
@@ -11,16 +20,20 @@ void BEncoderC::Element(const BElementC& element)
 
 void BEncoderC::Integer(std::int64_t value)
 {
-    m_bytes += 'i';
-    m_bytes += std::to_string(value);
-    m_bytes += 'e';
+    char digits[kLongestNumber + 2];
+    digits[0] = 'i';
+    char* const end = std::to_chars(digits + 1, digits + 1 + kLongestNumber, value).ptr;
+    *end = 'e';
+    m_bytes.append(digits, static_cast<std::size_t>(end - digits) + 1);
 }
 
-void BEncoderC::Text(const std::string& text)
+void BEncoderC::Text(std::string_view text)
 {
-    m_bytes += std::to_string(text.size());
-    m_bytes += ':';
-    m_bytes += text;
+    char digits[kLongestNumber + 1];
+    char* const end = std::to_chars(digits, digits + kLongestNumber, text.size()).ptr;
+    *end = ':';
+    m_bytes.append(digits, static_cast<std::size_t>(end - digits) + 1);
+    m_bytes.append(text);
 }
 
 void BEncoderC::Begin(char kind)

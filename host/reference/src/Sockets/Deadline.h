@@ -28,8 +28,8 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    const bool m_never;
-    const Clock::time_point m_end;
+    bool m_never;
+    Clock::time_point m_end;
 };
 
 #endif

@@ -91,7 +91,7 @@ int Socket::Descriptor() const
 
 bool Socket::Sending() const
 {
-    return m_transport->UnderWay() || (m_transport->Up() && !m_transport->Outbox().Empty());
+    return m_transport->UnderWay() || (m_transport->Up() && m_transport->Outbox().UnsentBytes() > 0);
 }
 
 std::size_t Socket::BytesWaiting() const
@@ -104,24 +104,54 @@ const std::string& Socket::PeerName() const
     return m_transport->PeerName();
 }
 
-bool Socket::Send(const std::string& message)
+bool Socket::Queue(const std::string& message, std::uint64_t number)
 {
-    if (!m_transport->Outbox().Add(message))
-        return false;
-    Flush();
-    return true;
+    return m_transport->Outbox().Add(message, number);
 }
 
-void Socket::Flush()
+void Socket::Flush(bool look)
 {
-    if (m_transport->Flush())
+    if (m_transport->Flush(look))
         DataSent();
     ReportLoss();
 }
 
 void Socket::DropOutbox()
 {
+    if (m_transport->Session() != nullptr)
+        m_transport->Session()->Forget();
     m_transport->Outbox().Clear();
+}
+
+void Socket::StartSession(bool bridgesOutages)
+{
+    m_transport->StartSession(bridgesOutages);
+}
+
+SessionDelivery* Socket::Session() const
+{
+    return m_transport->Session();
+}
+
+const MessageOutbox& Socket::Outbox() const
+{
+    return m_transport->Outbox();
+}
+
+void Socket::SendWithoutDelay(bool on)
+{
+    if (m_transport->Up())
+        SocketCalls::SendWithoutDelay(m_transport->Number(), on);
+}
+
+void Socket::ReadToTheEnd()
+{
+    m_transport->ReadToTheEnd();
+}
+
+bool Socket::Up() const
+{
+    return m_transport->Up();
 }
 
 std::size_t Socket::Receive(std::string& input)
@@ -131,10 +161,18 @@ std::size_t Socket::Receive(std::string& input)
     input.assign(buffer, count);
     if (count > 0)
     {
-        const SocketAddress peer = m_transport->Peer(); // which may be gone after the first call
+        const std::string host = m_transport->PeerHost(); // which may be gone after the first call
+        const unsigned short port = m_transport->Peer().Port();
         DataReceived();
-        DataReceivedFrom(peer.Host(), peer.Port());
+        DataReceivedFrom(host, port);
     }
+    ReportLoss();
+    return count;
+}
+
+std::size_t Socket::Receive(char* buffer, std::size_t size)
+{
+    const std::size_t count = m_transport->Receive(buffer, size);
     ReportLoss();
     return count;
 }

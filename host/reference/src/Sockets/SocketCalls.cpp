@@ -2,8 +2,10 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <linux/sockios.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 namespace SocketCalls
@@ -15,11 +17,11 @@ namespace
 constexpr std::size_t kDiscardBytes = 16384;
 constexpr int kDiscardReads = 512; // 8 MiB, more than the kernel keeps for a connection
 constexpr int kBacklog = 128;
+constexpr int kFewBytes = 16384;
 
-void SetOption(int descriptor, int level, int option)
+void SetOption(int descriptor, int level, int option, int value = 1)
 {
-    const int on = 1;
-    setsockopt(descriptor, level, option, &on, sizeof(on)); // what fails costs speed only
+    setsockopt(descriptor, level, option, &value, sizeof(value)); // what fails costs speed only
 }
 
 bool ConnectedToItself(int descriptor)
@@ -64,6 +66,11 @@ void PrepareStream(int descriptor)
     SetOption(descriptor, IPPROTO_TCP, TCP_NODELAY);
 }
 
+void SendWithoutDelay(int descriptor, bool on)
+{
+    SetOption(descriptor, IPPROTO_TCP, TCP_NODELAY, on ? 1 : 0);
+}
+
 STransfer Send(int descriptor, const char* bytes, std::size_t size)
 {
     ssize_t count = 0;
@@ -105,6 +112,21 @@ bool PeerHasEnded(int descriptor)
 {
     pollfd entry = {descriptor, POLLRDHUP, 0};
     return poll(&entry, 1, 0) > 0;
+}
+
+std::size_t BytesHeldBack(int descriptor)
+{
+    int unsent = 0;
+    int unconfirmed = 0;
+    if (ioctl(descriptor, SIOCOUTQNSD, &unsent) != 0 || ioctl(descriptor, SIOCOUTQ, &unconfirmed) != 0)
+        return 0;
+    return unsent > 0 || unconfirmed > kFewBytes ? static_cast<std::size_t>(unconfirmed) : 0;
+}
+
+bool HasInput(int descriptor)
+{
+    int bytes = 0;
+    return ioctl(descriptor, SIOCINQ, &bytes) == 0 && bytes > 0;
 }
 
 void AcknowledgeAtOnce(int descriptor)

@@ -38,6 +38,9 @@ EConnecting Progress(int descriptor);
 /// Makes a descriptor non-blocking, closed by exec, and without delay for small messages.
 void PrepareStream(int descriptor);
 
+/// Do small messages go out at once, or may they wait for each other while the peer acknowledges others?
+void SendWithoutDelay(int descriptor, bool on);
+
 STransfer Send(int descriptor, const char* bytes, std::size_t size);
 STransfer Receive(int descriptor, char* buffer, std::size_t size);
 
@@ -48,6 +51,13 @@ void EndWriting(int descriptor);
 
 /// Has the peer ended its sending, or the connection broken?
 bool PeerHasEnded(int descriptor);
+
+/// How many bytes of what was sent have not arrived for certain; 0 if all have been passed on and they are
+/// few, or if that cannot be told. (Of many at once the peer's system may drop some and ask for them again.)
+std::size_t BytesHeldBack(int descriptor);
+
+/// Is there input to read that is not the end?
+bool HasInput(int descriptor);
 
 /// Acknowledges what has been received now, not with the next bytes we send. Holds until the next read.
 void AcknowledgeAtOnce(int descriptor);

@@ -3,12 +3,14 @@
 
 #include "Sockets/FileDescriptor.h"
 #include "Sockets/MessageOutbox.h"
+#include "Sockets/SessionDelivery.h"
 #include "Sockets/SocketAddress.h"
 
 #include <MPI/Socket.h>
 
 #include <chrono>
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <sys/types.h>
 #include <utility>
@@ -53,6 +55,7 @@ public:
     bool UnderWay() const { return m_descriptor.Valid() && !m_up; }
     int Number() const { return m_descriptor.Number(); }
     const SocketAddress& Peer() const { return m_peer; }
+    const std::string& PeerHost() const { return m_peerHost; }
     const std::string& PeerName() const { return m_peerName; }
     unsigned Count() const { return m_count; }
 
@@ -63,9 +66,19 @@ public:
     MessageOutbox& Outbox() { return m_outbox; }
     const MessageOutbox& Outbox() const { return m_outbox; }
 
+    /// From here on every connection begins with an introduction, and a session goes on from one to the next.
+    void StartSession(bool bridgesOutages);
+
+    /// Null without.
+    SessionDelivery* Session() const { return m_session.get(); }
+
+    /// From here on a connection that takes no more output is read to its end before it counts as lost.
+    void ReadToTheEnd() { m_readsToTheEnd = true; }
+
     /// Sends what can be sent without waiting.
+    /// @param look  send nothing to a peer that has ended its own sending
     /// @return true if the outbox has become empty by it
-    bool Flush();
+    bool Flush(bool look);
 
     /// Reads without waiting.
     std::size_t Receive(char* buffer, std::size_t size);
@@ -78,6 +91,10 @@ private:
     void GiveUpAddress();
     void TryNextAddress();
     void Establish();
+    bool SendIntroduction();
+    bool SendSome(const char* bytes, std::size_t size, std::size_t& sent);
+    void LoseOutput();
+    void LetGo();
     void Drop();
 
     std::vector<SocketAddress> m_target;
@@ -93,8 +110,13 @@ private:
     bool m_lossUntold = false;
     unsigned m_count = 0;
     SocketAddress m_peer;
+    std::string m_peerHost;
     std::string m_peerName;
     MessageOutbox m_outbox;
+    std::unique_ptr<SessionDelivery> m_session;
+    std::size_t m_introduced = 0; // bytes of the introduction that this connection has taken
+    bool m_readsToTheEnd = false;
+    bool m_outputLost = false; // of this connection
 };
 
 #endif

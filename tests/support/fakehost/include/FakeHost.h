@@ -19,6 +19,7 @@ struct SState
     bool connects = true;           ///< what Connect returns
     std::function<void()> onVerify; ///< called in the middle of VerifyConnection
     std::function<void()> onSend;   ///< called in the middle of SendNotification
+    std::function<void()> onList;   ///< called before a list is allocated
     int elementsAlive = 0;
 };
 

@@ -1,0 +1,121 @@
+#include "Sockets/SessionDelivery.h"
+
+#include <MPI/BEncoderC.h>
+
+#include <algorithm>
+#include <random>
+#include <sys/random.h>
+
+namespace
+{
+
+constexpr std::size_t kIdBytes = 16;
+
+/// 32 hexadecimal digits that no other client has.
+std::string NewId()
+{
+    unsigned char bytes[kIdBytes];
+    if (getrandom(bytes, sizeof(bytes), GRND_NONBLOCK) != static_cast<ssize_t>(sizeof(bytes)))
+    {
+        std::random_device random; // the kernel has no randomness yet, so early after the start
+        for (unsigned char& byte : bytes)
+            byte = static_cast<unsigned char>(random());
+    }
+    std::string id;
+    for (const unsigned char byte : bytes)
+    {
+        id += "0123456789abcdef"[byte >> 4];
+        id += "0123456789abcdef"[byte & 15];
+    }
+    return id;
+}
+
+std::string EncodedIntroduction()
+{
+    BEncoderC encoder;
+    encoder.BeginDictionary();
+    encoder.Text("args");
+    encoder.BeginList();
+    encoder.Text(NewId());
+    encoder.End();
+    encoder.Text("name");
+    encoder.Text("Hello");
+    encoder.End();
+    return encoder.Bytes();
+}
+
+} // namespace
+
+SessionDelivery::SessionDelivery(MessageOutbox& outbox, bool bridgesOutages)
+    : m_outbox(outbox), m_bridgesOutages(bridgesOutages), m_introduction(EncodedIntroduction())
+{
+}
+
+void SessionDelivery::Begin()
+{
+    m_up = true;
+    m_welcomed = false;
+    m_silent = false;
+    m_begin = Clock::now();
+}
+
+/// Called before the outbox is told of the loss.
+void SessionDelivery::End()
+{
+    m_up = false;
+    if (!m_welcomed)
+        m_sentSilently = std::max(m_sentSilently, m_outbox.LastOfConnection());
+    m_outbox.HoldBack(m_everWelcomed);
+}
+
+bool SessionDelivery::Welcome(std::int64_t number)
+{
+    if (m_welcomed || number < 0 || static_cast<std::uint64_t>(number) > m_outbox.LastHanded())
+        return false;
+    const auto applied = static_cast<std::uint64_t>(number);
+    m_welcomed = true;
+    m_everWelcomed = true;
+    m_acknowledged = std::max(m_acknowledged, applied);
+    m_outbox.Acknowledge(applied);
+    m_outbox.MayForget(false);
+    if (!m_up)
+    {
+        m_outbox.HoldBack(true); // heard of a connection that has gone: its successor will say more
+        return false;
+    }
+    if (m_outbox.FirstOfConnection() != 0) // what came before can't be sent in order any more
+        m_outbox.Acknowledge(m_outbox.FirstOfConnection() - 1);
+    else if (!m_outbox.WithinMessage())
+        m_outbox.SendAgain(0);
+    m_outbox.HoldBack(false);
+    return true;
+}
+
+void SessionDelivery::Acknowledge(std::int64_t number)
+{
+    if (!m_welcomed || number < 0 || static_cast<std::uint64_t>(number) > m_outbox.LastHanded())
+        return;
+    const auto applied = static_cast<std::uint64_t>(number);
+    m_acknowledged = std::max(m_acknowledged, applied);
+    m_outbox.Acknowledge(applied);
+}
+
+void SessionDelivery::LosePatience()
+{
+    if (!m_up || m_welcomed || m_silent || !m_everWelcomed ||
+        Clock::now() - m_begin < std::chrono::milliseconds(kWelcomeMilliseconds))
+        return;
+    m_silent = true;
+    m_outbox.SendAgain(m_sentSilently);
+    m_outbox.MayForget(true);
+    m_outbox.HoldBack(false);
+}
+
+void SessionDelivery::Forget()
+{
+    m_outbox.Clear();
+    m_outbox.HoldBack(false);
+    m_outbox.MayForget(true);
+    m_everWelcomed = false;
+    m_acknowledged = m_last;
+}

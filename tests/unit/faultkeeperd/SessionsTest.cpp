@@ -1,0 +1,89 @@
+#include "faultkeeperd/Sessions.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+using Faultkeeper::Apps::CSessions;
+
+namespace
+{
+
+std::string Name(std::size_t number)
+{
+    return "session " + std::to_string(number);
+}
+
+} // namespace
+
+TEST(Sessions, ANewOneHasNothingApplied)
+{
+    CSessions sessions;
+    EXPECT_EQ(sessions.Open("a").applied, 0u);
+    EXPECT_EQ(sessions.Count(), 1u);
+}
+
+TEST(Sessions, TakesEachNumberOnce)
+{
+    CSessions sessions;
+    CSessions::SSession& session = sessions.Open("a");
+    EXPECT_TRUE(CSessions::Take(session, 1));
+    EXPECT_FALSE(CSessions::Take(session, 1));
+    EXPECT_TRUE(CSessions::Take(session, 5)) << "one that was forgotten goes on where its client is";
+    EXPECT_FALSE(CSessions::Take(session, 4));
+    EXPECT_EQ(session.applied, 5u);
+}
+
+TEST(Sessions, KeepTheirStandingWithoutAConnection)
+{
+    CSessions sessions;
+    CSessions::Take(sessions.Open("a"), 7);
+    sessions.Close("a");
+    EXPECT_EQ(sessions.Open("a").applied, 7u);
+    EXPECT_EQ(sessions.Open("b").applied, 0u);
+}
+
+TEST(Sessions, OfSeveralConnectionsAreOne)
+{
+    CSessions sessions;
+    CSessions::SSession& first = sessions.Open("a");
+    CSessions::SSession& second = sessions.Open("a");
+    EXPECT_EQ(&first, &second);
+    sessions.Close("a");
+    EXPECT_EQ(first.connections, 1);
+    sessions.Close("a");
+    sessions.Close("a"); // one too many, and one that never was, do no harm
+    sessions.Close("b");
+    EXPECT_EQ(sessions.Open("a").connections, 1);
+}
+
+TEST(Sessions, BeyondTheLimitThoseGoThatAreWithoutAConnectionTheLongest)
+{
+    CSessions sessions;
+    for (std::size_t number = 0; number < CSessions::kLimit; ++number)
+        CSessions::Take(sessions.Open(Name(number)), 1);
+    sessions.Close(Name(9));
+    sessions.Close(Name(3));
+    EXPECT_EQ(sessions.Count(), CSessions::kLimit);
+    sessions.Open("one more");
+    EXPECT_EQ(sessions.Count(), CSessions::kLimit);
+    EXPECT_EQ(sessions.Open(Name(3)).applied, 1u);
+    EXPECT_EQ(sessions.Open(Name(9)).applied, 0u) << "forgotten";
+    EXPECT_EQ(sessions.Count(), CSessions::kLimit + 1) << "those with a connection stay";
+    sessions.Close(Name(0));
+    EXPECT_EQ(sessions.Count(), CSessions::kLimit);
+}
+
+TEST(Sessions, ComeAndGoWithoutEnd)
+{
+    std::minstd_rand random(1);
+    CSessions sessions;
+    for (int step = 0; step < 100000; ++step)
+    {
+        const std::string name = Name(random() % 10000);
+        sessions.Open(name);
+        sessions.Close(name);
+        ASSERT_LE(sessions.Count(), CSessions::kLimit);
+    }
+}
