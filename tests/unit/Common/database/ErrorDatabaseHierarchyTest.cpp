@@ -254,6 +254,16 @@ TEST_F(ErrorDatabaseHierarchyTest, ACycleThatNoLeafLeadsToIsNamedToo)
     EXPECT_EQ(Warned({kA, kB}).size(), 1u) << m_warned;
 }
 
+TEST_F(ErrorDatabaseHierarchyTest, ACycleIsNamedByItsLeastIdentifier)
+{
+    const Lines names = {Name("Data", 3), Name("Data", 4), Name("Data", 2)};
+    Add(names[0], {{names[1]}});
+    Add(names[1], {{names[2]}});
+    Add(names[2], {{names[0]}});
+    Load();
+    EXPECT_EQ(Warned(names), Lines{Name("Data", 2)}) << m_warned;
+}
+
 TEST_F(ErrorDatabaseHierarchyTest, AnErrorAboveOrBelowACycleIsNotNamed)
 {
     Add(kTop, {{kA}});

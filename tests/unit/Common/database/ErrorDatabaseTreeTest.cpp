@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <list>
+#include <optional>
 #include <string>
 
 namespace
@@ -189,6 +191,43 @@ TEST(ErrorDatabaseTreeOfTwoDefinitionsTest, OnlyTheLaterOneIsListed)
     // The leaf knows the earlier definition as its parent, but that one is not in any list.
     EXPECT_EQ(database.InactiveErrors(false),
               (std::list<const CError*>{&database.GetErrorList()[1], &database.GetErrorList()[2]}));
+}
+
+TEST_F(ErrorDatabaseTreeTest, AListThatIsToHoldItsOwnTopsEndsEmpty)
+{
+    std::list<const CError*> errors = {Fixtures::Find(m_database, kFirst),
+                                       Fixtures::Find(m_database, kSecond)};
+    m_database.UpdateErrorTree(errors, errors);
+    EXPECT_TRUE(errors.empty());
+}
+
+/// The copy lies below everything that is allocated, one on the stack above.
+std::optional<CError> copyBelow;
+
+TEST_F(ErrorDatabaseTreeTest, ParentsOfCopiesElsewhereInMemoryAreNotTheDatabases)
+{
+    CError copyAbove = *Fixtures::Find(m_database, kFirst);
+    copyBelow = copyAbove;
+    m_database.UpdateErrorTree();
+    for (CError* copy : {&copyAbove, &*copyBelow})
+    {
+        copy->Parents().clear();
+        m_database.UpdateErrorTree();
+        EXPECT_EQ(NamesOf(m_database.InactiveErrors(false)), (Lines{kGrandparent, kStranger}));
+    }
+    copyBelow.reset();
+}
+
+TEST_F(ErrorDatabaseTreeTest, LinksThatLeadOutOfTheDatabaseJoinNobody)
+{
+    CError above = *Fixtures::Find(m_database, kStranger);
+    copyBelow = above;
+    CError* const first = const_cast<CError*>(Fixtures::Find(m_database, kFirst)); // as loaders do
+    first->AddParent(&above);
+    first->AddParent(&*copyBelow);
+    m_database.UpdateErrorTree();
+    EXPECT_EQ(NamesOf(m_database.InactiveErrors(false)), (Lines{kGrandparent, kStranger}));
+    copyBelow.reset();
 }
 
 } // namespace

@@ -34,6 +34,34 @@ TEST_F(ErrorDatabaseViewRetrievalTest, InitialisingByHandTakesTheCopiedTimesAsSe
     EXPECT_EQ(m_listener.Text(), "1+[1] ");
 }
 
+TEST_F(ErrorDatabaseViewRetrievalTest, InitialisingByHandTakesTheTimesOfEveryRecord)
+{
+    Synchronise();
+    Header().ready = 0;
+    for (const int number : {0, 1, 2, 3})
+        Raise(number);
+    Synchronise();
+    m_reader.Initialise();
+    EXPECT_EQ(m_reader.UpdateErrorStatus(m_database, false), 0);
+    EXPECT_EQ(m_listener.Text(), "");
+}
+
+TEST_F(ErrorDatabaseViewRetrievalTest, AnyRecordMayHaveAnotherIdentifierAfterTheNextCopy)
+{
+    for (int number = 0; number < 4; ++number)
+    {
+        Synchronise();
+        EXPECT_EQ(m_reader.RetrieveErrorIndex(NumberedErrors::Code(number), NumberedErrors::Type(number)),
+                  number);
+        Record(number).problemType = 20;
+        Synchronise();
+        EXPECT_EQ(m_reader.RetrieveErrorIndex(NumberedErrors::Code(number), 20), number);
+        EXPECT_EQ(m_reader.RetrieveErrorIndex(NumberedErrors::Code(number), NumberedErrors::Type(number)),
+                  -1);
+        Record(number).problemType = static_cast<std::int16_t>(NumberedErrors::Type(number));
+    }
+}
+
 TEST_F(ErrorDatabaseViewRetrievalTest, UpdatingReplaysTheCopyAndNotTheTable)
 {
     Synchronise();

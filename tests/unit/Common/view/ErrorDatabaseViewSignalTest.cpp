@@ -2,8 +2,13 @@
 #include "unit/Common/view/ReaderFixture.h"
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
+#include <fstream>
 #include <functional>
+#include <future>
+#include <linux/futex.h>
+#include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
 
@@ -77,6 +82,24 @@ TEST_F(ErrorDatabaseViewSignalTest, WhatChangesNothingIsNotCounted)
     EXPECT_EQ(CountedBy([&] { m_owner.ClearErrors({}); }), 0u);
     EXPECT_EQ(CountedBy([&] { m_owner.ApplyChanges({{Code(1), Type(1), true}}); }), 0u);
     EXPECT_EQ(CountedBy([&] { m_owner.UpdateErrorDetails({Entry(99)}); }), 0u);
+    m_owner.FaultkeeperReady(false);
+    EXPECT_EQ(CountedBy([&] { m_owner.RestoreErrors({Entry(99)}); }), 0u);
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, AnOwnerLooksAnewWhereErrorsStandOnceAnotherHasCounted)
+{
+    Raise(3);
+    Clear(3);
+    Support::CConfigurationBuilder builder;
+    for (const int number : {3, 1, 2, 3})
+        builder.Leaf(NumberedErrors::Name(number));
+    const Support::CFreshDirectory directory;
+    builder.WriteTo(directory.Prefix());
+    CErrorDatabaseView another(false, eViewOwner);
+    ASSERT_TRUE(another.LoadErrors(CErrorDatabase(directory.Prefix())));
+    ASSERT_TRUE(Raise(3));
+    EXPECT_EQ(Record(0).flags, kRaisedFlag) << "the first of two records with this identifier";
+    EXPECT_EQ(Record(3).flags, 0);
 }
 
 TEST_F(ErrorDatabaseViewSignalTest, ANewOwnersTableStartsFromZero)
@@ -155,6 +178,84 @@ TEST_F(ErrorDatabaseViewSignalTest, ASleepingReaderIsWokenByTheNextChange)
     EXPECT_TRUE(woken);
     EXPECT_EQ(Synchronise(), 1);
     EXPECT_EQ(Active(), "2");
+}
+
+const std::string kSleeps = "voluntary_ctxt_switches:";
+
+/// A line of what the system tells of a thread of this process; "" once it has ended.
+std::string Status(const std::string& thread, const std::string& name)
+{
+    std::ifstream file("/proc/self/task/" + thread + "/status");
+    for (std::string line; std::getline(file, line);)
+    {
+        if (line.compare(0, name.size(), name) == 0)
+            return line;
+    }
+    return "";
+}
+
+TEST_F(ErrorDatabaseViewSignalTest, TheShortestWaitIsSpentAsleep)
+{
+    Synchronise();
+    const std::string thread = std::to_string(syscall(SYS_gettid));
+    const std::string sleeps = Status(thread, kSleeps);
+    Until(
+        [&]
+        {
+            EXPECT_FALSE(m_reader.WaitForChange(1));
+            return Status(thread, kSleeps) != sleeps;
+        });
+}
+
+/// A reader that waits without end in a thread of its own, and is asleep when a test begins.
+class SleepingReaderTest : public ErrorDatabaseViewSignalTest
+{
+protected:
+    SleepingReaderTest()
+    {
+        Synchronise();
+        m_woken = std::async(std::launch::async,
+                             [this]
+                             {
+                                 m_thread = static_cast<pid_t>(syscall(SYS_gettid));
+                                 return m_reader.WaitForChange(-1);
+                             });
+        Until([this] { return Asleep(); });
+    }
+
+    std::string Sleeps() const { return Status(std::to_string(m_thread), kSleeps); }
+    bool Asleep() const
+    {
+        return Status(std::to_string(m_thread), "State:").find('S', 6) != std::string::npos;
+    }
+
+    bool Awake(int timeoutMilliseconds) const
+    {
+        return m_woken.wait_for(std::chrono::milliseconds(timeoutMilliseconds)) == std::future_status::ready;
+    }
+
+    void WakeForNothing() { syscall(SYS_futex, &Header().lastRaiseTime, FUTEX_WAKE, 1, nullptr, nullptr, 0); }
+
+    std::future<bool> m_woken;
+    std::atomic<pid_t> m_thread{0};
+};
+
+TEST_F(SleepingReaderTest, IsWokenByTheNextChange)
+{
+    Raise(2);
+    EXPECT_TRUE(Awake(kLongMilliseconds));
+    WakeForNothing(); // or a test that fails would never end
+    EXPECT_TRUE(m_woken.get());
+}
+
+TEST_F(SleepingReaderTest, SleepsOnWhenItIsWokenForNothing)
+{
+    const std::string sleeps = Sleeps();
+    WakeForNothing();
+    Until([&] { return Awake(0) || (Asleep() && Sleeps() != sleeps); });
+    EXPECT_FALSE(Awake(0));
+    Raise(2);
+    EXPECT_TRUE(m_woken.get());
 }
 
 TEST_F(ErrorDatabaseViewSignalTest, AReaderMayWaitWithoutEnd)
