@@ -4,7 +4,8 @@
 #include <Faultkeeper/ErrorPresentation.h>
 
 #include <algorithm>
-#include <ostream>
+#include <iostream>
+#include <sstream>
 
 using namespace Faultkeeper;
 using Support::PrintedBy;
@@ -203,6 +204,37 @@ protected:
 TEST_F(PrintErrorTreeTest, PrintsOnlyTheHeadingForNoErrors)
 {
     EXPECT_EQ(PrintedTree({}), "Active top level errors\n");
+}
+
+/// Takes the place of standard output while it lives, and knows what has been flushed.
+class FlushedOutput : public std::stringbuf
+{
+public:
+    FlushedOutput() : m_before(std::cout.rdbuf(this)) {}
+    ~FlushedOutput() override { std::cout.rdbuf(m_before); }
+
+    const std::string& Text() const { return m_text; }
+
+private:
+    int sync() override
+    {
+        m_text = str();
+        return 0;
+    }
+
+    std::streambuf* const m_before;
+    std::string m_text;
+};
+
+TEST_F(PrintErrorTreeTest, NothingThatWasPrintedWaitsInABuffer)
+{
+    Load({Node(0, {Set({1})}), Node(1)});
+    Activate({0, 1});
+    const FlushedOutput output;
+    CErrorPresentation::PrintErrorChildren("+", Error(0));
+    EXPECT_EQ(output.Text(), "+Positioning:GPS:No Data:1\n");
+    CErrorPresentation::PrintErrorTree({});
+    EXPECT_EQ(output.Text(), "+Positioning:GPS:No Data:1\nActive top level errors\n");
 }
 
 TEST_F(PrintErrorTreeTest, IndentsEachLevelByTwoMoreBlanks)

@@ -1,0 +1,108 @@
+#ifndef FAULTKEEPER_FAULTKEEPERD_STORE_STATEKEEPER_H
+#define FAULTKEEPER_FAULTKEEPERD_STORE_STATEKEEPER_H
+
+#include "faultkeeperd/store/StateStore.h"
+#include "faultkeeperd/store/StoreRecords.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace Faultkeeper::Apps
+{
+
+/// Keeps the owner's state in a store as long as there is one that works, and never lets a disk stand in the
+/// way: what cannot be stored waits here, and goes to the store as soon as the disk is well again.
+///
+/// Commits are grouped: after a quiet time at once, otherwise every kCommitPause. A store that fails is
+/// logged once, opened again every kRetryPause, and then told everything. Cost: the state of all errors and
+/// sessions, and up to kWaitingTransitions transitions while the disk fails; of more than those the oldest
+/// are lost to the journal.
+class CStateKeeper
+{
+public:
+    using Clock = std::chrono::steady_clock;
+
+    static constexpr std::chrono::milliseconds kCommitPause{20};
+    static constexpr std::chrono::milliseconds kRetryPause{1000};
+    static constexpr std::size_t kWaitingTransitions = 20000;
+
+    /// What has become of it, for whoever asks.
+    struct SStatistics
+    {
+        std::uint64_t commits = 0;
+        std::uint64_t failures = 0;
+        std::uint64_t lostTransitions = 0;
+    };
+
+    /// @param settings  an empty path: nothing is stored, and everything counts as kept
+    explicit CStateKeeper(const SStoreSettings& settings) : m_settings(settings) {}
+
+    /// Opens the store for this boot and configuration. One that is damaged is moved aside and a new one
+    /// begun.
+    /// @return what was in it; empty if nothing could be used
+    SStoreContents Open(const std::string& boot, const std::string& configuration);
+
+    /// Is there a store that works? Otherwise kept means applied.
+    bool Storing() const { return m_store != nullptr; }
+
+    /// Keeps the latest word on an error or a session.
+    void Keep(const SStoredError& error);
+    void Keep(const SStoredSession& session);
+    void Forget(const std::string& session);
+    /// Adds to the journal.
+    void Keep(const STransition& transition);
+
+    /// Stores what waits, if it is time to.
+    /// @return true if nothing waits any more, or nothing can be stored just now
+    bool Commit(Clock::time_point now);
+
+    /// Stores what waits in any case.
+    bool CommitAtOnce(Clock::time_point now);
+
+    /// For poll(2): how long until Commit is to be called; -1 if nothing waits.
+    int MillisecondsToCommit(Clock::time_point now) const;
+
+    const SStatistics& Statistics() const { return m_statistics; }
+    std::uint64_t JournalLength() const { return m_store == nullptr ? 0 : m_store->JournalLength(); }
+
+    /// Up to `limit` transitions from that number on; empty if there is no store that works.
+    std::vector<STransition> Journal(std::uint64_t from, std::size_t limit);
+
+private:
+    typedef std::pair<int, int> ErrorId;
+
+    bool Off() const { return m_settings.path.empty(); }
+    bool Waits() const;
+    Clock::time_point Due() const;
+    bool TryToOpen(SStoreContents& contents);
+    void OpenAnew();
+    void TellEverything();
+    SStoreBatch Batch() const;
+    void Stored();
+    void Fail(const CSqliteFailure& failure, Clock::time_point now);
+
+    const SStoreSettings m_settings;
+    std::string m_boot;
+    std::string m_configuration;
+    std::unique_ptr<CStateStore> m_store; // null while there is none that works
+    std::map<ErrorId, SStoredError> m_errors;
+    std::map<std::string, std::uint64_t> m_sessions;
+    std::set<ErrorId> m_changedErrors; // since the last commit; likewise below
+    std::set<std::string> m_changedSessions;
+    std::set<std::string> m_forgottenSessions;
+    std::deque<STransition> m_transitions;
+    Clock::time_point m_lastCommit; // or failure
+    bool m_failureTold = false;
+    SStatistics m_statistics;
+};
+
+} // namespace Faultkeeper::Apps
+
+#endif

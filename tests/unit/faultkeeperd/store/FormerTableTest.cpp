@@ -1,0 +1,117 @@
+#include "faultkeeperd/store/FormerTable.h"
+
+#include "common/ConfigurationFingerprint.h"
+#include "support/ConfigurationBuilder.h"
+#include "support/SharedTable.h"
+
+#include <Faultkeeper/ErrorDatabase.h>
+#include <Faultkeeper/ErrorDatabaseView.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace Faultkeeper;
+using namespace Faultkeeper::Apps;
+
+namespace
+{
+
+class FormerTable : public Support::SharedTableTest
+{
+protected:
+    FormerTable()
+    {
+        Support::CConfigurationBuilder()
+            .Leaf("Positioning:GPS:No Data:1")
+            .Leaf("Positioning:GPS:No Data:2")
+            .WriteTo(m_directory.Prefix());
+        m_database = std::make_unique<CErrorDatabase>(m_directory.Prefix());
+    }
+
+    static SErrorEntry Record(int type)
+    {
+        SErrorEntry record;
+        record.problemCode = 0x40C1B;
+        record.problemType = static_cast<std::int16_t>(type);
+        record.flags = kRaisedFlag;
+        record.counter1 = 5;
+        record.raisedTime = Core::Time(1000);
+        return record;
+    }
+
+    std::size_t Usable(const SErrorEntry& record)
+    {
+        const auto table = std::make_unique<SStatusTable>();
+        table->header.count = 1;
+        table->records[0] = record;
+        return UsableRecords(*table, *m_database).size();
+    }
+
+    std::unique_ptr<CErrorDatabase> m_database;
+};
+
+TEST_F(FormerTable, WithoutATableThereIsNothing)
+{
+    EXPECT_TRUE(FormerRecords(*m_database).empty());
+}
+
+TEST_F(FormerTable, WhatAnOwnerHasLeftIsRead)
+{
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(*m_database);
+        owner.FaultkeeperReady(true);
+        owner.RaiseError(0x40C1B, 2);
+    }
+    const std::vector<SErrorEntry> records = FormerRecords(*m_database);
+    ASSERT_EQ(records.size(), 2u);
+    EXPECT_EQ(records[0].flags, 0);
+    EXPECT_EQ(records[1].flags, kRaisedFlag);
+    EXPECT_EQ(records[1].counter1, 1);
+}
+
+TEST_F(FormerTable, ARecordThatMakesSenseIsUsed)
+{
+    EXPECT_EQ(Usable(Record(1)), 1u);
+}
+
+TEST_F(FormerTable, ARecordThatMakesNoSenseIsNot)
+{
+    SErrorEntry record = Record(7);
+    EXPECT_EQ(Usable(record), 0u) << "not of this configuration";
+    record = Record(1);
+    record.flags = 3;
+    EXPECT_EQ(Usable(record), 0u) << "a flag that does not exist";
+    record = Record(1);
+    record.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + 3600000000000);
+    EXPECT_EQ(Usable(record), 0u) << "raised in the future";
+    record = Record(1);
+    record.clearedTime = Core::Time(-1);
+    EXPECT_EQ(Usable(record), 0u) << "cleared before time began";
+}
+
+TEST_F(FormerTable, ACountOutOfRangeIsBroughtIntoIt)
+{
+    const auto table = std::make_unique<SStatusTable>();
+    table->header.count = 1000000;
+    table->records[399] = Record(2);
+    table->records[398] = Record(2);
+    EXPECT_EQ(UsableRecords(*table, *m_database).size(), 1u) << "the first of two";
+    table->header.count = -5;
+    EXPECT_EQ(UsableRecords(*table, *m_database).size(), 0u);
+}
+
+TEST_F(FormerTable, TheFingerprintTellsConfigurationsApart)
+{
+    const std::string one = ConfigurationFingerprint(*m_database);
+    EXPECT_EQ(one.size(), 16u);
+    EXPECT_EQ(ConfigurationFingerprint(CErrorDatabase(m_directory.Prefix())), one);
+    Support::CConfigurationBuilder()
+        .Leaf("Positioning:GPS:No Data:2")
+        .Leaf("Positioning:GPS:No Data:1")
+        .WriteTo(m_directory.Prefix());
+    EXPECT_NE(ConfigurationFingerprint(CErrorDatabase(m_directory.Prefix())), one);
+}
+
+} // namespace
