@@ -29,9 +29,9 @@ struct STransition
     bool raised = false;
     int problemCode = 0;
     int problemType = 0;
-    std::string session;  ///< who reported it; empty if nobody who had introduced itself, or if it was caused
-    bool caused = false;  ///< it followed from a change of another error
-    int causeCode = 0;    ///< that error, if caused
+    std::string session; ///< who reported it; empty if nobody who had introduced itself, or if it was caused
+    bool caused = false; ///< it followed from a change of another error
+    int causeCode = 0;   ///< that error, if caused
     int causeType = 0;
 };
 

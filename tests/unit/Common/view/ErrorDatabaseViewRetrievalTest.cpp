@@ -46,6 +46,17 @@ TEST_F(ErrorDatabaseViewRetrievalTest, InitialisingByHandTakesTheTimesOfEveryRec
     EXPECT_EQ(m_listener.Text(), "");
 }
 
+TEST_F(ErrorDatabaseViewRetrievalTest, AllRecordsMayHaveOtherIdentifiersAfterTheNextCopy)
+{
+    Synchronise();
+    EXPECT_EQ(m_reader.RetrieveErrorIndex(NumberedErrors::Code(0), NumberedErrors::Type(0)), 0);
+    for (const int number : {0, 1, 2, 3})
+        Record(number).problemType = static_cast<std::int16_t>(10 + number);
+    Synchronise();
+    for (const int number : {0, 1, 2, 3})
+        EXPECT_EQ(m_reader.RetrieveErrorIndex(NumberedErrors::Code(number), 10 + number), number);
+}
+
 TEST_F(ErrorDatabaseViewRetrievalTest, AnyRecordMayHaveAnotherIdentifierAfterTheNextCopy)
 {
     for (int number = 0; number < 4; ++number)

@@ -70,13 +70,13 @@ extern "C"
     }
 
     // No flush goes on to the medium: power does not fail here, and the wait would be for nothing.
-int fdatasync(int)
-{
-    return Refused() ? -1 : 0;
-}
+    int fdatasync(int)
+    {
+        return Refused() ? -1 : 0;
+    }
 
-int fsync(int)
-{
-    return Refused() ? -1 : 0;
-}
+    int fsync(int)
+    {
+        return Refused() ? -1 : 0;
+    }
 }
