@@ -301,6 +301,18 @@ TEST_F(ErrorDatabaseViewConstructionTest, IsUndoneByNoCallWhenTheViewIsDestroyed
     EXPECT_EQ(SystemCalls::Log(), "");
 }
 
+TEST_F(ErrorDatabaseViewConstructionTest, WithoutAKeyThereIsNoSemaphoreToLock)
+{
+    SystemCalls::Fail("ftok", ENOENT);
+    WarnedBy(
+        []
+        {
+            CErrorDatabaseView view(false, eViewReader);
+            EXPECT_FALSE(view.GetLock(false));
+        });
+    EXPECT_EQ(SystemCalls::LastSemaphore(), -1) << "0 might be somebody else's";
+}
+
 TEST_F(ErrorDatabaseViewConstructionTest, StopsWithoutAKey)
 {
     SystemCalls::Fail("ftok", ENOENT);

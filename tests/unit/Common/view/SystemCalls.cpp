@@ -25,6 +25,7 @@ struct SRecording
     bool active = false;
     std::string log;
     std::map<std::string, SFailure> failures;
+    int lastSemaphore = 0;
 };
 
 SRecording& Recording()
@@ -95,6 +96,11 @@ std::string SystemCalls::Log()
     return std::exchange(Recording().log, std::string());
 }
 
+int SystemCalls::LastSemaphore()
+{
+    return Recording().lastSemaphore;
+}
+
 // The executable's definitions win over the C library's. Names and parameters are the system's.
 // NOLINTBEGIN(readability-identifier-naming)
 extern "C"
@@ -133,6 +139,7 @@ extern "C"
 
     int semop(int id, sembuf* operations, size_t count) noexcept
     {
+        Recording().lastSemaphore = id;
         for (size_t i = 0; i < count; ++i)
             Record("semop " + std::to_string(operations[i].sem_num) + " " +
                    std::to_string(operations[i].sem_op) + " " + FlagNames(operations[i].sem_flg));

@@ -21,4 +21,7 @@ public:
     /// The calls since the start or since the last time that this was asked, one a line: name and arguments,
     /// "ftok . 68", "shmget 14432 01644", "semget 1 01666", "shmat null 0", "semop 0 -1 SEM_UNDO|IPC_NOWAIT".
     static std::string Log();
+
+    /// The semaphore set that semop was last called with.
+    static int LastSemaphore();
 };
