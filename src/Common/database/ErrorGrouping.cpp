@@ -33,8 +33,10 @@ void CErrorGrouping::JoinPass(std::vector<char>& waits)
     for (std::size_t i = 0; i < m_pass.size(); ++i)
     {
         const Place member = m_pass[i];
-        for (const Place place : RelatedTo(member))
+        const Place* const end = m_links.EndOfRelatedTo(PlaceOfLinks(member));
+        for (const Place* related = m_links.FirstRelatedTo(PlaceOfLinks(member)); related != end; ++related)
         {
+            const Place place = *related;
             if (waits[place] == 0)
                 continue;
             if (place < member)
@@ -79,9 +81,10 @@ CErrorGrouping::Place CErrorGrouping::BetterTop(Place top) const
     return best == CErrorLinks::kNowhere ? top : best;
 }
 
-CErrorLinks::SRange CErrorGrouping::RelatedTo(Place place) const
+/// Of an error that stands at several places, the links are at the first.
+CErrorGrouping::Place CErrorGrouping::PlaceOfLinks(Place place) const
 {
-    return m_links.RelatedTo(m_firstPlaces == nullptr ? place : (*m_firstPlaces)[place]);
+    return m_firstPlaces == nullptr ? place : (*m_firstPlaces)[place];
 }
 
 } // namespace Faultkeeper

@@ -50,7 +50,7 @@ private:
     void JoinPass(std::vector<char>& waits);
     void StartNextPass(std::vector<char>& waits);
     Place BetterTop(Place top) const;
-    CErrorLinks::SRange RelatedTo(Place place) const;
+    Place PlaceOfLinks(Place place) const;
 
     const Errors& m_errors;
     const std::vector<int>& m_positions;

@@ -22,14 +22,6 @@ public:
 
     static constexpr Place kNowhere = UINT32_MAX; ///< of an error that is not among the numbered ones
 
-    struct SRange
-    {
-        const Place* first;
-        const Place* last;
-        const Place* begin() const { return first; }
-        const Place* end() const { return last; }
-    };
-
     /// Forgets all links, and starts anew for so many errors.
     void Begin(std::size_t places);
 
@@ -46,14 +38,13 @@ public:
             Add(placeOf(parent), place);
     }
 
-    /// Sorts what was collected. Only now RelatedTo answers.
+    /// Sorts what was collected. Only now the questions below are answered.
     void Finish();
 
-    /// The places of the errors whose lists hold the error at that place, once for each time they do.
-    SRange RelatedTo(Place place) const
-    {
-        return {m_related.data() + m_starts[place], m_related.data() + m_starts[place + 1]};
-    }
+    /// The places of the errors whose lists hold the error at that place, once for each time they do: from
+    /// the first up to, but without, the end.
+    const Place* FirstRelatedTo(Place place) const { return m_related.data() + m_starts[place]; }
+    const Place* EndOfRelatedTo(Place place) const { return m_related.data() + m_starts[place + 1]; }
 
 private:
     struct SLink
