@@ -1,6 +1,7 @@
 #include "faultkeeperctl/LocalisedStrings.h"
 
 #include "faultkeeperctl/Settings.h"
+#include "faultkeeperctl/TemporaryName.h"
 
 #include <Faultkeeper/Error.h>
 #include <Faultkeeper/ErrorPresentation.h>
@@ -10,10 +11,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <system_error>
 
 namespace Faultkeeper::Apps
 {
@@ -25,9 +24,7 @@ class CTemporaryFile
 public:
     CTemporaryFile()
     {
-        std::error_code failed;
-        const std::filesystem::path base = std::filesystem::temp_directory_path(failed);
-        m_path = ((failed ? std::filesystem::path("/tmp") : base) / "faultkeeperctl-XXXXXX").string();
+        m_path = TemporaryNamePattern();
         const int descriptor = mkstemp(m_path.data());
         if (descriptor < 0)
             throw CFailure(epsNo, "cannot make the file " + m_path + ": " + std::strerror(errno));

@@ -2,6 +2,7 @@
 
 #include "common/TableCalls.h"
 #include "faultkeeperctl/Settings.h"
+#include "faultkeeperctl/TemporaryName.h"
 
 #include <unistd.h>
 
@@ -22,10 +23,7 @@ constexpr int kDirectoryAttempts = 100;
 
 std::string MakeDirectory()
 {
-    std::error_code failed;
-    const std::filesystem::path base = std::filesystem::temp_directory_path(failed);
-    std::string pattern =
-        ((failed ? std::filesystem::path("/tmp") : base) / "faultkeeperctl-XXXXXX").string();
+    std::string pattern = TemporaryNamePattern();
     if (mkdtemp(pattern.data()) == nullptr)
         throw CFailure(epsNo, "cannot make the directory " + pattern + ": " + std::strerror(errno));
     return pattern;

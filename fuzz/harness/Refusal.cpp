@@ -18,8 +18,8 @@ struct SRuleBroken
 
 } // namespace
 
-/// Takes the place of the C library's assertion reporter, whose reserved name it therefore has.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming)
+/// Takes the place of the C library's assertion reporter.
+// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming): it has that one's reserved name
 extern "C" [[noreturn]] void __assert_fail(const char* condition, const char* file, unsigned line,
                                            const char* function)
 {

@@ -20,6 +20,7 @@
 #define FAULTKEEPER_SYSTEM_MEMORY(name) __libc_##name
 #endif
 
+// The allocator under its own names, which are reserved and whose parameters have none that one could repeat.
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming,readability-inconsistent-declaration-parameter-name)
 extern "C"
 {

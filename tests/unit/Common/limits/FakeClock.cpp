@@ -52,8 +52,8 @@ long FakeClock::Readings()
     return Clock().readings;
 }
 
-// The executable's definitions win over the C library's. Names and parameters are the system's.
-// NOLINTBEGIN(readability-identifier-naming)
+// NOLINTBEGIN(readability-identifier-naming): names and parameters are the system's. The executable's
+// definitions win over the C library's.
 extern "C"
 {
 

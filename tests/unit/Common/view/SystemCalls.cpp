@@ -101,8 +101,8 @@ int SystemCalls::LastSemaphore()
     return Recording().lastSemaphore;
 }
 
-// The executable's definitions win over the C library's. Names and parameters are the system's.
-// NOLINTBEGIN(readability-identifier-naming)
+// NOLINTBEGIN(readability-identifier-naming): names and parameters are the system's. The executable's
+// definitions win over the C library's.
 extern "C"
 {
 

@@ -1,0 +1,17 @@
+#include "faultkeeperctl/TemporaryName.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace Faultkeeper::Apps
+{
+
+std::string TemporaryNamePattern()
+{
+    std::error_code failed;
+    const std::filesystem::path set = std::filesystem::temp_directory_path(failed);
+    const std::filesystem::path base = failed ? std::filesystem::path("/tmp") : set;
+    return (base / "faultkeeperctl-XXXXXX").string(); // the Xs are what those calls want
+}
+
+} // namespace Faultkeeper::Apps
