@@ -1,11 +1,8 @@
 #include "Connections/ServerLoop.h"
 
-#include "Sockets/SocketCalls.h"
-
 #include <cerrno>
 #include <cstring>
 #include <ctime>
-#include <fcntl.h>
 #include <limits>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
@@ -17,13 +14,11 @@ namespace
 {
 
 constexpr int kEventsPerTurn = 64;
-constexpr int kAcceptsPerTurn = 64;
 constexpr std::uint64_t kListeners = 0; // in place of a connection's number
 constexpr std::uint64_t kPauseOver = std::numeric_limits<std::uint64_t>::max(); // likewise
 constexpr std::uint64_t kMore = kPauseOver - 1;
 constexpr std::uint64_t kQuiet = kPauseOver - 2;
-constexpr long kPauseNanoseconds = 100000000; // 100 ms
-constexpr long kQuietNanoseconds = 2000000;   // 2 ms without input: then a peer has nothing under way
+constexpr long kQuietNanoseconds = 2000000; // 2 ms without input: then a peer has nothing under way
 
 // More than this at once means that much is under way. Then a moment's rest lets it come in larger pieces,
 // which costs each message less; who has little to say is not kept waiting.
@@ -31,32 +26,6 @@ constexpr std::size_t kWellFilledBytes = 1024;
 constexpr long kRestNanoseconds = 20000; // 20 us, to which the system adds some
 
 constexpr std::size_t kReadBytes = 65536;
-
-FileDescriptor SpareDescriptor()
-{
-    return FileDescriptor(open("/dev/null", O_RDONLY | O_CLOEXEC));
-}
-
-/// Is it the misfortune of one connection, which is gone already?
-bool ConcernsOneConnection(int problem)
-{
-    switch (problem)
-    {
-    case EINTR:
-    case ECONNABORTED:
-    case EPROTO:
-    case ENOPROTOOPT:
-    case EOPNOTSUPP:
-    case ENETDOWN:
-    case ENETUNREACH:
-    case EHOSTDOWN:
-    case EHOSTUNREACH:
-    case ENONET:
-        return true;
-    default:
-        return false;
-    }
-}
 
 } // namespace
 
@@ -312,93 +281,11 @@ bool MPISocketServerC::Implementation::Answer(std::uint64_t number, const BEleme
     return true;
 }
 
-void MPISocketServerC::Implementation::AcceptFromAll()
-{
-    for (const FileDescriptor& listener : m_listeners.Descriptors())
-    {
-        if (!AcceptFrom(listener.Number()))
-            return;
-    }
-}
-
-/// @return false if the system refuses for good, so that listening pauses
-bool MPISocketServerC::Implementation::AcceptFrom(int listener)
-{
-    for (int accepts = 0; accepts < kAcceptsPerTurn; ++accepts)
-    {
-        int problem = 0;
-        FileDescriptor accepted = SocketCalls::Accept(listener, problem);
-        if (accepted.Valid())
-            TakeIn(std::move(accepted));
-        else if (problem == EAGAIN || problem == EWOULDBLOCK)
-            return true;
-        else if ((problem == EMFILE || problem == ENFILE) && TurnAwayForWantOfDescriptors(listener))
-            return true;
-        else if (!ConcernsOneConnection(problem))
-        {
-            PauseListening(problem);
-            return false;
-        }
-    }
-    return true;
-}
-
-/// A connection that cannot be accepted makes its listener ready for ever, and its owner busy for nothing.
-void MPISocketServerC::Implementation::PauseListening(int problem)
-{
-    if (!m_troubleTold)
-        Fail("accept", problem);
-    m_troubleTold = true;
-    for (const FileDescriptor& listener : m_listeners.Descriptors())
-        epoll_ctl(m_watch.Number(), EPOLL_CTL_DEL, listener.Number(), nullptr);
-    SetTimer(m_pause, kPauseNanoseconds);
-}
-
-void MPISocketServerC::Implementation::ResumeListening()
-{
-    SetTimer(m_pause, 0);
-    if (!m_spare.Valid())
-        m_spare = SpareDescriptor();
-    if (!WatchListeners())
-        PauseListening(errno);
-}
-
 /// @param nanoseconds  0 stops it, and takes back that it has run out
 void MPISocketServerC::Implementation::SetTimer(const FileDescriptor& timer, long nanoseconds)
 {
     const itimerspec time = {{0, 0}, {0, nanoseconds}};
     timerfd_settime(timer.Number(), 0, &time, nullptr);
-}
-
-void MPISocketServerC::Implementation::TakeIn(FileDescriptor descriptor)
-{
-    m_troubleTold = false;
-    if (m_connections.size() >= m_maximumConnections || !Watch(descriptor.Number(), m_lastNumber + 1))
-        return TurnAway(std::move(descriptor));
-    ++m_lastNumber;
-    auto connection = std::make_unique<ServerConnection>(m_handler, m_lastNumber, std::move(descriptor));
-    const MPIPeerC peer = connection->Peer();
-    m_connections.emplace(m_lastNumber, std::move(connection));
-    m_handler.PeerConnected(peer);
-}
-
-void MPISocketServerC::Implementation::TurnAway(FileDescriptor descriptor)
-{
-    const MPIPeerC peer = {0, SocketAddress::Peer(descriptor.Number()).Name()};
-    m_handler.PeerTurnedAway(peer);
-}
-
-/// @return false if even the spare descriptor does not help
-bool MPISocketServerC::Implementation::TurnAwayForWantOfDescriptors(int listener)
-{
-    m_spare = FileDescriptor();
-    int problem = 0;
-    FileDescriptor accepted = SocketCalls::Accept(listener, problem);
-    const bool helps = accepted.Valid() || problem == EAGAIN || problem == EWOULDBLOCK;
-    if (accepted.Valid())
-        TurnAway(std::move(accepted));
-    m_spare = SpareDescriptor();
-    return helps;
 }
 
 void MPISocketServerC::Implementation::Remove(std::uint64_t number)

@@ -54,6 +54,7 @@ private:
     void FollowAcknowledgement(ServerConnection& connection);
     void AcknowledgeQuiet();
     void TellOfQueue();
+    static FileDescriptor SpareDescriptor();
     void AcceptFromAll();
     bool AcceptFrom(int listener);
     void TakeIn(FileDescriptor descriptor);
