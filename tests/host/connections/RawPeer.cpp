@@ -1,4 +1,4 @@
-#include "host/RawPeer.h"
+#include "host/connections/RawPeer.h"
 
 #include <arpa/inet.h>
 #include <chrono>

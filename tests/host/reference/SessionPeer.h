@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/RawPeer.h"
+#include "host/connections/RawPeer.h"
 
 namespace HostTest
 {

@@ -7,7 +7,7 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
-#include "host/RawPeer.h"
+#include "host/connections/RawPeer.h"
 
 namespace
 {

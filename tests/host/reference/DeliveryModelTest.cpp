@@ -11,7 +11,7 @@
 #include <sys/socket.h>
 #include <vector>
 
-#include "host/SessionPeer.h"
+#include "host/reference/SessionPeer.h"
 
 namespace
 {

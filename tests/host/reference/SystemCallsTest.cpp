@@ -10,7 +10,7 @@
 #include <sys/socket.h>
 #include <thread>
 
-#include "host/SessionPeer.h"
+#include "host/reference/SessionPeer.h"
 
 namespace
 {

@@ -16,7 +16,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "host/RawPeer.h"
+#include "host/connections/RawPeer.h"
 
 namespace
 {

@@ -12,7 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "host/RawPeer.h"
+#include "host/connections/RawPeer.h"
+#include "host/connections/ServerFixture.h"
 
 namespace
 {
@@ -36,6 +37,7 @@ public:
     {
         EXPECT_TRUE(numbers.insert(peer.connection).second) << "number used again";
         names[peer.connection] = peer.name;
+        last = peer.connection;
     }
     bool NotificationReceived(const MPIPeerC& peer, const MPINotificationC& notification) override
     {
@@ -58,6 +60,7 @@ public:
     }
     void PeerDisconnected(const MPIPeerC& peer) override { logs[peer.connection] += "disconnected\n"; }
 
+    std::uint64_t last = 0;
     std::set<std::uint64_t> numbers;
     std::map<std::uint64_t, std::string> names;
     std::map<std::uint64_t, std::string> logs;
@@ -66,48 +69,7 @@ public:
     std::string lastMessage;
 };
 
-class HostServer : public testing::Test
-{
-protected:
-    HostServer() : m_server(m_handler) { EXPECT_TRUE(m_server.Listen(0)) << m_server.Error(); }
-
-    CRawConnection Connect()
-    {
-        CRawConnection connection = CRawConnection::To("127.0.0.1", m_server.Port());
-        const std::size_t before = m_handler.numbers.size();
-        EXPECT_TRUE(ServeUntil([&] { return m_handler.numbers.size() > before; }));
-        return connection;
-    }
-
-    template <typename Condition> bool ServeUntil(Condition condition)
-    {
-        return Eventually(
-            [&]
-            {
-                EXPECT_GE(m_server.Serve(0), 0);
-                return condition();
-            });
-    }
-
-    /// What the handler is told of a new connection that sends this and ends.
-    std::string LogOf(const std::string& bytes)
-    {
-        CRawConnection connection = Connect();
-        const std::uint64_t number = *m_handler.numbers.rbegin();
-        connection.Send(bytes);
-        connection.EndSending();
-        EXPECT_TRUE(ServeUntil([&] { return Has(number, "disconnected\n"); }));
-        return m_handler.logs[number];
-    }
-
-    bool Has(std::uint64_t number, const std::string& text)
-    {
-        return m_handler.logs[number].find(text) != std::string::npos;
-    }
-
-    Handler m_handler;
-    MPISocketServerC m_server;
-};
+using HostServer = HostTest::CServerFixture<Handler>;
 
 const std::string kRaise = "d4:argsli265243ei2ei0ee4:name10:RaiseErrore";
 

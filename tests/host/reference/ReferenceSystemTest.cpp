@@ -55,9 +55,9 @@ protected:
 
 } // namespace
 
-// NOLINTBEGIN(readability-identifier-naming)
-// The executable's definitions win over the C library's. Names and parameters are the system's, and so is the
-// name that the headers give a function on machines with 32 bits.
+// NOLINTBEGIN(readability-identifier-naming): names and parameters are the system's, and so is the name that
+// the headers give a function on machines with 32 bits. The executable's definitions win over the C
+// library's.
 extern "C"
 {
 

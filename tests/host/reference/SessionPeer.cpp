@@ -1,4 +1,4 @@
-#include "host/SessionPeer.h"
+#include "host/reference/SessionPeer.h"
 
 #include <gtest/gtest.h>
 

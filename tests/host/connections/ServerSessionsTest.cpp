@@ -1,0 +1,203 @@
+// What a server tells of sessions, and what it answers.
+#include <MPI/BAtomC.h>
+#include <MPI/BDictionaryC.h>
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+
+#include "host/connections/ServerFixture.h"
+#include "host/connections/SessionsHandler.h"
+
+namespace
+{
+
+using HostTest::CRawConnection;
+using HostTest::CSessionsHandler;
+
+const std::string kPlain = HostTest::kPlain;
+const std::string kSession = "0123456789abcdef0123456789ABCDEF";
+const std::string kHello = "d4:argsl32:" + kSession + "e4:name5:Helloe";
+
+std::string Numbered(const std::string& number)
+{
+    return "d4:argsli1ee4:name1:x3:seqi" + number + "ee";
+}
+
+class HostServerSessions : public HostTest::CServerFixture<CSessionsHandler>
+{
+protected:
+    /// So many bytes from the server, which may have to be served to send them.
+    std::string ReceivedFrom(CRawConnection& connection, std::size_t size)
+    {
+        std::string received;
+        ServeUntil(
+            [&]
+            {
+                received += connection.ReceivePending();
+                return received.size() >= size;
+            });
+        return received;
+    }
+
+    /// What the handler is told of a new connection that sends this and ends, without the ends of batches.
+    std::string LogOf(const std::string& bytes)
+    {
+        std::string log = CServerFixture::LogOf(bytes);
+        for (std::size_t at = log.find("batch\n"); at != std::string::npos; at = log.find("batch\n"))
+            log.erase(at, 6);
+        return log;
+    }
+};
+
+TEST_F(HostServerSessions, AnIntroductionTellsTheSessionAndIsNoNotification)
+{
+    EXPECT_EQ(LogOf(kHello + kPlain), "introduced " + kSession + "\n58 x number 0\ndisconnected\n");
+}
+
+TEST_F(HostServerSessions, ThePeerHasItsSessionFromThenOn)
+{
+    std::string session;
+    m_handler.onNotification = [&](const MPIPeerC& peer) { session = peer.session; };
+    LogOf(kPlain);
+    EXPECT_EQ(session, "");
+    LogOf(kHello + kPlain);
+    EXPECT_EQ(session, kSession);
+}
+
+TEST_F(HostServerSessions, IntroductionsThatAreNoneAreRefused)
+{
+    const std::string reason = "refused at 0: an introduction takes 32 hexadecimal digits\ndisconnected\n";
+    EXPECT_EQ(LogOf("d4:argsle4:name5:Helloe"), reason);
+    EXPECT_EQ(LogOf("d4:argsli1ee4:name5:Helloe"), reason);
+    EXPECT_EQ(LogOf("d4:argsl31:" + kSession.substr(1) + "e4:name5:Helloe"), reason);
+    EXPECT_EQ(LogOf("d4:argsl33:" + kSession + "0e4:name5:Helloe"), reason);
+    EXPECT_EQ(LogOf("d4:argsl32:" + kSession.substr(1) + "ge4:name5:Helloe"), reason);
+    EXPECT_EQ(LogOf("d4:argsl32:" + kSession + "i1ee4:name5:Helloe"), reason);
+    EXPECT_EQ(LogOf("d4:argslle e4:name5:Helloe").find("introduced"), std::string::npos);
+}
+
+TEST_F(HostServerSessions, AnIntroductionComesOnceAndFirst)
+{
+    EXPECT_EQ(LogOf(kHello + kHello),
+              "introduced " + kSession + "\nrefused at 58: a second introduction\ndisconnected\n");
+    EXPECT_EQ(LogOf(kPlain + kHello), "0 x number 0\nrefused at 19: an introduction after other messages\n"
+                                      "disconnected\n");
+}
+
+TEST_F(HostServerSessions, NotificationsHaveTheirNumbers)
+{
+    EXPECT_EQ(LogOf(kHello + Numbered("1") + Numbered("7") + kPlain + Numbered("9223372036854775807")),
+              "introduced " + kSession +
+                  "\n58 x number 1\n88 x number 7\n118 x number 0\n"
+                  "137 x number 9223372036854775807\ndisconnected\n");
+    EXPECT_EQ(LogOf("d4:argsl1:ae4:name1:x3:seqi5ee"), "0 x number 5\ndisconnected\n")
+        << "without an introduction, and however it is decoded";
+}
+
+TEST_F(HostServerSessions, NumbersThatAreNoneAreRefused)
+{
+    const std::string reason = "refused at 19: \"seq\" is not a number from 1 on\ndisconnected\n";
+    EXPECT_EQ(LogOf(kPlain + Numbered("0")), "0 x number 0\n" + reason);
+    EXPECT_EQ(LogOf(kPlain + Numbered("-1")), "0 x number 0\n" + reason);
+    EXPECT_EQ(LogOf(kPlain + "d4:argsle4:name1:x3:seq1:1e"), "0 x number 0\n" + reason);
+    EXPECT_EQ(LogOf(kPlain + "d4:argsle4:name1:x3:seqlee"), "0 x number 0\n" + reason);
+}
+
+TEST_F(HostServerSessions, NumbersThatDoNotRiseAreRefused)
+{
+    EXPECT_EQ(LogOf(Numbered("5") + Numbered("5")),
+              "0 x number 5\nrefused at 30: \"seq\" 5 after 5\ndisconnected\n");
+    EXPECT_EQ(LogOf(Numbered("5") + "d4:argsl1:ae4:name1:x3:seqi4ee"),
+              "0 x number 5\nrefused at 30: \"seq\" 4 after 5\ndisconnected\n");
+}
+
+TEST_F(HostServerSessions, WelcomesAndAcknowledgementsAreSent)
+{
+    m_handler.onIntroduction = [&](const MPIPeerC& peer) { m_server.Welcome(peer.connection, 5); };
+    m_handler.onBatch = [&](const MPIPeerC& peer) { m_server.Acknowledge(peer.connection, 7); };
+    CRawConnection connection = Connect();
+    connection.Send(kHello + Numbered("6") + Numbered("7"));
+    EXPECT_TRUE(ServeUntil([&] { return m_handler.counts[1] == 2; }));
+    EXPECT_EQ(ReceivedFrom(connection, 24), "d7:welcomei5eed3:acki7ee");
+    m_server.Acknowledge(1, 8); // also later, from outside
+    EXPECT_EQ(ReceivedFrom(connection, 10), "d3:acki8ee");
+}
+
+TEST_F(HostServerSessions, WhoHasEndedSendingIsAnsweredStill)
+{
+    m_handler.onIntroduction = [&](const MPIPeerC& peer) { m_server.Welcome(peer.connection, 0); };
+    m_handler.onBatch = [&](const MPIPeerC& peer) { m_server.Acknowledge(peer.connection, 1); };
+    CRawConnection connection = Connect();
+    connection.Send(kHello + Numbered("1"));
+    connection.EndSending();
+    EXPECT_TRUE(ServeUntil([&] { return Has(1, "disconnected\n"); }));
+    EXPECT_EQ(connection.ReceiveToEnd(), "d7:welcomei0eed3:acki1ee");
+}
+
+TEST_F(HostServerSessions, AnswersToWhoHasGoneDoNothing)
+{
+    m_server.Welcome(1, 0);
+    m_server.Acknowledge(1, 0);
+    EXPECT_FALSE(m_server.Answer(1, BDictionaryC()));
+    CRawConnection connection = Connect();
+    connection.Send(kPlain + kPlain + kPlain);
+    ASSERT_TRUE(HostTest::HasInput(m_server.Descriptor(), 30000));
+    connection.Reset();
+    m_handler.onNotification = [&](const MPIPeerC& peer) { m_server.Welcome(peer.connection, 0); };
+    EXPECT_TRUE(ServeUntil([&] { return Has(1, "disconnected\n"); }));
+}
+
+TEST_F(HostServerSessions, AnyMessageCanBeAnswered)
+{
+    BDictionaryC statistics;
+    statistics.Insert("received", std::make_unique<BAtomC>(7));
+    m_handler.onNotification = [&](const MPIPeerC& peer)
+    { EXPECT_TRUE(m_server.Answer(peer.connection, statistics)); };
+    CRawConnection connection = Connect();
+    connection.Send(kPlain);
+    EXPECT_TRUE(ServeUntil([&] { return m_handler.counts[1] == 1; }));
+    EXPECT_EQ(connection.Receive(15), "d8:receivedi7ee");
+    BDictionaryC tooLarge;
+    tooLarge.Insert("x", std::make_unique<BAtomC>(std::string(65536, 'x')));
+    EXPECT_FALSE(m_server.Answer(1, tooLarge));
+}
+
+TEST_F(HostServerSessions, APeerThatDoesNotReadGetsNoMoreAnswersAndTheLastAcknowledgement)
+{
+    CRawConnection connection = Connect();
+    BDictionaryC large;
+    large.Insert("x", std::make_unique<BAtomC>(std::string(60000, 'x')));
+    int answers = 0;
+    while (m_server.Answer(1, large))
+        ASSERT_LT(++answers, 2000);
+    for (std::uint64_t number = 1; number <= 1000; ++number)
+        m_server.Acknowledge(1, number);
+    EXPECT_FALSE(m_server.Answer(1, large));
+    std::string received;
+    EXPECT_TRUE(ServeUntil(
+        [&]
+        {
+            received += connection.ReceivePending();
+            return received.find("d3:acki") != std::string::npos;
+        }));
+    EXPECT_EQ(received.size(), static_cast<std::size_t>(answers) * 60011 + 13);
+    EXPECT_EQ(received.substr(received.size() - 13), "d3:acki1000ee");
+    EXPECT_FALSE(HostTest::HasInput(m_server.Descriptor(), 0)) << "output is not watched for any more";
+    EXPECT_TRUE(m_server.Answer(1, large));
+}
+
+TEST_F(HostServerSessions, TheMostConnectionsCanBeSet)
+{
+    EXPECT_EQ(m_server.MaximumConnections(), 256u);
+    m_server.MaximumConnections(2);
+    const CRawConnection first = Connect();
+    const CRawConnection second = Connect();
+    CRawConnection third = CRawConnection::To("127.0.0.1", m_server.Port());
+    EXPECT_TRUE(ServeUntil([&] { return third.Ended(); }));
+    EXPECT_EQ(m_handler.turnedAway, 1);
+    EXPECT_EQ(m_server.ConnectionCount(), 2u);
+}
+
+} // namespace
