@@ -173,6 +173,7 @@ private:
     SErrorEntry* FindOwned(int code, int type);
     bool Raise(int code, int type);
     bool Clear(int code, int type);
+    bool ChangeEach(const std::vector<std::pair<int, int>>& ids, bool raised);
     bool CopyTable();
     bool Published() const;
     int FollowReadyTable(CErrorDatabase& db);

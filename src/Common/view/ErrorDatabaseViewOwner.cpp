@@ -172,40 +172,32 @@ bool CErrorDatabaseView::ClearError(int code, int type)
 
 bool CErrorDatabaseView::RaiseErrors(const std::vector<std::pair<int, int>>& ids)
 {
-    return !RefusesChanges() && ChangeTable(
-                                    [this, &ids](SStatusTable& table)
-                                    {
-                                        const Core::Time reading = Core::Time::Now();
-                                        bool changed = false;
-                                        for (const auto& id : ids)
-                                        {
-                                            SErrorEntry* const record = FindOwned(id.first, id.second);
-                                            if (record == nullptr || Raised(*record))
-                                                continue;
-                                            RaiseRecord(table.header, *record, reading, reading);
-                                            changed = true;
-                                        }
-                                        return changed;
-                                    });
+    return !RefusesChanges() && ChangeTable([this, &ids](SStatusTable&) { return ChangeEach(ids, true); });
 }
 
 bool CErrorDatabaseView::ClearErrors(const std::vector<std::pair<int, int>>& ids)
 {
-    return !RefusesChanges() && ChangeTable(
-                                    [this, &ids](SStatusTable& table)
-                                    {
-                                        const Core::Time reading = Core::Time::Now();
-                                        bool changed = false;
-                                        for (const auto& id : ids)
-                                        {
-                                            SErrorEntry* const record = FindOwned(id.first, id.second);
-                                            if (record == nullptr || !Raised(*record))
-                                                continue;
-                                            ClearRecord(table.header, *record, reading);
-                                            changed = true;
-                                        }
-                                        return changed;
-                                    });
+    return !RefusesChanges() && ChangeTable([this, &ids](SStatusTable&) { return ChangeEach(ids, false); });
+}
+
+/// One reading of the clock serves for all.
+/// @return whether anything changed
+bool CErrorDatabaseView::ChangeEach(const std::vector<std::pair<int, int>>& ids, bool raised)
+{
+    const Core::Time reading = Core::Time::Now();
+    bool changed = false;
+    for (const auto& id : ids)
+    {
+        SErrorEntry* const record = FindOwned(id.first, id.second);
+        if (record == nullptr || Raised(*record) == raised)
+            continue;
+        if (raised)
+            RaiseRecord(m_table->header, *record, reading, reading);
+        else
+            ClearRecord(m_table->header, *record, reading);
+        changed = true;
+    }
+    return changed;
 }
 
 bool CErrorDatabaseView::ApplyChanges(const std::vector<SErrorChange>& changes)
