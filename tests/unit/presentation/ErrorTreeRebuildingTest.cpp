@@ -1,7 +1,5 @@
 #include "support/CapturedOutput.h"
-#include "unit/presentation/DisplayFixture.h"
-
-#include <Faultkeeper/ErrorPresentation.h>
+#include "unit/presentation/RebuildingFixture.h"
 
 #include <gmock/gmock.h>
 
@@ -12,58 +10,8 @@ using namespace Faultkeeper;
 namespace
 {
 
-/// What a rebuild fills.
-struct SRebuilt
+class ErrorTreeRebuildingTest : public RebuildingFixture
 {
-    SErrorTree tree;
-    std::vector<std::string> lines;
-    std::vector<std::pair<int, int>> codes;
-};
-
-bool operator==(const SRebuilt& left, const SRebuilt& right)
-{
-    return Printed(left.tree) == Printed(right.tree) && left.lines == right.lines &&
-           left.codes == right.codes;
-}
-
-std::ostream& operator<<(std::ostream& out, const SRebuilt& rebuilt)
-{
-    return out << Printed(rebuilt.tree) << Joined(rebuilt.lines) << Numbers(rebuilt.codes);
-}
-
-class ErrorTreeRebuildingTest : public DisplayFixture
-{
-protected:
-    void Rebuild(const std::string& key, SRebuilt& rebuilt, bool plain = false)
-    {
-        CErrorPresentation::RegenerateErrorTree(key, *m_database, m_reader, rebuilt.tree, rebuilt.lines,
-                                                rebuilt.codes, plain);
-    }
-
-    SRebuilt Rebuilt(const std::string& key, bool plain = false)
-    {
-        SRebuilt rebuilt;
-        Rebuild(key, rebuilt, plain);
-        return rebuilt;
-    }
-
-    std::string Codes(const std::string& key) { return Numbers(Rebuilt(key).codes); }
-    std::string TextsOf(const std::string& key) { return Texts(Rebuilt(key).tree); }
-
-    /// Something in every output, to see that it stays or is appended to.
-    static SRebuilt Filled()
-    {
-        SRebuilt rebuilt;
-        rebuilt.tree.problemCode = 0x123;
-        rebuilt.tree.problemType = 7;
-        rebuilt.tree.stateKey = "KEY";
-        rebuilt.tree.friendlyCode = "CODE";
-        rebuilt.tree.raisedTime = rebuilt.tree.clearedTime = 77;
-        rebuilt.tree.counter1 = rebuilt.tree.counter2 = 78;
-        rebuilt.lines = {"line"};
-        rebuilt.codes = {{0x40C1B, 20}};
-        return rebuilt;
-    }
 };
 
 TEST_F(ErrorTreeRebuildingTest, FollowsTheKeyWhateverTheLiveStateIs)
@@ -370,61 +318,6 @@ TEST_F(ErrorTreeRebuildingTest, AnEmptyKeyIsOutOfRangeForAFirstErrorWithTriggerS
     EXPECT_THROW(Rebuild("", rebuilt), std::out_of_range);
     EXPECT_THROW(Rebuild("00", rebuilt), std::out_of_range);
     EXPECT_NO_THROW(Rebuild("000", rebuilt));
-}
-
-TEST_F(ErrorTreeRebuildingTest, TheWalkTakesItsBitsFromTheFront)
-{
-    Load({Node(0, {Set({1, 2})}), Node(1, {Set({2})}), Node(2)});
-    SRebuilt rebuilt;
-    std::string bits = "10"
-                       "1"
-                       "0110";
-    CErrorPresentation::RegenerateErrorTree(Error(0), bits, rebuilt.tree, rebuilt.lines, false, rebuilt.codes,
-                                            "  *");
-    EXPECT_EQ(bits, "0110");
-    EXPECT_EQ(Joined(rebuilt.lines), "  *--Positioning:GPS:No Data:1\n  *----Positioning:GPS:No Data:2\n");
-    EXPECT_EQ(Numbers(rebuilt.codes), "1 2");
-    EXPECT_EQ(Texts(rebuilt.tree), "|||S1 S2");
-}
-
-TEST_F(ErrorTreeRebuildingTest, TheWalkUsesUpBitsThatDoNotReachBeyondTheError)
-{
-    Load({Node(0, {Set({1, 2})}), Node(1), Node(2)});
-    SRebuilt rebuilt;
-    for (const char* const given : {"1", "11"})
-    {
-        std::string bits = given;
-        CErrorPresentation::RegenerateErrorTree(Error(0), bits, rebuilt.tree, rebuilt.lines, true,
-                                                rebuilt.codes, "");
-        EXPECT_EQ(bits, "") << given;
-    }
-    EXPECT_EQ(Numbers(rebuilt.codes), "1 1 2");
-    EXPECT_TRUE(rebuilt.lines.empty());
-}
-
-TEST_F(ErrorTreeRebuildingTest, TheWalkWithoutBitsChangesNothing)
-{
-    Load({Node(0, {Set({1})}), Node(1)});
-    SRebuilt rebuilt = Filled();
-    rebuilt.tree.title = "kept";
-    const SRebuilt before = rebuilt;
-    std::string bits;
-    CErrorPresentation::RegenerateErrorTree(Error(0), bits, rebuilt.tree, rebuilt.lines, true, rebuilt.codes,
-                                            "");
-    EXPECT_EQ(rebuilt, before);
-}
-
-TEST_F(ErrorTreeRebuildingTest, TheWalkLeavesTheBitsToOthersWhereThereIsNoTrigger)
-{
-    Load({Node(0), Node(1, {Set({})})});
-    SRebuilt rebuilt;
-    std::string bits = "11";
-    CErrorPresentation::RegenerateErrorTree(Error(0), bits, rebuilt.tree, rebuilt.lines, true, rebuilt.codes,
-                                            "");
-    CErrorPresentation::RegenerateErrorTree(Error(1), bits, rebuilt.tree, rebuilt.lines, true, rebuilt.codes,
-                                            "");
-    EXPECT_EQ(bits, "11");
-    EXPECT_TRUE(rebuilt.codes.empty());
 }
 
 TEST_F(ErrorTreeRebuildingTest, GoesNoDeeperWhereAnErrorWouldContainItself)
