@@ -1,12 +1,10 @@
 // Whatever FaultkeeperConfig.xml holds, loading it next to good module files gives a database that can be
 // used, an empty one, or the name of the rule that was broken.
 
+#include "harness/ConfigurationFile.h"
 #include "harness/DatabaseUse.h"
 #include "harness/Expectation.h"
-#include "harness/Input.h"
-#include "harness/Refusal.h"
 #include "harness/ScratchDirectory.h"
-#include "harness/Silence.h"
 #include "harness/XmlMutation.h"
 
 #include "common/ConfigurationFiles.h"
@@ -58,11 +56,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    const Fuzz::CSilence silence;
-    Support::WriteFile(Prefix() + "FaultkeeperConfig.xml", Fuzz::CInput(bytes, size).Rest());
-    if (Fuzz::Refused(Load))
-        const Apps::CConfigurationFiles files(
-            Prefix()); // is asked before loading, so it must stand broken files, too
+    Fuzz::LoadWith(Prefix(), "FaultkeeperConfig.xml", bytes, size, Load);
     return 0;
 }
 

@@ -1,12 +1,10 @@
 // Whatever a module file holds, loading it next to a good one gives a database that can be used or the name
 // of the rule that was broken.
 
+#include "harness/ConfigurationFile.h"
 #include "harness/DatabaseUse.h"
 #include "harness/Expectation.h"
-#include "harness/Input.h"
-#include "harness/Refusal.h"
 #include "harness/ScratchDirectory.h"
-#include "harness/Silence.h"
 #include "harness/XmlMutation.h"
 
 #include "common/ConfigurationFiles.h"
@@ -65,11 +63,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    const Fuzz::CSilence silence;
-    Support::WriteFile(Prefix() + "module.xml", Fuzz::CInput(bytes, size).Rest());
-    if (Fuzz::Refused(Load))
-        const Apps::CConfigurationFiles files(
-            Prefix()); // is asked before loading, so it must stand broken files, too
+    Fuzz::LoadWith(Prefix(), "module.xml", bytes, size, Load);
     return 0;
 }
 
