@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -43,6 +44,29 @@ template <typename Element> std::vector<std::vector<Element>> Shortened(const st
         }
     }
     return result;
+}
+
+/// Looks for a difference in so many cases.
+/// @param make        makes a case
+/// @param smaller     as for Shrunk
+/// @param difference  tells how a case differs from what it should be, empty if it does not
+/// @param shown       describes a case
+/// @return the round and the smallest case that was found to differ, with its difference; empty if none does
+template <typename Make, typename Smaller, typename Difference, typename Shown>
+std::string SmallestDifference(int rounds, const Make& make, const Smaller& smaller,
+                               const Difference& difference, const Shown& shown)
+{
+    for (int round = 0; round < rounds; ++round)
+    {
+        const auto tried = make();
+        if (difference(tried).empty())
+            continue;
+        const auto smallest =
+            Shrunk(tried, smaller, [&](const auto& each) { return !difference(each).empty(); });
+        return "in round " + std::to_string(round) + ", smallest case:\n" + shown(smallest) +
+               difference(smallest);
+    }
+    return "";
 }
 
 } // namespace Support

@@ -122,6 +122,32 @@ public:
     std::vector<std::string> turnedAway;
 };
 
+/// A server and a connection to it.
+class ReferenceHostServing : public testing::Test
+{
+protected:
+    ReferenceHostServing()
+        : m_server(m_handler), m_listens(m_server.Listen(0)),
+          m_served(CRawConnection::To("127.0.0.1", m_server.Port()))
+    {
+        EXPECT_TRUE(m_listens) << m_server.Error();
+        EXPECT_TRUE(Eventually([&] { return m_server.Serve(0) == 0 && m_server.ConnectionCount() == 1; }));
+    }
+
+    /// Does the connection's next notification arrive?
+    bool ServesTheNext()
+    {
+        const int before = m_handler.notifications;
+        m_served.Send("d4:argsle4:name1:xe");
+        return Eventually([&] { return m_server.Serve(0) >= 0 && m_handler.notifications == before + 1; });
+    }
+
+    Handler m_handler;
+    MPISocketServerC m_server;
+    const bool m_listens;
+    CRawConnection m_served;
+};
+
 /// Leaves the process no descriptor as long as it lives.
 class NoDescriptors
 {
@@ -149,26 +175,19 @@ private:
     std::vector<int> m_copies;
 };
 
-TEST(ReferenceHost, TurnsConnectionsAwayWithoutDescriptorsAndServesTheOthers)
+TEST_F(ReferenceHostServing, TurnsConnectionsAwayWithoutDescriptorsAndServesTheOthers)
 {
-    Handler handler;
-    MPISocketServerC server(handler);
-    ASSERT_TRUE(server.Listen(0));
-    CRawConnection served = CRawConnection::To("127.0.0.1", server.Port());
-    ASSERT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 1; }));
-    served.Send("d4:argsle4:name1:xe");
-    ASSERT_TRUE(Eventually([&] { return server.Serve(0) >= 0 && handler.notifications == 1; }));
-    CRawConnection late = CRawConnection::To("127.0.0.1", server.Port());
+    ASSERT_TRUE(ServesTheNext());
+    CRawConnection late = CRawConnection::To("127.0.0.1", m_server.Port());
     {
         const NoDescriptors noDescriptors;
-        EXPECT_TRUE(Eventually([&] { return server.Serve(0) == 0 && late.Ended(); }));
-        EXPECT_EQ(handler.turnedAway,
+        EXPECT_TRUE(Eventually([&] { return m_server.Serve(0) == 0 && late.Ended(); }));
+        EXPECT_EQ(m_handler.turnedAway,
                   std::vector<std::string>{"127.0.0.1:" + std::to_string(late.OwnPort())});
-        served.Send("d4:argsle4:name1:xe");
-        EXPECT_TRUE(Eventually([&] { return server.Serve(0) >= 0 && handler.notifications == 2; }));
+        EXPECT_TRUE(ServesTheNext());
     }
-    const CRawConnection next = CRawConnection::To("127.0.0.1", server.Port());
-    EXPECT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 2; }));
+    const CRawConnection next = CRawConnection::To("127.0.0.1", m_server.Port());
+    EXPECT_TRUE(Eventually([&] { return m_server.Serve(0) == 0 && m_server.ConnectionCount() == 2; }));
 }
 
 /// A client without a connection: the two operations that matter are taken over.
@@ -218,37 +237,30 @@ private:
     rlimit m_limit = {};
 };
 
-TEST(ReferenceHost, DoesNotKeepItsOwnerBusyWhileTheSystemRefusesToAccept)
+TEST_F(ReferenceHostServing, DoesNotKeepItsOwnerBusyWhileTheSystemRefusesToAccept)
 {
     constexpr int kPauses = 4;
-    Handler handler;
-    MPISocketServerC server(handler);
-    ASSERT_TRUE(server.Listen(0));
-    CRawConnection served = CRawConnection::To("127.0.0.1", server.Port());
-    ASSERT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 1; }));
     // Once before, since a sanitizer opens a descriptor of its own when it first checks a class.
-    served.Send("d4:argsle4:name1:xe");
-    ASSERT_TRUE(Eventually([&] { return server.Serve(0) >= 0 && handler.notifications == 1; }));
-    const CRawConnection waiting = CRawConnection::To("127.0.0.1", server.Port());
+    ASSERT_TRUE(ServesTheNext());
+    const CRawConnection waiting = CRawConnection::To("127.0.0.1", m_server.Port());
     {
         const NothingOpens nothingOpens;
         const Clock::time_point before = Clock::now();
-        EXPECT_EQ(server.Serve(30000), 0);
-        EXPECT_EQ(server.Error().substr(0, 8), "accept: ");
+        EXPECT_EQ(m_server.Serve(30000), 0);
+        EXPECT_EQ(m_server.Error().substr(0, 8), "accept: ");
         for (int pause = 0; pause < kPauses; ++pause)
         {
-            ASSERT_TRUE(HostTest::HasInput(server.Descriptor(), 30000)) << "it tries again";
-            EXPECT_EQ(server.Serve(0), 0);
-            EXPECT_EQ(server.Error(), "") << "told once";
+            ASSERT_TRUE(HostTest::HasInput(m_server.Descriptor(), 30000)) << "it tries again";
+            EXPECT_EQ(m_server.Serve(0), 0);
+            EXPECT_EQ(m_server.Error(), "") << "told once";
         }
         // The least that so many pauses take; a slow machine only makes it more.
         EXPECT_GE(Clock::now() - before, kPauses * std::chrono::milliseconds(100));
-        served.Send("d4:argsle4:name1:xe");
-        EXPECT_TRUE(Eventually([&] { return server.Serve(0) >= 0 && handler.notifications == 2; }));
-        EXPECT_EQ(server.ConnectionCount(), 1u);
+        EXPECT_TRUE(ServesTheNext());
+        EXPECT_EQ(m_server.ConnectionCount(), 1u);
     }
-    EXPECT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 2; }));
-    EXPECT_EQ(server.Error(), "");
+    EXPECT_TRUE(Eventually([&] { return m_server.Serve(0) == 0 && m_server.ConnectionCount() == 2; }));
+    EXPECT_EQ(m_server.Error(), "");
 }
 
 TEST(ReferenceHost, ListensAgainAfterBeingClosedWhileTheSystemRefusedToAccept)

@@ -1,4 +1,4 @@
-#include "unit/failing/FailingMemory.h"
+#include "support/failing/FailingMemory.h"
 
 #include <gtest/gtest.h>
 

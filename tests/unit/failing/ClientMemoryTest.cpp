@@ -1,5 +1,5 @@
+#include "support/failing/FailingMemory.h"
 #include "unit/client/PlainListener.h"
-#include "unit/failing/FailingMemory.h"
 
 #include "support/FileLock.h"
 

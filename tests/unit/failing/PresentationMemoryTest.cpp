@@ -1,4 +1,4 @@
-#include "unit/failing/FailingMemory.h"
+#include "support/failing/FailingMemory.h"
 #include "unit/presentation/DisplayFixture.h"
 
 #include "unit/Common/view/NumberedErrors.h"

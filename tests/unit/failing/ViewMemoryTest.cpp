@@ -1,5 +1,5 @@
+#include "support/failing/FailingMemory.h"
 #include "unit/Common/view/ReaderFixture.h"
-#include "unit/failing/FailingMemory.h"
 
 #include <functional>
 #include <new>
