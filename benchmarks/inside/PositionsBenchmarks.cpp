@@ -1,6 +1,6 @@
 // Reaches into the library: the positions are worked out once, while a database loads, so nothing that is
 // exported measures them alone.
-#include "Common/database/HierarchyPositions.h"
+#include "Common/hierarchy/HierarchyPositions.h"
 
 #include "common/Registration.h"
 #include "subjects/HandMadeErrors.h"

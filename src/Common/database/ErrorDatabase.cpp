@@ -2,8 +2,8 @@
 
 #include <Faultkeeper/ErrorDbChanged.h>
 
-#include "Common/database/ErrorGroups.h"
-#include "Common/database/ErrorTops.h"
+#include "Common/hierarchy/ErrorGroups.h"
+#include "Common/hierarchy/ErrorTops.h"
 
 #include <Core/IO/XMLDocument.h>
 

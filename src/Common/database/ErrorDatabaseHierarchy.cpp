@@ -1,7 +1,7 @@
 #include <Faultkeeper/ErrorDatabase.h>
 
 #include "Common/ErrorName.h"
-#include "Common/database/HierarchyPositions.h"
+#include "Common/hierarchy/HierarchyPositions.h"
 
 #include <iostream>
 

@@ -3,8 +3,8 @@
 #include "Common/Numbers.h"
 #include "Common/XmlAttributes.h"
 #include "Common/database/ConfigurationRules.h"
-#include "Common/database/ErrorGroups.h"
-#include "Common/database/ErrorTops.h"
+#include "Common/hierarchy/ErrorGroups.h"
+#include "Common/hierarchy/ErrorTops.h"
 
 #include <Core/IO/XMLDocument.h>
 #include <Core/IO/XMLNode.h>

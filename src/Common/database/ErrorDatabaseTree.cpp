@@ -1,7 +1,7 @@
 #include <Faultkeeper/ErrorDatabase.h>
 
-#include "Common/database/ErrorGroups.h"
-#include "Common/database/ErrorTops.h"
+#include "Common/hierarchy/ErrorGroups.h"
+#include "Common/hierarchy/ErrorTops.h"
 
 #include <functional>
 #include <list>

@@ -1,4 +1,4 @@
-#include "Common/database/ErrorGroups.h"
+#include "Common/hierarchy/ErrorGroups.h"
 
 #include <functional>
 

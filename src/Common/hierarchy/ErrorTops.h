@@ -1,8 +1,8 @@
-#ifndef FAULTKEEPER_COMMON_DATABASE_ERRORTOPS_H
-#define FAULTKEEPER_COMMON_DATABASE_ERRORTOPS_H
+#ifndef FAULTKEEPER_COMMON_HIERARCHY_ERRORTOPS_H
+#define FAULTKEEPER_COMMON_HIERARCHY_ERRORTOPS_H
 
-#include "Common/database/ErrorGrouping.h"
-#include "Common/database/ErrorLinks.h"
+#include "Common/hierarchy/ErrorGrouping.h"
+#include "Common/hierarchy/ErrorLinks.h"
 
 #include <list>
 #include <map>

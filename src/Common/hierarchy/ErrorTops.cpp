@@ -1,4 +1,4 @@
-#include "Common/database/ErrorTops.h"
+#include "Common/hierarchy/ErrorTops.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,8 +1,8 @@
-#ifndef FAULTKEEPER_COMMON_DATABASE_ERRORGROUPS_H
-#define FAULTKEEPER_COMMON_DATABASE_ERRORGROUPS_H
+#ifndef FAULTKEEPER_COMMON_HIERARCHY_ERRORGROUPS_H
+#define FAULTKEEPER_COMMON_HIERARCHY_ERRORGROUPS_H
 
-#include "Common/database/ErrorGrouping.h"
-#include "Common/database/ErrorLinks.h"
+#include "Common/hierarchy/ErrorGrouping.h"
+#include "Common/hierarchy/ErrorLinks.h"
 
 #include <list>
 #include <unordered_map>

@@ -1,4 +1,4 @@
-#include "Common/database/HierarchyPositions.h"
+#include "Common/hierarchy/HierarchyPositions.h"
 
 #include <Faultkeeper/Error.h>
 

@@ -1,7 +1,7 @@
-#ifndef FAULTKEEPER_COMMON_DATABASE_ERRORGROUPING_H
-#define FAULTKEEPER_COMMON_DATABASE_ERRORGROUPING_H
+#ifndef FAULTKEEPER_COMMON_HIERARCHY_ERRORGROUPING_H
+#define FAULTKEEPER_COMMON_HIERARCHY_ERRORGROUPING_H
 
-#include "Common/database/ErrorLinks.h"
+#include "Common/hierarchy/ErrorLinks.h"
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-#include "Common/database/ErrorGrouping.h"
+#include "Common/hierarchy/ErrorGrouping.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "Common/database/ErrorLinks.h"
+#include "Common/hierarchy/ErrorLinks.h"
 
 namespace Faultkeeper
 {
