@@ -8,6 +8,7 @@ namespace Faultkeeper
 void CErrorGrouping::FindTops(std::vector<char>& waits, Errors& tops)
 {
     tops.clear();
+    m_next.clear(); // a call that ran out of memory may have left some
     for (auto first = std::find(waits.begin(), waits.end(), 1); first != waits.end();
          first = std::find(first, waits.end(), 1))
         tops.push_back(m_errors[TopOfGroup(waits, static_cast<Place>(first - waits.begin()))]);

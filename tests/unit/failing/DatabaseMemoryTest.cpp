@@ -12,6 +12,7 @@
 #include <optional>
 #include <streambuf>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -198,6 +199,68 @@ TEST_F(DatabaseMemoryTest, AGroupingOfAListThatThrewLeavesNothingForTheNext)
             EXPECT_EQ(TopsOf(database, {kReceiver, kNoData}), (Lines{kNoData}));
         });
     EXPECT_GT(failed, 4);
+}
+
+std::string Numbered(int number)
+{
+    return "Positioning:GPS:No Data:" + std::to_string(number);
+}
+
+/// A star: its centre comes last, so that all others but the first join in the second pass of a grouping.
+class StarMemoryTest : public testing::Test
+{
+protected:
+    static constexpr int kLeaves = 10;
+
+    static Support::CConfigurationBuilder Star()
+    {
+        Support::CConfigurationBuilder builder;
+        std::vector<std::string> leaves;
+        for (int number = 0; number < kLeaves; ++number)
+        {
+            leaves.push_back(Numbered(number));
+            builder.Leaf(leaves.back());
+        }
+        return builder.Leaf(kAntenna).Parent(Numbered(kLeaves), leaves);
+    }
+
+    const Fixtures::CConfiguration m_configuration{Star()};
+    const std::string m_path = m_configuration.Path();
+};
+
+TEST_F(StarMemoryTest, AGroupingOfAListThatThrewWithinAPassLeavesNothingForTheNext)
+{
+    Lines all;
+    for (int number = 0; number <= kLeaves; ++number)
+        all.push_back(Numbered(number));
+    const int failed = FailEach(
+        [&](CAttempt& attempt)
+        {
+            CErrorDatabase database(m_path);
+            attempt.Run([&] { TopsOf(database, all); });
+            EXPECT_EQ(TopsOf(database, {kAntenna}), (Lines{kAntenna}));
+        });
+    EXPECT_GT(failed, 10);
+}
+
+TEST_F(StarMemoryTest, AnUpdateThatThrewWithinAPassIsMadeUpForByTheNext)
+{
+    Lines leaves;
+    for (int number = 0; number < kLeaves; ++number)
+        leaves.push_back(Numbered(number));
+    const int failed = FailEach(
+        [&](CAttempt& attempt)
+        {
+            CErrorDatabase database(m_path);
+            for (const std::string& name : leaves)
+                Fixtures::Raise(database, name);
+            Fixtures::Raise(database, Numbered(kLeaves));
+            attempt.Run([&] { database.UpdateErrorTree(); });
+            Fixtures::Clear(database, Numbered(kLeaves));
+            database.UpdateErrorTree();
+            EXPECT_EQ(NamesOf(database.ActiveErrors(false)), leaves);
+        });
+    EXPECT_GT(failed, 10);
 }
 
 TEST_F(DatabaseMemoryTest, ListingsMayThrowAndLeaveTheDatabaseAlone)
