@@ -44,9 +44,6 @@ public:
     /// Copies everything, state and links included; the copy belongs to the same database.
     CError(const CError& other);
 
-    /// Takes everything over, state and links included; `other` keeps its state and loses texts and links.
-    CError(CError&& other) noexcept;
-
     /// Copies all but three flags: the target keeps its own IncludeServiceNumber, ShouldBeep and
     /// ShouldBeepIfGuiding, and stays with its own database.
     CError& operator=(const CError& other);
@@ -61,7 +58,7 @@ public:
         return static_cast<ESubModuleIdentifier>(m_problemCode & 0xFF00U);
     }
     EProblemIdentifier ProblemId() const { return static_cast<EProblemIdentifier>(m_problemCode & 0xFFU); }
-    /// The failure mode, 0..21.
+    /// The failure mode: 0..21 of an error that was loaded, whatever the constructor was given of another.
     EProblemType ProblemType() const { return m_problemType; }
 
     /// What is wrong, for the driver.

@@ -115,6 +115,7 @@ public:
 private:
     typedef std::pair<int, int> ErrorId; // problem code, problem type
 
+    void ReadModules(const Core::IO::XMLNode& errorList);
     void LoadModule(EModuleIdentifier moduleId, const std::string& path);
     void LoadSubModule(EModuleIdentifier moduleId, ESubModuleIdentifier subModuleId,
                        const Core::IO::XMLNode& subModuleNode);
@@ -148,9 +149,9 @@ private:
     std::list<const CError*> m_changedActiveErrors;
     std::list<const CError*> m_inactiveErrors;
     std::list<const CError*> m_changedInactiveErrors;
-    std::vector<std::unique_ptr<Core::IO::XMLDocument>> m_documents; // one for each module file
-    bool m_stateTouched;                                             // since the last UpdateErrorTree
-    bool m_linksTouched;                                             // likewise
+    std::map<std::string, std::unique_ptr<Core::IO::XMLDocument>> m_documents; // by path
+    bool m_stateTouched;                    // since the last UpdateErrorTree
+    bool m_linksTouched;                    // likewise
     bool m_parentsHandedOut;                // to somebody who may change them at any time
     std::unique_ptr<CErrorTops> m_tops;     // made when first needed
     std::unique_ptr<CErrorGroups> m_groups; // likewise

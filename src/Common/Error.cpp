@@ -31,12 +31,12 @@ CError::CError(CErrorDatabase& database)
 
 CError::CError(const CError& other) = default;
 
-CError::CError(CError&& other) noexcept = default;
-
 // The flags that say how an error is announced belong to the definition in its place, not to the state that
 // is carried over: screens rely on them staying put.
 CError& CError::operator=(const CError& other)
 {
+    m_database.StateTouched(); // before the rest, which may run out of memory half-way
+    m_database.LinksTouched();
     m_problemCode = other.m_problemCode;
     m_problemType = other.m_problemType;
     m_problemText = other.m_problemText;
@@ -52,8 +52,6 @@ CError& CError::operator=(const CError& other)
     m_position = other.m_position;
     m_triggerSets = other.m_triggerSets;
     m_parents = other.m_parents;
-    m_database.StateTouched();
-    m_database.LinksTouched();
     return *this;
 }
 
@@ -73,14 +71,14 @@ std::list<CError*>& CError::Parents()
 
 void CError::AddTriggerSet(const CTriggerSet& triggerSet)
 {
-    m_triggerSets.push_back(triggerSet);
     m_database.LinksTouched();
+    m_triggerSets.push_back(triggerSet);
 }
 
 void CError::AddParent(CError* parent)
 {
-    m_parents.push_back(parent);
     m_database.LinksTouched();
+    m_parents.push_back(parent);
 }
 
 bool CError::IsParentOf(const CError* error) const

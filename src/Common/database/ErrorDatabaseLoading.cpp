@@ -9,8 +9,8 @@
 #include <Core/IO/XMLDocument.h>
 #include <Core/IO/XMLNode.h>
 
+#include <memory>
 #include <string>
-#include <utility>
 
 namespace Faultkeeper
 {
@@ -40,6 +40,22 @@ void SetText(CError& newError, const Core::IO::XMLNode& textNode)
         newError.ShortProblemText(textContent);
     else if (textType == "title")
         newError.TitleText(textContent);
+}
+
+/// How many errors a module's document defines. Counts what stands where errors stand; what does not belong
+/// there ends the loading later.
+std::size_t CountErrors(const Core::IO::XMLDocument& document)
+{
+    const Core::IO::XMLNode* const module = document.RootNode().Child("Module");
+    std::size_t errors = 0;
+    if (module == nullptr)
+        return errors;
+    for (const Core::IO::XMLNode& subModule : module->Children())
+    {
+        for (const Core::IO::XMLNode& problem : subModule.Children())
+            errors += problem.Children().size();
+    }
+    return errors;
 }
 
 /// Reads what stands below an "Error" element into the error.
@@ -72,6 +88,7 @@ CErrorDatabase::CErrorDatabase(const std::string& directory)
     const Core::IO::XMLNode* const errorList = FindErrorList(document);
     if (errorList == nullptr)
         return;
+    ReadModules(*errorList);
     for (const Core::IO::XMLNode& moduleNode : errorList->Children())
     {
         Require(moduleNode.Name() == "Module", kListHoldsModules);
@@ -87,12 +104,27 @@ CErrorDatabase::CErrorDatabase(const std::string& directory)
     m_loaded = true;
 }
 
+/// Reads the modules' files, and makes room for all of their errors at once: errors are never moved.
+void CErrorDatabase::ReadModules(const Core::IO::XMLNode& errorList)
+{
+    std::size_t errors = 0;
+    for (const Core::IO::XMLNode& moduleNode : errorList.Children())
+    {
+        const std::string path = m_directory + Attribute(moduleNode, "file");
+        std::unique_ptr<Core::IO::XMLDocument>& document = m_documents[path];
+        if (document == nullptr)
+        {
+            document = std::make_unique<Core::IO::XMLDocument>(false);
+            document->Parse(path); // likewise
+        }
+        errors += CountErrors(*document);
+    }
+    m_errors.reserve(errors);
+}
+
 void CErrorDatabase::LoadModule(EModuleIdentifier moduleId, const std::string& path)
 {
-    m_documents.push_back(std::make_unique<Core::IO::XMLDocument>(false));
-    Core::IO::XMLDocument& document = *m_documents.back();
-    document.Parse(path);
-    const Core::IO::XMLNode* const module = document.RootNode().Child("Module");
+    const Core::IO::XMLNode* const module = m_documents.at(path)->RootNode().Child("Module");
     if (module == nullptr)
         return;
     for (const Core::IO::XMLNode& subModuleNode : module->Children())
@@ -134,17 +166,16 @@ void CErrorDatabase::LoadError(EModuleIdentifier moduleId, ESubModuleIdentifier 
                                bool fullScreen, bool forceShutdown, bool includeServiceNumber,
                                bool shouldBeep, bool shouldBeepIfGuiding)
 {
-    CError newError(*this, moduleId, subModuleId, problemId, problemType, severity, visible, fullScreen,
-                    forceShutdown, includeServiceNumber, shouldBeep, shouldBeepIfGuiding);
+    const int position = static_cast<int>(m_errors.size());
+    m_errors.emplace_back(*this, moduleId, subModuleId, problemId, problemType, severity, visible, fullScreen,
+                          forceShutdown, includeServiceNumber, shouldBeep, shouldBeepIfGuiding);
+    CError& newError = m_errors.back();
     const Core::IO::XMLNode* const triggerSets = ReadErrorChildren(newError, errorNode);
     Require(!newError.ProblemText().empty(), kErrorHasProblemText);
     Require(!newError.SolutionText().empty(), kErrorHasSolutionText);
     Require(!newError.ShortProblemText().empty(), kErrorHasShortProblemText);
-
-    const int position = static_cast<int>(m_errors.size());
     m_index[ErrorId(newError.ProblemCode(), problemType)] =
         position; // of two definitions the later one is found
-    m_errors.push_back(std::move(newError));
     if (triggerSets != nullptr)
         m_pendingTriggerSets.emplace_back(position, triggerSets);
 }

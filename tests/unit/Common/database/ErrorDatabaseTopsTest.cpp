@@ -9,6 +9,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 // The lists of tops are rebuilt from what is kept between two updates. Whatever has happened to the errors in
@@ -81,6 +82,16 @@ TEST_F(ErrorDatabaseTopsTest, ParentsThatWereHandedOutMayChangeAtAnyTimeLater)
     EXPECT_EQ(InactiveTops().size(), before - 1);
     parents.clear();
     EXPECT_EQ(InactiveTops().size(), before);
+}
+
+TEST_F(ErrorDatabaseTopsTest, AnErrorThatIsMovedFromStaysAsItIs)
+{
+    Own(kFirst).Raise(false);
+    m_database.UpdateErrorTree();
+    const CError taken(std::move(Own(kParent)));
+    EXPECT_EQ(taken.TriggerSets().size(), 1u);
+    EXPECT_EQ(Own(kParent).TriggerSets().size(), 1u);
+    EXPECT_EQ(Own(kParent).ProblemText(), taken.ProblemText());
 }
 
 TEST_F(ErrorDatabaseTopsTest, LinksTakenOverByAssignmentCount)
