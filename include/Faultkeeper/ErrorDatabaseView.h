@@ -7,7 +7,7 @@
 
 #include <Core/Time.h>
 
-#include <cstdint>
+#include <cstddef>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -116,7 +116,9 @@ public:
 
     /// Brings an owner's former state back, before readers look: raised bits, counters and both times of the
     /// records with the same identifiers; entries without a record are skipped. The header's times become the
-    /// latest of all these. Nothing is counted and nobody is told. Owner only, and not once ready.
+    /// latest of all these. No counter counts, and whoever waits for a change is woken. Owner only, and not
+    /// once ready. Readers notice a change only by a later time: an owner whose clock may lie behind a time
+    /// that it restores gives the largest of them to Core::Time::NotBefore first.
     /// @return false if refused or the lock was busy
     bool RestoreErrors(const std::vector<SErrorEntry>& entries);
 
@@ -170,9 +172,8 @@ private:
     bool RefusesOwner() const;
     bool RefusesChanges() const;
     template <typename Change> bool ChangeTable(const Change& change);
-    SErrorEntry* FindOwned(int code, int type);
-    bool Raise(int code, int type);
-    bool Clear(int code, int type);
+    template <typename Change> bool ChangeRecords(std::size_t lookups, const Change& change);
+    bool ChangeRecord(int code, int type, bool raised);
     bool ChangeEach(const std::vector<std::pair<int, int>>& ids, bool raised);
     bool CopyTable();
     bool Published() const;
@@ -193,7 +194,6 @@ private:
     EViewType m_type;
     CErrorDbViewChanged* m_listener;       // not owned
     bool m_settled;                        // has every record of the mirror been acted on?
-    std::uint32_t m_changes;               // of the table, when its identifiers were looked at last
     std::unique_ptr<CRecordIndex> m_index; // of the table for an owner, of the mirror for a reader
 };
 

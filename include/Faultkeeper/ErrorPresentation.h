@@ -61,7 +61,8 @@ public:
     /// Does nothing if the key names no record of the table or no error of the database.
     /// @throws std::invalid_argument before anything changes if the key holds another character than 0-9 and
     /// A-F
-    /// @throws std::out_of_range if the key is shorter than ten bits and the top error has trigger sets
+    /// @throws std::out_of_range if the key is shorter than ten bits and the top error has trigger sets; the
+    /// outputs are changed as far as the top error goes
     static void RegenerateErrorTree(const std::string& stateKey, const CErrorDatabase& db,
                                     CErrorDatabaseView& view, SErrorTree& tree,
                                     std::vector<std::string>& lines, std::vector<std::pair<int, int>>& codes,

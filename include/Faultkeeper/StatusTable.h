@@ -18,11 +18,14 @@ constexpr int kStatusTableCapacity = 400;
 constexpr std::size_t kStatusTableBytes = 14432;
 
 /// What the owner says of the table as a whole.
+///
+/// The first four bytes of the last raise time, which mean nothing to a reader of times, go up by one with
+/// every change of the table: readers that sleep (CErrorDatabaseView::WaitForChange) sleep on them.
 struct SStatusHeader
 {
     std::uint32_t ready = 0;  ///< 1 while the owner has declared the table ready, otherwise 0
     std::int32_t count = 0;   ///< records in use, 0..400
-    Core::Time lastRaiseTime; ///< most recent raise of any error
+    Core::Time lastRaiseTime; ///< most recent raise of any error; its type word counts the table's changes
     Core::Time lastClearTime; ///< most recent clear of any error
 };
 

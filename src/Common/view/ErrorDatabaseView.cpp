@@ -24,7 +24,7 @@ CErrorDbViewChanged::~CErrorDbViewChanged() = default;
 
 CErrorDatabaseView::CErrorDatabaseView(bool create, EViewType type)
     : m_failed(false), m_readySeen(false), m_table(nullptr), m_segmentId(-1), m_semaphoreId(-1), m_type(type),
-      m_listener(nullptr), m_settled(false), m_changes(0), m_index(std::make_unique<CRecordIndex>())
+      m_listener(nullptr), m_settled(false), m_index(std::make_unique<CRecordIndex>())
 {
     Attach(create);
 }

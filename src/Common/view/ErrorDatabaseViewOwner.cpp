@@ -15,6 +15,8 @@ namespace Faultkeeper
 
 namespace
 {
+constexpr std::size_t kLookupsByWalk = 4;
+
 /// Raises a record that is not raised.
 void RaiseRecord(SStatusHeader& header, SErrorEntry& record, const Core::Time& raised,
                  const Core::Time& reading)
@@ -32,6 +34,37 @@ void ClearRecord(SStatusHeader& header, SErrorEntry& record, const Core::Time& r
     record.clearedTime = reading;
     record.flags = static_cast<std::uint16_t>(record.flags & ~kRaisedFlag);
     header.lastClearTime = reading;
+}
+
+/// @return whether anything was changed
+template <typename Find> bool Apply(SStatusHeader& header, const Find& find, const SErrorChange& change)
+{
+    const Core::Time reading = Core::Time::Now();
+    SErrorEntry* const record = find(change.problemCode, change.problemType);
+    if (record == nullptr || Raised(*record) == change.raised)
+        return false;
+    if (change.raised)
+        RaiseRecord(header, *record, Core::Time::Now(), reading);
+    else
+        ClearRecord(header, *record, reading);
+    return true;
+}
+
+/// @param restore  called with a record and the entry with its identifier
+/// @return whether it was called
+template <typename Find, typename Restore>
+bool ForEachFound(const std::vector<SErrorEntry>& entries, const Find& find, const Restore& restore)
+{
+    bool any = false;
+    for (const SErrorEntry& entry : entries)
+    {
+        SErrorEntry* const record = find(entry.problemCode, entry.problemType);
+        if (record == nullptr)
+            continue;
+        restore(*record, entry);
+        any = true;
+    }
+    return any;
 }
 
 void RestoreDetails(SErrorEntry& record, const SErrorEntry& remembered, const Core::Time& now)
@@ -84,16 +117,35 @@ template <typename Change> bool CErrorDatabaseView::ChangeTable(const Change& ch
         const CTableLock lock(*this);
         if (!lock.Held())
             return false;
-        if (TableSignal::Changes(*m_table) != m_changes)
-            m_index->MayDiffer(); // another process has had the table
         changed = change(*m_table);
         if (changed)
             TableSignal::Count(*m_table);
-        m_changes = TableSignal::Changes(*m_table);
     }
     if (changed)
         TableSignal::Wake(*m_table);
     return true;
+}
+
+/// Likewise, with the means to find records: a walk for a few, with more the index, which costs a walk or two
+/// to bring up to date. Somebody else may have written identifiers since the last time.
+/// @param lookups  how many records are looked for
+/// @param change   called with a function that finds the table's record with an identifier, or null
+template <typename Change> bool CErrorDatabaseView::ChangeRecords(std::size_t lookups, const Change& change)
+{
+    return ChangeTable(
+        [this, lookups, &change](SStatusTable& table)
+        {
+            const bool indexed = lookups > kLookupsByWalk;
+            if (indexed)
+                m_index->Know(table);
+            return change(
+                [this, indexed, &table](int code, int type)
+                {
+                    const int position =
+                        indexed ? m_index->Find(table, code, type) : FindRecord(table, code, type);
+                    return position < 0 ? nullptr : &table.records[position];
+                });
+        });
 }
 
 bool CErrorDatabaseView::FaultkeeperReady(bool ready)
@@ -114,7 +166,7 @@ bool CErrorDatabaseView::LoadErrors(const CErrorDatabase& db)
     const std::vector<CError>& errors = db.GetErrorList();
     const std::size_t count = std::min(errors.size(), static_cast<std::size_t>(kStatusTableCapacity));
     const bool loaded = ChangeTable(
-        [this, &errors, count](SStatusTable& table)
+        [&errors, count](SStatusTable& table)
         {
             table.header.count = static_cast<std::int32_t>(count);
             for (std::size_t i = 0; i < count; ++i)
@@ -122,7 +174,6 @@ bool CErrorDatabaseView::LoadErrors(const CErrorDatabase& db)
                 table.records[i].problemCode = errors[i].ProblemCode();
                 table.records[i].problemType = static_cast<std::int16_t>(errors[i].ProblemType());
             }
-            m_index->MayDiffer();
             return true;
         });
     if (loaded)
@@ -130,128 +181,94 @@ bool CErrorDatabaseView::LoadErrors(const CErrorDatabase& db)
     return loaded;
 }
 
-/// The table's record with this identifier, or null. Under the lock.
-SErrorEntry* CErrorDatabaseView::FindOwned(int code, int type)
-{
-    const int indexed = m_index->Find(*m_table, code, type);
-    // Somebody may have written identifiers without counting a change: a walk finds what is there.
-    const int position = indexed >= 0 ? indexed : FindRecord(*m_table, code, type);
-    return position < 0 ? nullptr : &m_table->records[position];
-}
-
-/// @return whether anything was changed; likewise below
-bool CErrorDatabaseView::Raise(int code, int type)
-{
-    const Core::Time reading = Core::Time::Now();
-    SErrorEntry* const record = FindOwned(code, type);
-    if (record == nullptr || Raised(*record))
-        return false;
-    RaiseRecord(m_table->header, *record, Core::Time::Now(), reading);
-    return true;
-}
-
-bool CErrorDatabaseView::Clear(int code, int type)
-{
-    const Core::Time reading = Core::Time::Now();
-    SErrorEntry* const record = FindOwned(code, type);
-    if (record == nullptr || !Raised(*record))
-        return false;
-    ClearRecord(m_table->header, *record, reading);
-    return true;
-}
-
 bool CErrorDatabaseView::RaiseError(int code, int type)
 {
-    return !RefusesChanges() && ChangeTable([this, code, type](SStatusTable&) { return Raise(code, type); });
+    return ChangeRecord(code, type, true);
 }
 
 bool CErrorDatabaseView::ClearError(int code, int type)
 {
-    return !RefusesChanges() && ChangeTable([this, code, type](SStatusTable&) { return Clear(code, type); });
+    return ChangeRecord(code, type, false);
+}
+
+bool CErrorDatabaseView::ChangeRecord(int code, int type, bool raised)
+{
+    return !RefusesChanges() && ChangeRecords(1,
+                                              [this, code, type, raised](const auto& find) {
+                                                  return Apply(m_table->header, find, {code, type, raised});
+                                              });
 }
 
 bool CErrorDatabaseView::RaiseErrors(const std::vector<std::pair<int, int>>& ids)
 {
-    return !RefusesChanges() && ChangeTable([this, &ids](SStatusTable&) { return ChangeEach(ids, true); });
+    return ChangeEach(ids, true);
 }
 
 bool CErrorDatabaseView::ClearErrors(const std::vector<std::pair<int, int>>& ids)
 {
-    return !RefusesChanges() && ChangeTable([this, &ids](SStatusTable&) { return ChangeEach(ids, false); });
+    return ChangeEach(ids, false);
 }
 
 /// One reading of the clock serves for all.
-/// @return whether anything changed
 bool CErrorDatabaseView::ChangeEach(const std::vector<std::pair<int, int>>& ids, bool raised)
 {
-    const Core::Time reading = Core::Time::Now();
-    bool changed = false;
-    for (const auto& id : ids)
-    {
-        SErrorEntry* const record = FindOwned(id.first, id.second);
-        if (record == nullptr || Raised(*record) == raised)
-            continue;
-        if (raised)
-            RaiseRecord(m_table->header, *record, reading, reading);
-        else
-            ClearRecord(m_table->header, *record, reading);
-        changed = true;
-    }
-    return changed;
+    return !RefusesChanges() &&
+           ChangeRecords(ids.size(),
+                         [this, &ids, raised](const auto& find)
+                         {
+                             const Core::Time reading = Core::Time::Now();
+                             bool changed = false;
+                             for (const auto& id : ids)
+                             {
+                                 SErrorEntry* const record = find(id.first, id.second);
+                                 if (record == nullptr || Raised(*record) == raised)
+                                     continue;
+                                 if (raised)
+                                     RaiseRecord(m_table->header, *record, reading, reading);
+                                 else
+                                     ClearRecord(m_table->header, *record, reading);
+                                 changed = true;
+                             }
+                             return changed;
+                         });
 }
 
 bool CErrorDatabaseView::ApplyChanges(const std::vector<SErrorChange>& changes)
 {
-    return !RefusesChanges() &&
-           ChangeTable(
-               [this, &changes](SStatusTable&)
-               {
-                   bool changed = false;
-                   for (const SErrorChange& change : changes)
-                       changed = (change.raised ? Raise(change.problemCode, change.problemType)
-                                                : Clear(change.problemCode, change.problemType)) ||
-                                 changed;
-                   return changed;
-               });
+    return !RefusesChanges() && ChangeRecords(changes.size(),
+                                              [this, &changes](const auto& find)
+                                              {
+                                                  bool changed = false;
+                                                  for (const SErrorChange& change : changes)
+                                                      changed =
+                                                          Apply(m_table->header, find, change) || changed;
+                                                  return changed;
+                                              });
 }
 
 bool CErrorDatabaseView::UpdateErrorDetails(const std::vector<SErrorEntry>& entries)
 {
-    return !RefusesOwner() && ChangeTable(
-                                  [this, &entries](SStatusTable&)
-                                  {
-                                      const Core::Time now = Core::Time::Now();
-                                      bool changed = false;
-                                      for (const SErrorEntry& entry : entries)
-                                      {
-                                          SErrorEntry* const record =
-                                              FindOwned(entry.problemCode, entry.problemType);
-                                          if (record == nullptr)
-                                              continue;
-                                          RestoreDetails(*record, entry, now);
-                                          changed = true;
-                                      }
-                                      return changed;
-                                  });
+    return !RefusesOwner() &&
+           ChangeRecords(entries.size(),
+                         [&entries](const auto& find)
+                         {
+                             const Core::Time now = Core::Time::Now();
+                             return ForEachFound(entries, find,
+                                                 [&now](SErrorEntry& record, const SErrorEntry& entry)
+                                                 { RestoreDetails(record, entry, now); });
+                         });
 }
 
 bool CErrorDatabaseView::RestoreErrors(const std::vector<SErrorEntry>& entries)
 {
     return !RefusesOwner() && !m_readySeen &&
-           ChangeTable(
-               [this, &entries](SStatusTable& table)
-               {
-                   bool changed = false;
-                   for (const SErrorEntry& entry : entries)
-                   {
-                       SErrorEntry* const record = FindOwned(entry.problemCode, entry.problemType);
-                       if (record == nullptr)
-                           continue;
-                       RestoreState(table.header, *record, entry);
-                       changed = true;
-                   }
-                   return changed;
-               });
+           ChangeRecords(entries.size(),
+                         [this, &entries](const auto& find)
+                         {
+                             return ForEachFound(entries, find,
+                                                 [this](SErrorEntry& record, const SErrorEntry& entry)
+                                                 { RestoreState(m_table->header, record, entry); });
+                         });
 }
 
 } // namespace Faultkeeper

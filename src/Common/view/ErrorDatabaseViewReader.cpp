@@ -22,11 +22,11 @@ bool CErrorDatabaseView::CopyTable()
     const CTableLock lock(*this);
     if (!lock.Held())
         return false;
-    if (m_settled && std::memcmp(&m_mirror, m_table, sizeof m_mirror) == 0)
+    if (std::memcmp(&m_mirror, m_table, sizeof m_mirror) == 0)
         return true;
     std::memcpy(&m_mirror, m_table, sizeof m_mirror);
+    m_index->Know(m_mirror);
     m_settled = false;
-    m_index->MayDiffer();
     return true;
 }
 

@@ -23,15 +23,18 @@ bool Matches(const SErrorEntry& record, std::int32_t code, std::int16_t type)
 }
 } // namespace
 
-int CRecordIndex::Find(const SStatusTable& table, int code, int type)
+void CRecordIndex::Know(const SStatusTable& table)
 {
-    if (!m_trusted && !Known(table))
+    if (!Knows(table))
         Build(table);
-    m_trusted = true;
-    return m_slots[FindSlot(table, RecordCount(table), code, static_cast<std::int16_t>(type))];
 }
 
-bool CRecordIndex::Known(const SStatusTable& table) const
+int CRecordIndex::Find(const SStatusTable& table, int code, int type) const
+{
+    return m_slots[FindSlot(table, m_count, code, static_cast<std::int16_t>(type))];
+}
+
+bool CRecordIndex::Knows(const SStatusTable& table) const
 {
     const int count = RecordCount(table);
     if (count != m_count)

@@ -13,18 +13,21 @@ namespace Faultkeeper
 /// Finds records of a table by identifier without walking through them; of several the first, as a walk
 /// would.
 ///
-/// Only positions are kept, and a record is compared before it is taken for found. Whoever changes a table's
-/// identifiers, or lets somebody else do so, says so with MayDiffer; then they are compared with those known,
-/// and positions worked out anew only if any is different. Cost: constant; after MayDiffer one walk.
+/// The identifiers are compared with those known before a table is searched, and positions worked out anew
+/// only if any is different. Only positions are kept: a record is compared before it is taken for found, so
+/// that a table that changes meanwhile is never read outside its records. Cost: Know() that of one walk,
+/// Find() constant.
 class CRecordIndex
 {
 public:
-    /// The table's identifiers may not be those known.
-    void MayDiffer() { m_trusted = false; }
+    CRecordIndex() { m_slots.fill(kEmpty); }
+
+    /// Takes over the table's identifiers as they are now.
+    void Know(const SStatusTable& table);
 
     /// Position of the first record with this identifier, or -1. Only 16 bits of the type count.
-    /// @param table  the same each time, or MayDiffer comes before
-    int Find(const SStatusTable& table, int code, int type);
+    /// @param table  the one that Know has seen last, with the same identifiers
+    int Find(const SStatusTable& table, int code, int type) const;
 
 private:
     struct SId
@@ -36,13 +39,12 @@ private:
     static constexpr std::size_t kSlots = 1024; // a power of two; at most 400 are taken
     static constexpr std::int16_t kEmpty = -1;
 
-    bool Known(const SStatusTable& table) const;
+    bool Knows(const SStatusTable& table) const;
     void Build(const SStatusTable& table);
     void Insert(const SStatusTable& table, int position);
     std::size_t FindSlot(const SStatusTable& table, int count, std::int32_t code, std::int16_t type) const;
 
-    bool m_trusted = false;
-    int m_count = -1; // none yet
+    int m_count = 0;
     std::array<SId, kStatusTableCapacity> m_ids;
     std::array<std::int16_t, kSlots> m_slots; // positions
 };

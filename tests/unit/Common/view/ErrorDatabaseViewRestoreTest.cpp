@@ -192,6 +192,36 @@ TEST_F(ErrorDatabaseViewBatchTest, ARecordThatWasRenamedUnderTheOwnersFeetIsFoun
     EXPECT_EQ(Record(2).counter1, 1) << "its old name is gone";
 }
 
+TEST_F(ErrorDatabaseViewBatchTest, ManyAreFoundFirstToLastThoughSomebodyRenamesRecordsWithoutCounting)
+{
+    const std::vector<std::pair<int, int>> all = {Id(0), Id(1), Id(2), Id(3), Id(3), Id(3)};
+    EXPECT_TRUE(m_owner.RaiseErrors(all));
+    EXPECT_TRUE(m_owner.ClearErrors(all));
+    Record(1).problemCode = Code(3);
+    Record(1).problemType = static_cast<std::int16_t>(Type(3));
+    EXPECT_TRUE(m_owner.RaiseErrors(all));
+    EXPECT_EQ(Record(1).flags, 1) << "the first of two";
+    EXPECT_EQ(Record(3).flags, 0);
+    EXPECT_EQ(Record(1).counter1, 2);
+    Record(1).problemType = 77;
+    EXPECT_TRUE(m_owner.ApplyChanges(
+        {Change(3, true), Change(1, true), Change(0, false), Change(2, false), Change(2, true)}));
+    EXPECT_EQ(Record(3).flags, 1);
+    EXPECT_EQ(Record(3).counter1, 2);
+    EXPECT_EQ(Record(1).counter1, 2) << "its old name is gone";
+}
+
+TEST_F(ErrorDatabaseViewBatchTest, OneIsFoundFirstThoughSomebodyRenamesARecordBeforeIt)
+{
+    Raise(3);
+    Clear(3);
+    Record(0).problemCode = Code(3);
+    Record(0).problemType = static_cast<std::int16_t>(Type(3));
+    Raise(3);
+    EXPECT_EQ(Record(0).flags, 1);
+    EXPECT_EQ(Record(3).flags, 0);
+}
+
 TEST_F(ErrorDatabaseViewBatchTest, RecordsPastTheCountAreNotFoundThoughTheyWereBefore)
 {
     Raise(3);

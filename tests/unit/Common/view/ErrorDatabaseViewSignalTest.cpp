@@ -168,18 +168,6 @@ TEST_F(ErrorDatabaseViewSignalTest, AnOwningViewIsRefused)
 
 // ---- Sleeping
 
-TEST_F(ErrorDatabaseViewSignalTest, ASleepingReaderIsWokenByTheNextChange)
-{
-    Synchronise();
-    bool woken = false;
-    std::thread display([&] { woken = m_reader.WaitForChange(kLongMilliseconds); });
-    Raise(2);
-    display.join();
-    EXPECT_TRUE(woken);
-    EXPECT_EQ(Synchronise(), 1);
-    EXPECT_EQ(Active(), "2");
-}
-
 const std::string kSleeps = "voluntary_ctxt_switches:";
 
 /// A line of what the system tells of a thread of this process; "" once it has ended.
@@ -256,16 +244,6 @@ TEST_F(SleepingReaderTest, SleepsOnWhenItIsWokenForNothing)
     EXPECT_FALSE(Awake(0));
     Raise(2);
     EXPECT_TRUE(m_woken.get());
-}
-
-TEST_F(ErrorDatabaseViewSignalTest, AReaderMayWaitWithoutEnd)
-{
-    Synchronise();
-    bool woken = false;
-    std::thread display([&] { woken = m_reader.WaitForChange(-1); });
-    m_owner.FaultkeeperReady(false);
-    display.join();
-    EXPECT_TRUE(woken);
 }
 
 TEST_F(ErrorDatabaseViewSignalTest, AReaderThatSleepsBetweenItsCopiesGetsTheLastWord)
