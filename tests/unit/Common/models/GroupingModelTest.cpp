@@ -1,3 +1,4 @@
+#include "unit/Common/fixtures/GroupingModel.h"
 #include "support/Shrinking.h"
 #include "unit/Common/models/LinkedDatabase.h"
 
@@ -78,39 +79,17 @@ struct SModel
     bool Related(int asked, int other) const { return triggers[asked][other] || parents[asked][other]; }
 };
 
-/// One top for each group of the list, pass after pass.
+/// One top for each group of the list.
 std::vector<int> TopsOf(const std::vector<int>& errors, const SModel& model,
                         const std::vector<int>& positions)
 {
+    const auto related = [&](std::size_t candidate, std::size_t member)
+    { return model.Related(errors[candidate], errors[member]); };
+    const auto position = [&](std::size_t place)
+    { return positions[static_cast<std::size_t>(errors[place])]; };
     std::vector<int> tops;
-    std::vector<bool> visited(errors.size(), false);
-    for (std::size_t e = 0; e < errors.size(); ++e)
-    {
-        if (visited[e])
-            continue;
-        visited[e] = true;
-        std::vector<int> group{errors[e]};
-        int top = errors[e];
-        for (bool added = true; added;)
-        {
-            added = false;
-            for (std::size_t c = e + 1; c < errors.size(); ++c)
-            {
-                for (std::size_t g = 0; !visited[c] && g < group.size(); ++g)
-                {
-                    if (!model.Related(errors[c], group[g]))
-                        continue;
-                    visited[c] = added = true;
-                    if (positions[static_cast<std::size_t>(errors[c])] >
-                        positions[static_cast<std::size_t>(top)])
-                        top = errors[c];
-                }
-                if (visited[c])
-                    group.push_back(errors[c]); // once more than needed makes no odds
-            }
-        }
-        tops.push_back(top);
-    }
+    for (const std::size_t top : Fixtures::TopsByPasses(errors.size(), related, position))
+        tops.push_back(errors[top]);
     return tops;
 }
 
