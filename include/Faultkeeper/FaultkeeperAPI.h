@@ -64,6 +64,7 @@ private:
     };
 
     int Report(const ErrorEvent& event, bool queue);
+    int ReportChange(const ErrorEvent& event, bool queue);
     bool SentLast(const ErrorEvent& event) const;
     void SendReport(const ErrorEvent& event);
     void DrainQueue();

@@ -83,18 +83,25 @@ int CFaultkeeperAPI::ClearError(const std::pair<int, int>& id)
 
 int CFaultkeeperAPI::Report(const ErrorEvent& event, bool queue)
 {
-    const bool repeated = SentLast(event);
-    if (!repeated && !VerifyConnection())
+    if (!SentLast(event))
+        return ReportChange(event, queue);
+    if (queue)
+        ProcessQueuedErrors();
+    return 0;
+}
+
+int CFaultkeeperAPI::ReportChange(const ErrorEvent& event, bool queue)
+{
+    if (!VerifyConnection())
     {
         if (queue)
             m_queue.push_back(event);
         return -1;
     }
-    if (!repeated)
-        SendReport(event);
+    SendReport(event);
     if (queue)
         ProcessQueuedErrors();
-    return repeated ? 0 : 1;
+    return 1;
 }
 
 bool CFaultkeeperAPI::SentLast(const ErrorEvent& event) const
