@@ -1,10 +1,12 @@
 #include "common/TableCalls.h"
 
+#include <fcntl.h>
 #include <pwd.h>
 #include <signal.h>
 #include <sys/ipc.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstring>
@@ -46,6 +48,15 @@ bool TableKey(key_t& key)
     return key != -1;
 }
 
+bool DirectoryBirth(std::int64_t& seconds)
+{
+    struct statx facts = {};
+    if (statx(AT_FDCWD, ".", 0, STATX_BTIME, &facts) != 0 || (facts.stx_mask & STATX_BTIME) == 0)
+        return false;
+    seconds = facts.stx_btime.tv_sec;
+    return true;
+}
+
 int FindSegment(key_t key)
 {
     return shmget(key, 0, 0);
@@ -76,7 +87,14 @@ bool ReadSegmentFacts(int segment, SSegmentFacts& facts)
     facts.mode = description.shm_perm.mode & 0777U;
     facts.bytes = description.shm_segsz;
     facts.attachments = static_cast<unsigned long>(description.shm_nattch);
+    facts.changed = description.shm_ctime;
     return true;
+}
+
+bool ConfirmSegment(int segment)
+{
+    struct shmid_ds description = {};
+    return shmctl(segment, IPC_STAT, &description) == 0 && shmctl(segment, IPC_SET, &description) == 0;
 }
 
 bool SegmentUser(int segment, uid_t& user)

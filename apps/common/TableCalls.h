@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 /// The only place in the programs that calls shm*, sem* and ftok: a look at table and lock from outside,
@@ -31,10 +32,14 @@ struct SSegmentFacts
     unsigned mode = 0; ///< permission bits
     std::size_t bytes = 0;
     unsigned long attachments = 0; ///< by all processes
+    std::int64_t changed = 0;      ///< when it was made or confirmed, in seconds since 1970
 };
 
 /// Key of table and lock of the working directory.
 bool TableKey(key_t& key);
+
+/// When the working directory was made, in seconds since 1970; false if the file system does not know.
+bool DirectoryBirth(std::int64_t& seconds);
 
 /// Segment and semaphore set under a key, without asking for any permission; -1 if there is none.
 int FindSegment(key_t key);
@@ -46,6 +51,8 @@ bool SegmentUsable(key_t key);
 bool SemaphoreUsable(key_t key);
 
 bool ReadSegmentFacts(int segment, SSegmentFacts& facts);
+/// Confirms a segment: nothing changes but SSegmentFacts::changed, which is now. For its user only.
+bool ConfirmSegment(int segment);
 /// The same user from the list that everybody may read.
 bool SegmentUser(int segment, uid_t& user);
 

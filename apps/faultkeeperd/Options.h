@@ -1,7 +1,13 @@
 #ifndef FAULTKEEPER_FAULTKEEPERD_OPTIONS_H
 #define FAULTKEEPER_FAULTKEEPERD_OPTIONS_H
 
+#include <cstddef>
 #include <string>
+
+namespace CLI
+{
+class App;
+}
 
 namespace Faultkeeper::Apps
 {
@@ -27,11 +33,26 @@ public:
     /// 0 lets the system choose.
     unsigned short Port() const { return m_port; }
 
+    /// Where to keep the state: a file as given, "none" for nowhere; empty if it was not given.
+    const std::string& State() const { return m_state; }
+    /// How many transitions the journal holds.
+    std::size_t JournalLimit() const { return m_journalLimit; }
+    /// Is each commit to wait until the medium holds it?
+    bool Sync() const { return m_sync; }
+    /// How many connections may be up.
+    std::size_t Connections() const { return m_connections; }
+
 private:
+    void AddStoreOptions(CLI::App& app);
+
     int m_exitStatus;
     std::string m_configuration;
     std::string m_runDirectory;
     unsigned short m_port;
+    std::string m_state;
+    std::size_t m_journalLimit;
+    bool m_sync = false;
+    std::size_t m_connections;
 };
 
 } // namespace Faultkeeper::Apps

@@ -3,7 +3,7 @@
 #include "common/StandardStreams.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/Options.h"
-#include "faultkeeperd/Service.h"
+#include "faultkeeperd/service/Service.h"
 
 #include <cstdio>
 #include <exception>
@@ -32,15 +32,29 @@ bool Enter(const std::string& directory)
     return entered;
 }
 
+/// @param runDirectory  absolute; to be called before it is entered, since the file is named from here
+SStoreSettings StoreSettings(const COptions& options, const std::string& runDirectory)
+{
+    SStoreSettings settings;
+    if (options.State().empty())
+        settings.path = runDirectory + "/faultkeeper.db";
+    else if (options.State() != "none")
+        settings.path = AbsolutePath(options.State());
+    settings.journalLimit = options.JournalLimit();
+    settings.syncEachCommit = options.Sync();
+    return settings;
+}
+
 bool Own(const COptions& options)
 {
     // From the root, so that what is loaded after the change of directory is what was checked before it.
     const std::string configuration = DirectoryPrefix(options.ConfigurationPrefix());
     const std::string runDirectory =
         AbsolutePath(options.RunDirectory().empty() ? DefaultRunDirectory() : options.RunDirectory());
+    const SStoreSettings store = StoreSettings(options, runDirectory);
     if (!ConfigurationUsable(configuration) || !Enter(runDirectory))
         return false;
-    CService service;
+    CService service(store, options.Connections());
     return service.Listen(options.Port()) && service.Claim(runDirectory) && service.Load(configuration) &&
            service.Run();
 }

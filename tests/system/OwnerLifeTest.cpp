@@ -104,10 +104,9 @@ TEST_F(OwnerLife, ANewOwnerTakesOverFromOneThatHasEnded)
     ASSERT_EQ(first->Wait(), 0);
 
     const auto second = StartOwner();
-    EXPECT_EQ(Record(kLinkSensor).counter1, 0);
-    Report("raise 0x4281B 2");
-    EXPECT_TRUE(
-        WaitUntil([&] { return display.Active() != Ids() && display.Record(kDataSensor).counter1 == 1; }));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1);
+    Report("raise 0x4281B 2 clear 0x40C09 9");
+    EXPECT_TRUE(display.ShowsInTime({kDataSensor, kReceiver, kPosition}));
 }
 
 TEST_F(OwnerLife, ANewOwnerTakesOverFromOneThatWasKilled)
@@ -122,7 +121,7 @@ TEST_F(OwnerLife, ANewOwnerTakesOverFromOneThatWasKilled)
     const auto second = StartOwner();
     CDisplay display(Configuration());
     Report("raise 0x4281B 2");
-    EXPECT_TRUE(display.ShowsInTime({kDataSensor, kReceiver, kPosition}));
+    EXPECT_TRUE(display.ShowsInTime({kLinkSensor, kDataSensor, kReceiver, kPosition}));
 }
 
 TEST_F(OwnerLife, PrintsItsVersion)

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <sstream>
 #include <system_error>
@@ -84,12 +85,19 @@ SystemTest::SystemTest()
     builder.WriteTo(Configuration());
 }
 
-std::unique_ptr<CProgram> SystemTest::StartOwner()
+std::unique_ptr<CProgram> SystemTest::StartOwner(const std::vector<std::string>& more)
 {
-    std::unique_ptr<CProgram> owner =
-        RunOwner({"--config", Configuration(), "--run-dir", m_directory.Path()});
+    std::vector<std::string> arguments = {"--config", Configuration(), "--run-dir", m_directory.Path()};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    std::unique_ptr<CProgram> owner = RunOwner(arguments);
     EXPECT_TRUE(owner->SaysInTime("info: ready")) << owner->Errors();
     return owner;
+}
+
+void SystemTest::Kill(CProgram& owner)
+{
+    owner.Process().Signal(SIGKILL);
+    EXPECT_EQ(owner.Wait(), 128 + SIGKILL);
 }
 
 std::unique_ptr<CProgram> SystemTest::RunOwner(const std::vector<std::string>& arguments)

@@ -74,7 +74,10 @@ protected:
     SystemTest();
 
     /// Starts an owner with the test's configuration in the test's directory and waits until it is ready.
-    std::unique_ptr<CProgram> StartOwner();
+    /// @param more  further arguments
+    std::unique_ptr<CProgram> StartOwner(const std::vector<std::string>& more = {});
+    /// Ends an owner so that it cannot do anything about it.
+    static void Kill(CProgram& owner);
     /// The same with any arguments, and without waiting.
     static std::unique_ptr<CProgram> RunOwner(const std::vector<std::string>& arguments);
 

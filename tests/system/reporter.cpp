@@ -1,9 +1,10 @@
 // Reports for the system tests through the client that all reporting processes use.
 //
-//   reporter WORD...   with "raise CODE TYPE", "clear CODE TYPE", and in front of all "repeat N" or "queue"
+//   reporter WORD...   with "raise CODE TYPE", "clear CODE TYPE", "then", and in front of all "repeat N",
+//                      "queue" or "confirm"
 //
 // Each report is tried until the owner is connected; with "queue" it is left to the client's own queue. Ends
-// with 0 once the kernel has everything.
+// with 0 once the kernel has everything; with "confirm" once the owner has acknowledged everything.
 
 #include <Faultkeeper/FaultkeeperAPI.h>
 
@@ -39,6 +40,7 @@ struct SPhase
 struct SOrders
 {
     bool queue = false;
+    bool confirm = false;
     std::vector<SPhase> phases = std::vector<SPhase>(1);
 };
 
@@ -50,6 +52,8 @@ SOrders Understood(const std::vector<std::string>& words)
         const auto next = [&] { return std::strtol(words.at(++i).c_str(), nullptr, 0); };
         if (words[i] == "queue")
             orders.queue = true;
+        else if (words[i] == "confirm")
+            orders.confirm = true;
         else if (words[i] == "then")
             orders.phases.emplace_back();
         else if (words[i] == "repeat")
@@ -121,7 +125,7 @@ int main(int argumentCount, char** arguments)
         [&]
         {
             client.ProcessMessages(false);
-            return client.BytesWaiting() == 0;
+            return orders.confirm ? client.UnacknowledgedCount() == 0 : client.BytesWaiting() == 0;
         });
     return handedOver ? 0 : 1;
 }

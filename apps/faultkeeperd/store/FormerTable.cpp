@@ -5,6 +5,7 @@
 
 #include <Faultkeeper/ErrorDatabase.h>
 
+#include <cstdint>
 #include <memory>
 #include <set>
 #include <utility>
@@ -14,9 +15,18 @@ namespace Faultkeeper::Apps
 
 namespace
 {
+constexpr std::int64_t kDay = 86400000000000; // nanoseconds
+
 bool TimeMakesSense(const Core::Time& time, const Core::Time& now)
 {
-    return time >= Core::Time() && time <= now;
+    return time >= Core::Time() && time.Nanoseconds() <= now.Nanoseconds() + kDay;
+}
+
+bool OlderThanDirectory(int segment)
+{
+    SSegmentFacts facts;
+    std::int64_t birth = 0;
+    return ReadSegmentFacts(segment, facts) && DirectoryBirth(birth) && MadeBefore(facts, birth);
 }
 
 bool MakesSense(const SErrorEntry& record, const Core::Time& now, const CErrorDatabase& database)
@@ -27,13 +37,25 @@ bool MakesSense(const SErrorEntry& record, const Core::Time& now, const CErrorDa
 }
 } // namespace
 
+bool MadeBefore(const SSegmentFacts& facts, std::int64_t birth)
+{
+    return facts.changed < birth;
+}
+
 std::vector<SErrorEntry> FormerRecords(const CErrorDatabase& database)
 {
     key_t key = -1;
-    if (!TableKey(key) || !SegmentUsable(key))
+    if (!TableKey(key) || !SegmentUsable(key) || OlderThanDirectory(FindSegment(key)))
         return {};
     const auto table = std::make_unique<SStatusTable>();
     return CopyTable(FindSegment(key), *table) ? UsableRecords(*table, database) : std::vector<SErrorEntry>();
+}
+
+void ConfirmTable()
+{
+    key_t key = -1;
+    if (TableKey(key))
+        ConfirmSegment(FindSegment(key));
 }
 
 std::vector<SErrorEntry> UsableRecords(const SStatusTable& table, const CErrorDatabase& database)

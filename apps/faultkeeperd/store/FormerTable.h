@@ -4,6 +4,7 @@
 #include <Faultkeeper/ErrorEntry.h>
 #include <Faultkeeper/StatusTable.h>
 
+#include <cstdint>
 #include <vector>
 
 namespace Faultkeeper
@@ -14,13 +15,27 @@ class CErrorDatabase;
 namespace Faultkeeper::Apps
 {
 
+struct SSegmentFacts;
+
 /// The records that an owner before this one has left in the shared table of the working directory, as far as
 /// they make sense for this configuration. To be read before a creating view fills the table with zeros;
 /// nobody writes it then. Empty if there is no table of ours, or if it may not be read.
+///
+/// Tables are found by a key that is made of 16 bits of the directory's number, and a new directory can get
+/// that of one that is gone: a table that is older than the directory is not read.
 std::vector<SErrorEntry> FormerRecords(const CErrorDatabase& database);
 
+/// Was that segment last confirmed before the directory's birth, in seconds since 1970? Then it is not the
+/// directory's.
+bool MadeBefore(const SSegmentFacts& facts, std::int64_t birth);
+
+/// From here on the table of the working directory counts as this directory's, however old it is. For its
+/// owner.
+void ConfirmTable();
+
 /// Those records of a table that make sense: of a known error, the first of each, with no bits set that mean
-/// nothing, and with times that are not before 1970 nor in the future.
+/// nothing, and with times that are not before 1970 nor far in the future. A clock that is set back while the
+/// machine runs brings times into the future; more than a day is too much.
 std::vector<SErrorEntry> UsableRecords(const SStatusTable& table, const CErrorDatabase& database);
 
 } // namespace Faultkeeper::Apps

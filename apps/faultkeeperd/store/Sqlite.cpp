@@ -8,7 +8,8 @@ namespace Faultkeeper::Apps
 bool CSqliteFailure::Damage() const
 {
     const int kind = m_code & 0xFF; // the rest tells more of it
-    return kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || kind == SQLITE_FORMAT;
+    // Statements are always the same: one that makes no sense meets tables that are not as they were made.
+    return kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || kind == SQLITE_FORMAT || kind == SQLITE_ERROR;
 }
 
 CSqlite::CSqlite(const std::string& path) : m_handle(nullptr)

@@ -58,7 +58,7 @@ void CStateKeeper::Keep(const SStoredError& error)
 
 void CStateKeeper::Keep(const SStoredSession& session)
 {
-    m_sessions[session.id] = session.applied;
+    m_sessions[session.id] = session;
     m_changedSessions.insert(session.id);
     m_forgottenSessions.erase(session.id);
 }
@@ -78,6 +78,7 @@ void CStateKeeper::Keep(const STransition& transition)
     if (Storing() || m_transitions.size() <= kWaitingTransitions)
         return;
     m_transitions.pop_front();
+    m_tried -= m_tried > 0 ? 1 : 0;
     ++m_statistics.lostTransitions;
 }
 
@@ -110,6 +111,8 @@ bool CStateKeeper::CommitAtOnce(Clock::time_point now)
         return true;
     try
     {
+        m_tried = m_transitions.size();
+        m_expectedNumber = m_store->LastNumber() + m_tried;
         m_store->Commit(Batch());
         Stored();
     }
@@ -123,9 +126,32 @@ bool CStateKeeper::CommitAtOnce(Clock::time_point now)
 
 void CStateKeeper::OpenAnew()
 {
-    SStoreContents ignored; // it knows less than we do
-    if (TryToOpen(ignored))
-        TellEverything();
+    SStoreContents contents;
+    if (!TryToOpen(contents))
+        return;
+    ForgetStored();
+    SettleOthers(contents);
+    TellEverything();
+}
+
+/// A commit whose failure was reported too late is in the store; its transitions must not be there twice.
+void CStateKeeper::ForgetStored()
+{
+    if (m_tried > 0 && m_store->LastNumber() == m_expectedNumber)
+        m_transitions.erase(m_transitions.begin(),
+                            m_transitions.begin() + static_cast<std::ptrdiff_t>(m_tried));
+    m_tried = 0;
+}
+
+/// The store knows less than we do. What it says of errors that we have never heard of is of an owner before
+/// us, and nobody would clear it.
+void CStateKeeper::SettleOthers(const SStoreContents& contents)
+{
+    for (SStoredError error : contents.errors)
+    {
+        error.entry.flags = 0;
+        m_errors.emplace(ErrorId(error.entry.problemCode, error.entry.problemType), error);
+    }
 }
 
 void CStateKeeper::TellEverything()
@@ -142,7 +168,7 @@ SStoreBatch CStateKeeper::Batch() const
     for (const ErrorId& id : m_changedErrors)
         batch.errors.push_back(m_errors.at(id));
     for (const std::string& id : m_changedSessions)
-        batch.sessions.push_back({id, m_sessions.at(id)});
+        batch.sessions.push_back(m_sessions.at(id));
     batch.forgottenSessions.assign(m_forgottenSessions.begin(), m_forgottenSessions.end());
     batch.transitions.assign(m_transitions.begin(), m_transitions.end());
     return batch;
@@ -154,6 +180,7 @@ void CStateKeeper::Stored()
     m_changedSessions.clear();
     m_forgottenSessions.clear();
     m_transitions.clear();
+    m_tried = 0;
     ++m_statistics.commits;
     if (m_failureTold)
         LogInfo("the state store " + m_settings.path + " works again");

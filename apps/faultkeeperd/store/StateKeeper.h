@@ -83,6 +83,8 @@ private:
     Clock::time_point Due() const;
     bool TryToOpen(SStoreContents& contents);
     void OpenAnew();
+    void SettleOthers(const SStoreContents& contents);
+    void ForgetStored();
     void TellEverything();
     SStoreBatch Batch() const;
     void Stored();
@@ -93,12 +95,14 @@ private:
     std::string m_configuration;
     std::unique_ptr<CStateStore> m_store; // null while there is none that works
     std::map<ErrorId, SStoredError> m_errors;
-    std::map<std::string, std::uint64_t> m_sessions;
+    std::map<std::string, SStoredSession> m_sessions;
     std::set<ErrorId> m_changedErrors; // since the last commit; likewise below
     std::set<std::string> m_changedSessions;
     std::set<std::string> m_forgottenSessions;
     std::deque<STransition> m_transitions;
-    Clock::time_point m_lastCommit; // or failure
+    std::uint64_t m_expectedNumber = 0; // the journal's last, if a commit that failed was done all the same
+    std::size_t m_tried = 0;            // transitions of that commit; 0 if none has failed
+    Clock::time_point m_lastCommit;     // or failure
     bool m_failureTold = false;
     SStatistics m_statistics;
 };

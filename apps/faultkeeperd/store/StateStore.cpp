@@ -18,7 +18,8 @@ constexpr const char* kTables = R"(
     CREATE TABLE IF NOT EXISTS errors(
         code INTEGER, type INTEGER, raised INTEGER, counter1 INTEGER, counter2 INTEGER, raises INTEGER,
         raisedTime INTEGER, clearedTime INTEGER, checksum INTEGER, PRIMARY KEY(code, type)) WITHOUT ROWID;
-    CREATE TABLE IF NOT EXISTS sessions(id TEXT PRIMARY KEY, applied INTEGER, checksum INTEGER) WITHOUT ROWID;
+    CREATE TABLE IF NOT EXISTS sessions(
+        id TEXT PRIMARY KEY, applied INTEGER, leftTime INTEGER, checksum INTEGER) WITHOUT ROWID;
     CREATE TABLE IF NOT EXISTS journal(
         number INTEGER PRIMARY KEY, time INTEGER, sinceBoot INTEGER, raised INTEGER, code INTEGER, type INTEGER,
         session TEXT, causeCode INTEGER, causeType INTEGER, checksum INTEGER);
@@ -41,7 +42,11 @@ std::int64_t ChecksumOf(const SStoredError& error)
 
 std::int64_t ChecksumOf(const SStoredSession& session)
 {
-    return CChecksum().Add(session.id).Add(static_cast<std::int64_t>(session.applied)).Value();
+    return CChecksum()
+        .Add(session.id)
+        .Add(static_cast<std::int64_t>(session.applied))
+        .Add(session.left)
+        .Value();
 }
 
 std::int64_t ChecksumOf(const STransition& transition)
@@ -108,6 +113,23 @@ STransition TransitionOf(const CSqliteStatement& row)
     transition.causeType = static_cast<int>(row.Integer(8));
     return transition;
 }
+/// SQLite opens a file that says it is written by a later SQLite, and then cannot write it. Ours says that
+/// only if it is damaged. To be called before it is opened: a file that is closed loses its locks.
+const SStoreSettings& CheckedForVersion(const SStoreSettings& settings)
+{
+    constexpr long kVersions = 18; // where the file says which version may write, and which may read it
+    constexpr int kHighestVersion = 2;
+    std::FILE* const file = std::fopen(settings.path.c_str(), "rb");
+    if (file == nullptr)
+        return settings;
+    const bool there = std::fseek(file, kVersions, SEEK_SET) == 0;
+    const int writing = there ? std::fgetc(file) : EOF;
+    const int reading = there ? std::fgetc(file) : EOF;
+    std::fclose(file);
+    if (writing > kHighestVersion || reading > kHighestVersion)
+        throw CSqliteFailure(24, "file is not a database"); // SQLITE_FORMAT
+    return settings;
+}
 } // namespace
 
 /// Prepared once: they are run many times a second.
@@ -115,7 +137,7 @@ struct CStateStore::SStatements
 {
     explicit SStatements(CSqlite& database)
         : putError(database, "INSERT OR REPLACE INTO errors VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-          putSession(database, "INSERT OR REPLACE INTO sessions VALUES(?, ?, ?)"),
+          putSession(database, "INSERT OR REPLACE INTO sessions VALUES(?, ?, ?, ?)"),
           forgetSession(database, "DELETE FROM sessions WHERE id = ?"),
           append(database, "INSERT INTO journal VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
           trim(database, "DELETE FROM journal WHERE number < ?"),
@@ -131,7 +153,8 @@ struct CStateStore::SStatements
     CSqliteStatement journal;
 };
 
-CStateStore::CStateStore(const SStoreSettings& settings) : m_settings(settings), m_database(settings.path)
+CStateStore::CStateStore(const SStoreSettings& settings)
+    : m_settings(CheckedForVersion(settings)), m_database(settings.path)
 {
     m_database.Run("PRAGMA locking_mode = EXCLUSIVE"); // first: then no shared memory is made beside the file
     m_database.Run("PRAGMA journal_mode = WAL");
@@ -188,11 +211,12 @@ void CStateStore::ReadErrors(SStoreContents& contents)
 void CStateStore::ReadSessions(SStoreContents& contents)
 {
     std::vector<SStoredSession> bad;
-    CSqliteStatement rows(m_database, "SELECT * FROM sessions");
+    CSqliteStatement rows(m_database, "SELECT * FROM sessions ORDER BY leftTime, id");
     while (rows.Next())
     {
-        const SStoredSession session = {rows.Text(0), static_cast<std::uint64_t>(rows.Integer(1))};
-        (rows.Integer(2) == ChecksumOf(session) ? contents.sessions : bad).push_back(session);
+        const SStoredSession session = {rows.Text(0), static_cast<std::uint64_t>(rows.Integer(1)),
+                                        rows.Integer(2)};
+        (rows.Integer(3) == ChecksumOf(session) ? contents.sessions : bad).push_back(session);
     }
     for (const SStoredSession& session : bad)
     {
@@ -214,10 +238,25 @@ void CStateStore::Begin(const std::string& boot, const std::string& configuratio
     CSqliteStatement put(m_database, "INSERT OR REPLACE INTO facts VALUES(?, ?)");
     const bool sameBoot = m_database.Text("SELECT value FROM facts WHERE name = 'boot'") == boot;
     if (!sameBoot)
-        m_database.Run("DELETE FROM sessions");
+        BeginBoot();
     put.Put("boot").Put(boot).Run();
     put.Put("configuration").Put(configuration).Run();
     transaction.Commit();
+}
+
+/// What was raised is for reporters to raise again, and the clients that sessions belonged to are gone.
+void CStateStore::BeginBoot()
+{
+    m_database.Run("DELETE FROM sessions");
+    std::vector<SStoredError> raised;
+    CSqliteStatement rows(m_database, "SELECT * FROM errors WHERE raised != 0");
+    while (rows.Next())
+        raised.push_back(ErrorOf(rows));
+    for (SStoredError& error : raised)
+    {
+        error.entry.flags = 0;
+        Put(error);
+    }
 }
 
 void CStateStore::Commit(const SStoreBatch& batch)
@@ -265,6 +304,7 @@ void CStateStore::Put(const SStoredSession& session)
 {
     m_statements->putSession.Put(session.id)
         .Put(static_cast<std::int64_t>(session.applied))
+        .Put(session.left)
         .Put(ChecksumOf(session))
         .Run();
 }

@@ -40,8 +40,8 @@ public:
     /// All that can be trusted. Rows that do not fit their checksum are taken out of the store and named.
     SStoreContents Read();
 
-    /// From here on it is the store of that boot and that configuration. Sessions of another boot are gone:
-    /// the clients that they belonged to are.
+    /// From here on it is the store of that boot and that configuration. If it was of another boot, nothing
+    /// in it is raised any more and there are no sessions.
     void Begin(const std::string& boot, const std::string& configuration);
 
     /// Stores all of it in one transaction.
@@ -58,6 +58,7 @@ private:
     struct SStatements;
 
     void Prepare();
+    void BeginBoot();
     void ReadErrors(SStoreContents& contents);
     void ReadSessions(SStoreContents& contents);
     void Drop(const char* table, const std::string& where, const std::string& name, SStoreContents& contents);

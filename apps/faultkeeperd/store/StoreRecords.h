@@ -6,6 +6,7 @@
 #include <Core/Time.h>
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -38,8 +39,11 @@ struct STransition
 /// How far a reporting client's session has been applied.
 struct SStoredSession
 {
+    static constexpr std::int64_t kConnected = std::numeric_limits<std::int64_t>::max();
+
     std::string id;
     std::uint64_t applied = 0;
+    std::int64_t left = kConnected; ///< when its last connection ended, in nanoseconds since boot
 };
 
 /// All that is to be stored together or not at all.
@@ -62,8 +66,8 @@ struct SStoreContents
     std::string boot;          ///< of the machine, when the store was written; empty for a new store
     std::string configuration; ///< fingerprint
     std::vector<SStoredError> errors;
-    std::vector<SStoredSession> sessions;
-    std::vector<std::string> dropped; ///< rows that could not be trusted, in words
+    std::vector<SStoredSession> sessions; ///< those that have been without a connection the longest first
+    std::vector<std::string> dropped;     ///< rows that could not be trusted, in words
 };
 
 } // namespace Faultkeeper::Apps

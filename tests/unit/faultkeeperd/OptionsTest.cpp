@@ -47,6 +47,26 @@ TEST(Options, TakesAllOfThem)
     EXPECT_EQ(options.Port(), 0);
 }
 
+TEST(Options, KeepTheStateInTheRunDirectoryUnlessTold)
+{
+    const COptions options = Read({"--config", "c"});
+    EXPECT_EQ(options.State(), "");
+    EXPECT_EQ(options.JournalLimit(), 100000u);
+    EXPECT_FALSE(options.Sync());
+    EXPECT_EQ(options.Connections(), 256u);
+}
+
+TEST(Options, SayWhereAndHowToKeepTheState)
+{
+    const COptions options =
+        Read({"--config", "c", "--state", "none", "--journal-limit", "7", "--sync", "--connections", "1000"});
+    EXPECT_TRUE(options.Run());
+    EXPECT_EQ(options.State(), "none");
+    EXPECT_EQ(options.JournalLimit(), 7u);
+    EXPECT_TRUE(options.Sync());
+    EXPECT_EQ(options.Connections(), 1000u);
+}
+
 TEST(Options, RefusesAWrongCommandLineWithStatus2)
 {
     const std::vector<std::vector<const char*>> wrong = {{},
@@ -55,6 +75,9 @@ TEST(Options, RefusesAWrongCommandLineWithStatus2)
                                                          {"--config", "c", "--port", "65536"},
                                                          {"--config", "c", "--port", "-1"},
                                                          {"--config", "c", "--port", "http"},
+                                                         {"--config", "c", "--journal-limit", "-1"},
+                                                         {"--config", "c", "--connections", "0"},
+                                                         {"--config", "c", "--state"},
                                                          {"--config", "c", "extra"},
                                                          {"--config", "c", "--verbose"}};
     for (const std::vector<const char*>& arguments : wrong)

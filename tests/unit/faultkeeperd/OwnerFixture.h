@@ -1,6 +1,9 @@
 #pragma once
 
 #include "common/ErrorNames.h"
+#include "faultkeeperd/owner/FormerState.h"
+#include "faultkeeperd/owner/Owner.h"
+#include "faultkeeperd/store/StateKeeper.h"
 #include "support/ConfigurationBuilder.h"
 #include "support/SharedTable.h"
 
@@ -39,10 +42,31 @@ protected:
                        {"Positioning:GPS:Communications:9", "Positioning:Ublox:No Data:2"});
         builder.Parent("System:Position:No Data:2", {"Positioning:GPS:No Data:2"});
         builder.WriteTo(m_directory.Prefix());
-        m_database = std::make_unique<Faultkeeper::CErrorDatabase>(m_directory.Prefix());
+        LoadAgain();
     }
 
     Faultkeeper::CErrorDatabase& Database() { return *m_database; }
+    Faultkeeper::Apps::CStateKeeper& Keeper() { return *m_keeper; }
+
+    /// Where the keeper keeps the state from now on; it begins without.
+    Faultkeeper::Apps::SStoreSettings UseStore()
+    {
+        Faultkeeper::Apps::SStoreSettings settings;
+        settings.path = m_directory.File("state.db");
+        m_keeper.reset(); // only one can have the file
+        m_keeper = std::make_unique<Faultkeeper::Apps::CStateKeeper>(settings);
+        return settings;
+    }
+
+    /// An owner that starts from nothing.
+    std::unique_ptr<Faultkeeper::Apps::COwner> NewOwner()
+    {
+        return std::make_unique<Faultkeeper::Apps::COwner>(Database(), Keeper(),
+                                                           Faultkeeper::Apps::SFormerState());
+    }
+
+    /// The database anew, as in a process that has just started.
+    void LoadAgain() { m_database = std::make_unique<Faultkeeper::CErrorDatabase>(m_directory.Prefix()); }
 
     Faultkeeper::SStatusTable Table()
     {
@@ -78,6 +102,8 @@ protected:
 
 private:
     std::unique_ptr<Faultkeeper::CErrorDatabase> m_database;
+    std::unique_ptr<Faultkeeper::Apps::CStateKeeper> m_keeper =
+        std::make_unique<Faultkeeper::Apps::CStateKeeper>(Faultkeeper::Apps::SStoreSettings());
 };
 
 /// Holds the table's lock, as a display does while it copies.

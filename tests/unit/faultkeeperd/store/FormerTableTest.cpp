@@ -1,8 +1,10 @@
 #include "faultkeeperd/store/FormerTable.h"
 
 #include "common/ConfigurationFingerprint.h"
+#include "common/TableCalls.h"
 #include "support/ConfigurationBuilder.h"
 #include "support/SharedTable.h"
+#include "system/ChildProcess.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/ErrorDatabaseView.h>
@@ -84,11 +86,52 @@ TEST_F(FormerTable, ARecordThatMakesNoSenseIsNot)
     record.flags = 3;
     EXPECT_EQ(Usable(record), 0u) << "a flag that does not exist";
     record = Record(1);
-    record.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + 3600000000000);
-    EXPECT_EQ(Usable(record), 0u) << "raised in the future";
+    record.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + 90000000000000);
+    EXPECT_EQ(Usable(record), 0u) << "raised tomorrow";
     record = Record(1);
     record.clearedTime = Core::Time(-1);
     EXPECT_EQ(Usable(record), 0u) << "cleared before time began";
+}
+
+TEST_F(FormerTable, AClockThatWasSetBackSpoilsNoRecord)
+{
+    SErrorEntry record = Record(1);
+    record.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + 3600000000000);
+    EXPECT_EQ(Usable(record), 1u);
+}
+
+TEST_F(FormerTable, OfADirectoryThatHadTheSameNumberIsNotRead)
+{
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(*m_database);
+    }
+    ASSERT_EQ(FormerRecords(*m_database).size(), 2u);
+    // Some file systems give a directory that is made anew the number of the one before, and some do not.
+    std::int64_t birth = 0;
+    ASSERT_TRUE(DirectoryBirth(birth));
+    SSegmentFacts facts;
+    ASSERT_TRUE(ReadSegmentFacts(FindSegment(m_directory.Key()), facts));
+    EXPECT_GE(facts.changed, birth);
+    EXPECT_FALSE(MadeBefore(facts, facts.changed));
+    EXPECT_TRUE(MadeBefore(facts, facts.changed + 1));
+}
+
+TEST_F(FormerTable, CountsAsItsOwnersOnceConfirmed)
+{
+    const CErrorDatabaseView owner(true, eViewOwner);
+    const int segment = FindSegment(m_directory.Key());
+    SSegmentFacts before;
+    ASSERT_TRUE(ReadSegmentFacts(segment, before));
+    SSegmentFacts after;
+    const auto later = [&]
+    {
+        ConfirmTable();
+        return ReadSegmentFacts(segment, after) && after.changed > before.changed;
+    };
+    EXPECT_TRUE(Support::WaitUntil(later));
+    EXPECT_EQ(after.user, before.user);
+    EXPECT_EQ(after.mode, before.mode);
 }
 
 TEST_F(FormerTable, ACountOutOfRangeIsBroughtIntoIt)

@@ -1,9 +1,10 @@
-#include "faultkeeperd/Sessions.h"
+#include "faultkeeperd/service/Sessions.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 #include <string>
+#include <vector>
 
 using Faultkeeper::Apps::CSessions;
 
@@ -73,6 +74,23 @@ TEST(Sessions, BeyondTheLimitThoseGoThatAreWithoutAConnectionTheLongest)
     EXPECT_EQ(sessions.Count(), CSessions::kLimit + 1) << "those with a connection stay";
     sessions.Close(Name(0));
     EXPECT_EQ(sessions.Count(), CSessions::kLimit);
+}
+
+TEST(Sessions, OfAFormerOwnerStandAsTheyDidAndGoInTheirOrder)
+{
+    CSessions sessions;
+    sessions.Restore("oldest", 5);
+    sessions.Restore("old", 7);
+    sessions.Restore("old", 9); // it is known already
+    for (std::size_t number = 2; number < CSessions::kLimit; ++number)
+        sessions.Open(Name(number));
+    EXPECT_EQ(sessions.TakeForgotten(), std::vector<std::string>());
+    sessions.Open("one more");
+    EXPECT_EQ(sessions.TakeForgotten(), std::vector<std::string>{"oldest"});
+    EXPECT_EQ(sessions.TakeForgotten(), std::vector<std::string>());
+    CSessions::SSession& old = sessions.Open("old");
+    EXPECT_EQ(old.applied, 7u);
+    EXPECT_EQ(old.stored, 7u);
 }
 
 TEST(Sessions, ComeAndGoWithoutEnd)

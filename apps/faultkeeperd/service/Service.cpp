@@ -1,6 +1,9 @@
-#include "faultkeeperd/Service.h"
+#include "faultkeeperd/service/Service.h"
 
+#include "common/ConfigurationFingerprint.h"
 #include "faultkeeperd/Log.h"
+#include "faultkeeperd/owner/FormerState.h"
+#include "faultkeeperd/store/BootClock.h"
 
 #include <poll.h>
 
@@ -18,6 +21,12 @@ using Clock = COwner::Clock;
 // back.
 constexpr int kEndingTries = 24;
 
+/// The sooner of two waits in milliseconds; negative ones have no end.
+int Sooner(int one, int other)
+{
+    return one < 0 || (other >= 0 && other < one) ? other : one;
+}
+
 /// Waits for input on any of the descriptors.
 /// @return false if the system refused
 bool WaitForInput(struct pollfd* descriptors, nfds_t count, int timeoutMilliseconds)
@@ -26,8 +35,10 @@ bool WaitForInput(struct pollfd* descriptors, nfds_t count, int timeoutMilliseco
 }
 } // namespace
 
-CService::CService() : m_server(m_handler)
+CService::CService(const SStoreSettings& store, std::size_t connections)
+    : m_server(m_handler), m_keeper(store)
 {
+    m_server.MaximumConnections(connections);
     m_handler.Server(&m_server);
 }
 
@@ -57,11 +68,11 @@ bool CService::Load(const std::string& configurationPrefix)
         LogError("the configuration in " + configurationPrefix + " could not be loaded");
         return false;
     }
-    m_owner = std::make_unique<COwner>(*m_database);
-    if (m_owner->Surplus() > 0)
-        LogInfo("a former owner had left the lock at " + std::to_string(m_owner->Surplus()));
-    m_handler.Owner(m_owner.get());
-    return Publish();
+    const SFormerState former =
+        FindFormerState(m_keeper, *m_database, BootId(), ConfigurationFingerprint(*m_database));
+    m_owner = std::make_unique<COwner>(*m_database, m_keeper, former);
+    m_handler.Begin(*m_owner, m_keeper, former.sessions);
+    return Settle();
 }
 
 bool CService::Run()
@@ -72,10 +83,16 @@ bool CService::Run()
     return End() && working;
 }
 
+int CService::MillisecondsToWork() const
+{
+    const Clock::time_point now = Clock::now();
+    return Sooner(m_owner->MillisecondsToPublish(now), m_keeper.MillisecondsToCommit(now));
+}
+
 bool CService::Turn()
 {
     struct pollfd inputs[] = {{m_signals.Descriptor(), POLLIN, 0}, {m_server.Descriptor(), POLLIN, 0}};
-    if (!WaitForInput(inputs, 2, m_owner->MillisecondsToPublish(Clock::now())))
+    if (!WaitForInput(inputs, 2, MillisecondsToWork()))
     {
         LogError(std::string("poll: ") + std::strerror(errno));
         return false;
@@ -85,7 +102,16 @@ bool CService::Turn()
         LogError("cannot go on listening: " + m_server.Error());
         return false;
     }
-    return Publish();
+    return Settle();
+}
+
+/// What came in goes to the table, then to the store, and only then is it acknowledged.
+bool CService::Settle()
+{
+    const bool published = Publish();
+    if (m_keeper.Commit(Clock::now()))
+        m_handler.Acknowledge();
+    return published;
 }
 
 bool CService::Publish()
@@ -115,7 +141,10 @@ bool CService::End()
             break;
         WaitForInput(nullptr, 0, m_owner->MillisecondsToPublish(Clock::now()));
     }
+    m_keeper.CommitAtOnce(Clock::now());
+    m_handler.Acknowledge();
     m_server.Close();
+    m_keeper.CommitAtOnce(Clock::now()); // that the sessions have no connections any more
     if (!m_owner->Publisher().Done())
     {
         LogError("ended with " + std::to_string(m_owner->Publisher().Waiting()) + " changes not published");

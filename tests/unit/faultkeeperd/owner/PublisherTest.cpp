@@ -1,6 +1,6 @@
-#include "faultkeeperd/Publisher.h"
+#include "faultkeeperd/owner/Publisher.h"
 
-#include "OwnerFixture.h"
+#include "../OwnerFixture.h"
 #include "support/CapturedOutput.h"
 
 #include <gtest/gtest.h>
@@ -85,6 +85,40 @@ TEST_F(Publisher, TakesTheLockOnceForRaisesAndClearsThatWait)
     Database().RaiseError(kDataSensor.first, kDataSensor.second, false);
     m_publisher->Publish();
     EXPECT_EQ(Changes() - before, 1U);
+}
+
+TEST_F(Publisher, BringsAFormerStateBackBeforeTheTableIsReady)
+{
+    Faultkeeper::SErrorEntry record;
+    record.problemCode = kLinkSensor.first;
+    record.problemType = static_cast<std::int16_t>(kLinkSensor.second);
+    record.flags = Faultkeeper::kRaisedFlag;
+    record.counter1 = 5;
+    record.counter2 = 4;
+    record.raisedTime = Core::Time(1000);
+    m_publisher->Restore({record}, true);
+    EXPECT_FALSE(PublishBusy());
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
+    EXPECT_EQ(Record(kLinkSensor).counter1, 5);
+    EXPECT_EQ(Record(kLinkSensor).counter2, 4);
+    EXPECT_EQ(Record(kLinkSensor).raisedTime, Core::Time(1000));
+    EXPECT_EQ(Table().header.ready, 1U);
+}
+
+TEST_F(Publisher, BringsCountersAndTimesBackWithoutStates)
+{
+    Faultkeeper::SErrorEntry record;
+    record.problemCode = kLinkSensor.first;
+    record.problemType = static_cast<std::int16_t>(kLinkSensor.second);
+    record.flags = Faultkeeper::kRaisedFlag;
+    record.counter1 = 5;
+    record.raisedTime = Core::Time(1000);
+    m_publisher->Restore({record}, false);
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_EQ(Raised(), std::vector<Id>());
+    EXPECT_EQ(Record(kLinkSensor).counter1, 5);
+    EXPECT_EQ(Record(kLinkSensor).raisedTime, Core::Time(1000));
 }
 
 TEST_F(Publisher, IsNotReadyWhileTheLockIsBusyAtTheStart)

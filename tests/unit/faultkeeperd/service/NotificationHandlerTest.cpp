@@ -1,7 +1,7 @@
-#include "faultkeeperd/NotificationHandler.h"
+#include "faultkeeperd/service/NotificationHandler.h"
 
-#include "OwnerFixture.h"
-#include "faultkeeperd/Owner.h"
+#include "../OwnerFixture.h"
+#include "faultkeeperd/owner/Owner.h"
 #include "support/CapturedOutput.h"
 
 #include <MPI/BAtomC.h>
@@ -25,8 +25,8 @@ protected:
     void SetUp() override
     {
         OwnerTest::SetUp();
-        m_owner = std::make_unique<COwner>(Database());
-        m_handler.Owner(m_owner.get());
+        m_owner = NewOwner();
+        m_handler.Begin(*m_owner, Keeper());
     }
 
     /// What is logged when a notification arrives; its connection stays in any case.
@@ -249,4 +249,23 @@ TEST_F(NotificationHandler, SessionsHaveNumbersOfTheirOwn)
     m_handler.NumbersReceived(first, {"RaiseError", id, 2, 0, 5});
     m_handler.NumbersReceived(second, {"ClearError", id, 2, 0, 1});
     EXPECT_TRUE(NothingActive());
+}
+
+TEST_F(NotificationHandler, CountsWhatBecomesOfNotifications)
+{
+    const MPIPeerC peer{7, "127.0.0.1:40312", "0123456789abcdef0123456789abcdef"};
+    const std::int64_t id[] = {0x40C09, 9};
+    const std::int64_t unknown[] = {0x40C1B, 4};
+    m_handler.PeerIntroduced(peer);
+    m_handler.NumbersReceived(peer, {"RaiseError", id, 2, 0, 1});
+    m_handler.NumbersReceived(peer, {"RaiseError", id, 2, 0, 1});
+    WarnedBy([&] { m_handler.NumbersReceived(peer, {"RaiseError", unknown, 2, 0, 2}); });
+    Notify("Help", {1});
+    Notify("RaiseError", {1});
+    WarnedBy([&] { m_handler.InputRefused(peer, 12, "not a dictionary"); });
+    EXPECT_EQ(m_handler.Counts().received, 5U);
+    EXPECT_EQ(m_handler.Counts().applied, 1U);
+    EXPECT_EQ(m_handler.Counts().repeated, 1U);
+    EXPECT_EQ(m_handler.Counts().unknown, 2U);
+    EXPECT_EQ(m_handler.Counts().malformed, 2U);
 }

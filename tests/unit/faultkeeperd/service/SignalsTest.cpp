@@ -1,4 +1,4 @@
-#include "faultkeeperd/Signals.h"
+#include "faultkeeperd/service/Signals.h"
 
 #include <gtest/gtest.h>
 

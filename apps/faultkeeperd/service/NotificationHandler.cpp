@@ -1,8 +1,10 @@
-#include "faultkeeperd/NotificationHandler.h"
+#include "faultkeeperd/service/NotificationHandler.h"
 
 #include "common/ErrorNames.h"
 #include "faultkeeperd/Log.h"
-#include "faultkeeperd/Owner.h"
+#include "faultkeeperd/owner/Owner.h"
+#include "faultkeeperd/store/BootClock.h"
+#include "faultkeeperd/store/StateKeeper.h"
 
 #include <MPI/BAtomC.h>
 #include <MPI/BListC.h>
@@ -50,13 +52,42 @@ int IntegerAt(const BListC& arguments, std::size_t position)
 }
 } // namespace
 
+void CNotificationHandler::Begin(COwner& owner, CStateKeeper& keeper,
+                                 const std::vector<SStoredSession>& former)
+{
+    m_owner = &owner;
+    m_keeper = &keeper;
+    for (const SStoredSession& session : former)
+    {
+        m_sessions.Restore(session.id, session.applied);
+        m_keeper->Keep(session);
+    }
+    ForgetSessions();
+}
+
 void CNotificationHandler::PeerIntroduced(const MPIPeerC& peer)
 {
     CSessions::SSession& session = m_sessions.Open(peer.session);
     m_open[peer.connection] = &session;
     m_lastConnection = 0;
+    KeepSession(peer, session, SStoredSession::kConnected);
+    ForgetSessions();
     if (m_server != nullptr)
-        m_server->Welcome(peer.connection, session.applied);
+        m_server->Welcome(peer.connection, session.stored);
+}
+
+/// One that has sent nothing yet is not worth keeping.
+void CNotificationHandler::KeepSession(const MPIPeerC& peer, const CSessions::SSession& session,
+                                       std::int64_t left)
+{
+    if (session.applied > 0)
+        m_keeper->Keep(SStoredSession{peer.session, session.applied, left});
+}
+
+void CNotificationHandler::ForgetSessions()
+{
+    for (const std::string& session : m_sessions.TakeForgotten())
+        m_keeper->Forget(session);
 }
 
 CSessions::SSession* CNotificationHandler::Session(const MPIPeerC& peer)
@@ -73,8 +104,11 @@ CSessions::SSession* CNotificationHandler::Session(const MPIPeerC& peer)
 /// Numbers count within a session only.
 bool CNotificationHandler::IsNew(const MPIPeerC& peer, std::uint64_t number)
 {
+    ++m_counts.received;
     CSessions::SSession* const session = number != 0 ? Session(peer) : nullptr;
-    return session == nullptr || CSessions::Take(*session, number);
+    const bool isNew = session == nullptr || CSessions::Take(*session, number);
+    m_counts.repeated += isNew ? 0 : 1;
+    return isNew;
 }
 
 bool CNotificationHandler::NumbersReceived(const MPIPeerC& peer, const MPINumbersC& notification)
@@ -100,26 +134,54 @@ bool CNotificationHandler::NotificationReceived(const MPIPeerC& peer, const MPIN
     else if (notification.name == "ClearError")
         ApplyReport(peer, notification, false);
     else
-        LogWarning(At(peer, notification.offset) + "unknown notification " + Quoted(notification.name));
+        TellUnknown(peer, notification);
     return true;
+}
+
+void CNotificationHandler::TellUnknown(const MPIPeerC& peer, const MPINotificationC& notification)
+{
+    ++m_counts.unknown;
+    LogWarning(At(peer, notification.offset) + "unknown notification " + Quoted(notification.name));
 }
 
 void CNotificationHandler::BatchEnded(const MPIPeerC& peer)
 {
-    const CSessions::SSession* const session = Session(peer);
-    if (session != nullptr && m_server != nullptr)
-        m_server->Acknowledge(peer.connection, session->applied);
+    CSessions::SSession* const session = Session(peer);
+    if (session == nullptr)
+        return;
+    KeepSession(peer, *session, SStoredSession::kConnected);
+    m_unacknowledged[peer.connection] = session;
+}
+
+void CNotificationHandler::Acknowledge()
+{
+    for (const auto& waiting : m_unacknowledged)
+    {
+        waiting.second->stored = waiting.second->applied;
+        if (m_server != nullptr)
+            m_server->Acknowledge(waiting.first, waiting.second->stored);
+    }
+    m_unacknowledged.clear();
 }
 
 void CNotificationHandler::PeerDisconnected(const MPIPeerC& peer)
 {
     m_lastConnection = 0;
-    if (m_open.erase(peer.connection) > 0)
-        m_sessions.Close(peer.session);
+    m_unacknowledged.erase(peer.connection); // the next welcome tells how far it is stored
+    const auto found = m_open.find(peer.connection);
+    if (found == m_open.end())
+        return;
+    const CSessions::SSession& session = *found->second;
+    m_open.erase(found);
+    if (session.connections == 1)
+        KeepSession(peer, session, NanosecondsSinceBoot());
+    m_sessions.Close(peer.session);
+    ForgetSessions();
 }
 
 void CNotificationHandler::InputRefused(const MPIPeerC& peer, std::uint64_t offset, const std::string& reason)
 {
+    ++m_counts.malformed;
     LogWarning(At(peer, offset) + reason + "; connection closed");
 }
 
@@ -134,6 +196,7 @@ void CNotificationHandler::ApplyReport(const MPIPeerC& peer, const MPINotificati
     const std::string fault = ArgumentFault(notification.arguments, kIdentifierArguments + (raised ? 1 : 0));
     if (!fault.empty())
     {
+        ++m_counts.malformed;
         LogWarning(At(peer, notification.offset) + notification.name + " with wrong arguments: " + fault);
         return;
     }
@@ -144,9 +207,14 @@ void CNotificationHandler::ApplyReport(const MPIPeerC& peer, const MPINotificati
 void CNotificationHandler::Apply(const MPIPeerC& peer, std::uint64_t offset, int problemCode, int problemType,
                                  bool raised)
 {
-    if (!m_owner->Apply(problemCode, problemType, raised))
-        LogWarning(At(peer, offset) + (raised ? "RaiseError" : "ClearError") + " of an unknown error " +
-                   ErrorName(problemCode, problemType) + " (" + ErrorNumber(problemCode, problemType) + ")");
+    if (m_owner->Apply(problemCode, problemType, raised, peer.session))
+    {
+        ++m_counts.applied;
+        return;
+    }
+    ++m_counts.unknown;
+    LogWarning(At(peer, offset) + (raised ? "RaiseError" : "ClearError") + " of an unknown error " +
+               ErrorName(problemCode, problemType) + " (" + ErrorNumber(problemCode, problemType) + ")");
 }
 
 } // namespace Faultkeeper::Apps

@@ -1,15 +1,17 @@
-#ifndef FAULTKEEPER_FAULTKEEPERD_SERVICE_H
-#define FAULTKEEPER_FAULTKEEPERD_SERVICE_H
+#ifndef FAULTKEEPER_FAULTKEEPERD_SERVICE_SERVICE_H
+#define FAULTKEEPER_FAULTKEEPERD_SERVICE_SERVICE_H
 
-#include "faultkeeperd/NotificationHandler.h"
-#include "faultkeeperd/Owner.h"
-#include "faultkeeperd/OwnerClaim.h"
-#include "faultkeeperd/Signals.h"
+#include "faultkeeperd/owner/Owner.h"
+#include "faultkeeperd/owner/OwnerClaim.h"
+#include "faultkeeperd/service/NotificationHandler.h"
+#include "faultkeeperd/service/Signals.h"
+#include "faultkeeperd/store/StateKeeper.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 
 #include <MPI/MPISocketServerC.h>
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -23,7 +25,9 @@ namespace Faultkeeper::Apps
 class CService
 {
 public:
-    CService();
+    /// @param store  where to keep the state over the owner's end; an empty path: nowhere
+    /// @param connections  how many may be up
+    CService(const SStoreSettings& store, std::size_t connections);
 
     /// Takes the port, so that there is one owner on the machine. Nothing else is touched before.
     /// @return false if it can't be had, as when another owner is running
@@ -33,18 +37,21 @@ public:
     /// @param runDirectory  the working directory's name for people
     bool Claim(const std::string& runDirectory);
 
-    /// Loads the configuration and takes over the table of the working directory, both after Listen and
-    /// Claim.
+    /// Loads the configuration, takes over the table of the working directory and brings the former state
+    /// back, all after Listen and Claim.
     /// @param configurationPrefix  absolute, with a "/" at its end
     /// @return false if either failed
     bool Load(const std::string& configurationPrefix);
 
-    /// Works until a signal asks it to end, then publishes what is pending and declares the table not ready.
+    /// Works until a signal asks it to end, then publishes and stores what is pending and declares the table
+    /// not ready.
     /// @return true if all of that was done; false if the table failed or stayed locked
     bool Run();
 
 private:
+    int MillisecondsToWork() const;
     bool Turn();
+    bool Settle();
     bool Publish();
     bool End();
 
@@ -52,6 +59,7 @@ private:
     CSignals m_signals;
     CNotificationHandler m_handler;
     MPISocketServerC m_server;
+    CStateKeeper m_keeper;
     std::unique_ptr<CErrorDatabase> m_database;
     std::unique_ptr<COwner> m_owner;
 };

@@ -1,11 +1,13 @@
-#ifndef FAULTKEEPER_FAULTKEEPERD_SESSIONS_H
-#define FAULTKEEPER_FAULTKEEPERD_SESSIONS_H
+#ifndef FAULTKEEPER_FAULTKEEPERD_SERVICE_SESSIONS_H
+#define FAULTKEEPER_FAULTKEEPERD_SERVICE_SESSIONS_H
 
 #include <cstddef>
 #include <cstdint>
 #include <list>
 #include <string>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace Faultkeeper::Apps
 {
@@ -26,9 +28,14 @@ public:
     struct SSession
     {
         std::uint64_t applied = 0; ///< the number of the last notification applied, and all before it
+        std::uint64_t stored = 0;  ///< the number up to which a restart of the owner loses nothing
         int connections = 0;       ///< that are open
         std::list<const std::string*>::iterator place; ///< among those without a connection, if it is
     };
+
+    /// A session that an owner before this one has kept; it has no connection. Those that have been without
+    /// the longest come first.
+    void Restore(const std::string& session, std::uint64_t applied);
 
     /// A connection of that session has opened.
     /// @return its standing: that of before, or 0 for one that is new or was forgotten
@@ -40,13 +47,20 @@ public:
     /// Is that notification a new one? If so it counts as applied from here on.
     static bool Take(SSession& session, std::uint64_t number);
 
+    /// The sessions that were forgotten since this was asked last.
+    std::vector<std::string> TakeForgotten();
+
     std::size_t Count() const { return m_sessions.size(); }
 
 private:
+    using Session = std::pair<const std::string, SSession>;
+
+    void Disconnected(Session& session);
     void ForgetOldest();
 
     std::unordered_map<std::string, SSession> m_sessions;
     std::list<const std::string*> m_unconnected; // keys of the above, the longest without a connection first
+    std::vector<std::string> m_forgotten;
 };
 
 } // namespace Faultkeeper::Apps

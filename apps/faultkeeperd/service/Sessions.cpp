@@ -1,9 +1,19 @@
-#include "faultkeeperd/Sessions.h"
+#include "faultkeeperd/service/Sessions.h"
 
 namespace Faultkeeper::Apps
 {
 
 constexpr std::size_t CSessions::kLimit;
+
+void CSessions::Restore(const std::string& session, std::uint64_t applied)
+{
+    const auto inserted = m_sessions.try_emplace(session);
+    if (!inserted.second)
+        return;
+    inserted.first->second.applied = applied;
+    inserted.first->second.stored = applied;
+    Disconnected(*inserted.first);
+}
 
 CSessions::SSession& CSessions::Open(const std::string& session)
 {
@@ -21,8 +31,20 @@ void CSessions::Close(const std::string& session)
     const auto found = m_sessions.find(session);
     if (found == m_sessions.end() || found->second.connections == 0 || --found->second.connections > 0)
         return;
-    found->second.place = m_unconnected.insert(m_unconnected.end(), &found->first);
+    Disconnected(*found);
+}
+
+void CSessions::Disconnected(Session& session)
+{
+    session.second.place = m_unconnected.insert(m_unconnected.end(), &session.first);
     ForgetOldest();
+}
+
+std::vector<std::string> CSessions::TakeForgotten()
+{
+    std::vector<std::string> forgotten;
+    forgotten.swap(m_forgotten);
+    return forgotten;
 }
 
 bool CSessions::Take(SSession& session, std::uint64_t number)
@@ -39,6 +61,7 @@ void CSessions::ForgetOldest()
     {
         const auto oldest = m_sessions.find(*m_unconnected.front());
         m_unconnected.pop_front();
+        m_forgotten.push_back(oldest->first);
         m_sessions.erase(oldest);
     }
 }

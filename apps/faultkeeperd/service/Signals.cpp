@@ -1,4 +1,4 @@
-#include "faultkeeperd/Signals.h"
+#include "faultkeeperd/service/Signals.h"
 
 #include <fcntl.h>
 #include <unistd.h>

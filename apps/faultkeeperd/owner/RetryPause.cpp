@@ -1,4 +1,4 @@
-#include "faultkeeperd/RetryPause.h"
+#include "faultkeeperd/owner/RetryPause.h"
 
 #include <algorithm>
 

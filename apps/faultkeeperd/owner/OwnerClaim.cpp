@@ -1,4 +1,4 @@
-#include "faultkeeperd/OwnerClaim.h"
+#include "faultkeeperd/owner/OwnerClaim.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

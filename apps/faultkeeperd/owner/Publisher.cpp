@@ -1,4 +1,4 @@
-#include "faultkeeperd/Publisher.h"
+#include "faultkeeperd/owner/Publisher.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 
@@ -8,8 +8,14 @@ namespace Faultkeeper::Apps
 constexpr std::size_t CPublisher::kBatchLimit;
 
 CPublisher::CPublisher(const CErrorDatabase& database, CErrorDatabaseView& view)
-    : m_database(database), m_view(view), m_stage(epsEmpty), m_withdrawn(false)
+    : m_database(database), m_view(view), m_stage(epsEmpty), m_withdrawn(false), m_formerStates(false)
 {
+}
+
+void CPublisher::Restore(const std::vector<SErrorEntry>& records, bool states)
+{
+    m_former = records;
+    m_formerStates = states;
 }
 
 void CPublisher::ErrorRaised(int problemCode, int problemType)
@@ -44,8 +50,17 @@ bool CPublisher::Advance()
     if (m_stage == epsEmpty)
         return Reach(epsLoaded, m_view.LoadErrors(m_database));
     if (m_stage == epsLoaded)
+        return Reach(epsRestored, RestoreRecords());
+    if (m_stage == epsRestored)
         return Reach(epsReady, m_view.FaultkeeperReady(true));
     return m_changes.empty() ? Reach(epsWithdrawn, m_view.FaultkeeperReady(false)) : PublishBatch();
+}
+
+bool CPublisher::RestoreRecords()
+{
+    if (m_former.empty())
+        return true;
+    return m_formerStates ? m_view.RestoreErrors(m_former) : m_view.UpdateErrorDetails(m_former);
 }
 
 bool CPublisher::Reach(EPublishingStage stage, bool done)

@@ -1,8 +1,9 @@
-#ifndef FAULTKEEPER_FAULTKEEPERD_PUBLISHER_H
-#define FAULTKEEPER_FAULTKEEPERD_PUBLISHER_H
+#ifndef FAULTKEEPER_FAULTKEEPERD_OWNER_PUBLISHER_H
+#define FAULTKEEPER_FAULTKEEPERD_OWNER_PUBLISHER_H
 
 #include <Faultkeeper/ErrorDatabaseView.h>
 #include <Faultkeeper/ErrorDbChanged.h>
+#include <Faultkeeper/ErrorEntry.h>
 
 #include <cstddef>
 #include <vector>
@@ -18,8 +19,9 @@ namespace Faultkeeper::Apps
 /// Brings the shared table to what the database says, and loses nothing while the table's lock is busy.
 ///
 /// Listens to the database and keeps every change, in order, until the table has it: the records' identifiers
-/// first, then the word that the table is ready, then the changes, and in the end, once withdrawn, the word
-/// that it is ready no more. Each call of Publish goes as far as the lock allows.
+/// first, then what a former owner has left, then the word that the table is ready, then the changes, and in
+/// the end, once withdrawn, the word that it is ready no more. Each call of Publish goes as far as the lock
+/// allows.
 ///
 /// Ownership: database and view are borrowed. Whoever makes one sets it as the database's listener.
 /// Failure: a busy lock only means that Publish has to be called again. A failed view makes it refuse for
@@ -32,6 +34,10 @@ public:
 
     /// @param view  owning and creating
     CPublisher(const CErrorDatabase& database, CErrorDatabaseView& view);
+
+    /// Before the table is declared ready, it gets these records. To be called before the first Publish.
+    /// @param states  with their raised bits; otherwise counters and times only
+    void Restore(const std::vector<SErrorEntry>& records, bool states);
 
     void ErrorRaised(int problemCode, int problemType) override;
     void ErrorCleared(int problemCode, int problemType) override;
@@ -58,11 +64,13 @@ private:
     {
         epsEmpty, // the table has no identifiers yet
         epsLoaded,
+        epsRestored,
         epsReady,
         epsWithdrawn // not ready: declared so, or never declared ready
     };
 
     bool Advance();
+    bool RestoreRecords();
     bool Reach(EPublishingStage stage, bool done);
     bool PublishBatch();
 
@@ -70,6 +78,8 @@ private:
     CErrorDatabaseView& m_view;
     EPublishingStage m_stage;
     bool m_withdrawn;
+    std::vector<SErrorEntry> m_former;
+    bool m_formerStates;
     std::vector<SErrorChange> m_changes; // oldest first
 };
 

@@ -1,0 +1,113 @@
+#include "faultkeeperd/owner/Owner.h"
+
+#include "faultkeeperd/owner/FormerState.h"
+#include "faultkeeperd/store/FormerTable.h"
+
+#include <Faultkeeper/ErrorDatabase.h>
+
+#include <Core/Time.h>
+
+#include <algorithm>
+#include <cstddef>
+
+namespace Faultkeeper::Apps
+{
+
+COwner::COwner(CErrorDatabase& database, CStateKeeper& keeper, const SFormerState& former)
+    : m_database(database), m_view(true, eViewOwner), m_publisher(m_database, m_view),
+      m_recorder(database, keeper)
+{
+    ConfirmTable();
+    Restore(former);
+    m_database.SetCallback(this);
+}
+
+COwner::~COwner()
+{
+    m_database.SetCallback(nullptr);
+}
+
+/// Nothing has changed, so nobody is told and nothing is counted.
+void COwner::Restore(const SFormerState& former)
+{
+    Core::Time::NotBefore(former.latest); // displays notice only what is later than all they have seen
+    std::vector<SErrorEntry> entries;
+    for (const SStoredError& error : former.errors)
+    {
+        const SErrorEntry& entry = error.entry;
+        entries.push_back(entry);
+        m_recorder.Restore(error);
+        if ((entry.flags & kRaisedFlag) != 0)
+            m_database.RaiseError(entry.problemCode, entry.problemType, true);
+    }
+    m_publisher.Restore(entries, former.sameBoot);
+}
+
+bool COwner::Apply(int problemCode, int problemType, bool raised, const std::string& session)
+{
+    if (m_database.RetrieveError(problemCode, problemType) == nullptr)
+        return false;
+    m_recorder.Begin(session);
+    if (raised)
+        m_database.RaiseError(problemCode, problemType, false);
+    else
+        m_database.ClearError(problemCode, problemType, false);
+    return true;
+}
+
+void COwner::ErrorRaised(int problemCode, int problemType)
+{
+    m_recorder.Note(ErrorId(problemCode, problemType), true);
+    m_publisher.ErrorRaised(problemCode, problemType);
+}
+
+void COwner::ErrorCleared(int problemCode, int problemType)
+{
+    m_recorder.Note(ErrorId(problemCode, problemType), false);
+    m_publisher.ErrorCleared(problemCode, problemType);
+}
+
+void COwner::Publish(Clock::time_point now)
+{
+    if (m_pause.Due(now))
+    {
+        const std::size_t waiting = m_publisher.Waiting();
+        if (PublishChanges() && m_lockWatch.Audit(m_view, now))
+        {
+            m_pause.Succeeded();
+            m_lockWatch.LockFree();
+        }
+        else
+        {
+            ++m_lockRetries;
+            m_pause.Failed(now);
+            if (!Failed())
+                m_lockWatch.LockBusy(now, m_publisher.Waiting() < waiting);
+        }
+    }
+    m_recorder.HandOver();
+}
+
+bool COwner::PublishChanges()
+{
+    return m_publisher.Publish() && (!m_recorder.WantsTimes() || TakeTimes());
+}
+
+bool COwner::TakeTimes()
+{
+    m_records.clear();
+    m_view.RetrieveAllErrors(m_records);
+    if (m_records.empty())
+        return false; // the lock is busy
+    m_recorder.TakeTimes(m_records);
+    return true;
+}
+
+int COwner::MillisecondsToPublish(Clock::time_point now) const
+{
+    const int audit = m_lockWatch.MillisecondsToAudit(now);
+    const bool waits = !m_publisher.Done() || m_recorder.WantsTimes() || audit == 0;
+    return waits ? m_pause.MillisecondsLeft(now) : audit;
+}
+
+} // namespace Faultkeeper::Apps

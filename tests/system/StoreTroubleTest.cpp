@@ -1,0 +1,82 @@
+#include "SystemFixture.h"
+
+#include "support/FreshDirectory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+using namespace Support;
+using namespace Faultkeeper;
+using testing::HasSubstr;
+
+namespace
+{
+
+/// How often a text is in another one.
+int CountOf(const std::string& text, const std::string& all)
+{
+    int count = 0;
+    for (std::size_t at = all.find(text); at != std::string::npos; at = all.find(text, at + 1))
+        ++count;
+    return count;
+}
+
+// Whatever the store does, faults are raised and displayed.
+class StoreTrouble : public SystemTest
+{
+};
+
+} // namespace
+
+TEST_F(StoreTrouble, ADamagedStoreIsMovedAsideAndTheTableIsUsedInItsPlace)
+{
+    const auto first = StartOwner();
+    Report("confirm raise 0x4281B 2");
+    Kill(*first);
+    const std::string store = m_directory.File("faultkeeper.db");
+    WriteFile(store,
+              "not a database at all, and longer than the head of one so that nobody takes it for empty");
+    const auto second = StartOwner();
+    EXPECT_THAT(second->Errors(), HasSubstr("error: the state store " + store + " is damaged"));
+    EXPECT_THAT(ReadFile(store + ".damaged-1"), HasSubstr("not a database at all"));
+    EXPECT_EQ(Record(kDataSensor).counter1, 1);
+    EXPECT_EQ(Record(kPosition).flags, kRaisedFlag);
+}
+
+TEST_F(StoreTrouble, AStoreThatCannotBeWrittenStopsNoReportAndIsUsedAsSoonAsItCan)
+{
+    const CFreshDirectory elsewhere;
+    const std::string store = elsewhere.File("missing/state.db");
+    auto owner = StartOwner({"--state", store});
+    const std::string complaint = "faultkeeperd: error: the state store " + store + " cannot be used: ";
+    EXPECT_THAT(owner->Errors(), HasSubstr(complaint));
+    Report("confirm repeat 10 raise 0x40C09 9 clear 0x40C09 9 then raise 0x4281B 2");
+    CDisplay display(Configuration());
+    EXPECT_TRUE(display.ShowsInTime({kDataSensor, kReceiver, kPosition}));
+    ASSERT_EQ(mkdir(elsewhere.File("missing").c_str(), 0700), 0);
+    Report("confirm clear 0x4281B 2");
+    ASSERT_TRUE(owner->SaysInTime("info: the state store " + store + " works again\n"));
+    EXPECT_EQ(CountOf(complaint, owner->Errors()), 1);
+
+    Kill(*owner);
+    m_directory.RemoveTable();
+    owner = StartOwner({"--state", store});
+    EXPECT_EQ(Record(kLinkSensor).counter1, 10);
+    EXPECT_EQ(Record(kDataSensor).counter1, 1);
+    EXPECT_EQ(Record(kDataSensor).flags, 0);
+}
+
+TEST_F(StoreTrouble, AStoreThatAnotherOwnerHasIsLeftAlone)
+{
+    const auto owner = StartOwner();
+    Report("confirm raise 0x4281B 2");
+    const CSharedTableDirectory elsewhere;
+    const auto other = RunOwner({"--config", Configuration(), "--run-dir", elsewhere.Path(), "--port", "0",
+                                 "--state", m_directory.File("faultkeeper.db")});
+    EXPECT_TRUE(other->SaysInTime("cannot be used: database is locked"));
+    EXPECT_TRUE(other->SaysInTime("info: ready"));
+    Report("confirm clear 0x4281B 2");
+    EXPECT_EQ(CountOf("state store", owner->Errors()), 0);
+}

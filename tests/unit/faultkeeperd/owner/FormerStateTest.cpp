@@ -1,0 +1,156 @@
+#include "faultkeeperd/owner/FormerState.h"
+
+#include "../OwnerFixture.h"
+#include "support/CapturedOutput.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+using namespace Support;
+using namespace Faultkeeper;
+using namespace Faultkeeper::Apps;
+using testing::HasSubstr;
+
+namespace
+{
+
+const Id kUnknown(0x50C1B, 2); // Service:GPS:No Data:2
+
+SStoredError Error(const Id& id, bool raised, std::uint16_t counter, std::uint64_t raises)
+{
+    SStoredError error;
+    error.entry.problemCode = id.first;
+    error.entry.problemType = static_cast<std::int16_t>(id.second);
+    error.entry.flags = raised ? kRaisedFlag : std::uint16_t(0);
+    error.entry.counter1 = counter;
+    error.entry.counter2 = counter;
+    error.entry.raisedTime = Core::Time(1000);
+    error.entry.clearedTime = Core::Time(900);
+    error.raises = raises;
+    return error;
+}
+
+class FormerState : public OwnerTest
+{
+protected:
+    /// A store as an owner of that boot and that configuration has left it.
+    void LeaveStore(const std::string& boot, const std::string& configuration)
+    {
+        UseStore();
+        Keeper().Open(boot, configuration);
+        Keeper().Keep(Error(kLinkSensor, true, 5, 5));
+        Keeper().Keep(Error(kUnknown, true, 6, 6));
+        Keeper().Keep(SStoredSession{"a", 17, SStoredSession::kConnected});
+        Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+        UseStore();
+    }
+
+    /// A table with one raised error, as a dead owner has left it.
+    void LeaveTable()
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(Database());
+        owner.FaultkeeperReady(true);
+        owner.RaiseError(kDataSensor.first, kDataSensor.second);
+    }
+
+    std::string Found()
+    {
+        std::ostringstream text;
+        m_said = WarnedBy([&] { m_former = FindFormerState(Keeper(), Database(), "boot", "c"); });
+        for (const SStoredError& error : m_former.errors)
+        {
+            if (error.raises > 0)
+                text << ErrorName(error.entry.problemCode, error.entry.problemType) << " "
+                     << (error.entry.flags != 0 ? "raised " : "clear ") << error.entry.counter1 << "/"
+                     << error.raises << "\n";
+        }
+        for (const SStoredSession& session : m_former.sessions)
+            text << session.id << " " << session.applied << "\n";
+        return text.str();
+    }
+
+    SFormerState m_former;
+    std::string m_said;
+};
+
+} // namespace
+
+TEST_F(FormerState, WithoutAnythingIsEmpty)
+{
+    EXPECT_EQ(Found(), "");
+    EXPECT_FALSE(m_former.sameBoot);
+    EXPECT_EQ(m_former.latest, Core::Time());
+    EXPECT_EQ(m_said, "");
+}
+
+TEST_F(FormerState, OfTheSameBootComesBackWhole)
+{
+    LeaveStore("boot", "c");
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 5/5\na 17\n");
+    EXPECT_TRUE(m_former.sameBoot);
+    EXPECT_EQ(m_former.latest, Core::Time(1000));
+    EXPECT_EQ(m_said, "");
+}
+
+TEST_F(FormerState, OfAnotherBootIsCountersAndTimes)
+{
+    LeaveStore("boot before", "c");
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 clear 5/5\n");
+    EXPECT_FALSE(m_former.sameBoot);
+    EXPECT_EQ(m_former.errors.at(0).entry.raisedTime, Core::Time(1000));
+    EXPECT_EQ(m_former.latest, Core::Time()) << "displays have not seen anything yet";
+}
+
+TEST_F(FormerState, OfAnotherBootIsNeverRaisedAgainHoweverSoonTheOwnerIsKilled)
+{
+    LeaveStore("boot before", "c");
+    Found();
+    UseStore(); // nothing was committed
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 clear 5/5\n");
+    EXPECT_TRUE(m_former.sameBoot);
+}
+
+TEST_F(FormerState, OfAnotherConfigurationIsWhatStillExists)
+{
+    LeaveStore("boot", "another");
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 5/5\na 17\n");
+    EXPECT_THAT(m_said, HasSubstr("info: the state store is of another configuration"));
+}
+
+TEST_F(FormerState, WithoutAStoreIsInTheTableOfADeadOwner)
+{
+    LeaveTable();
+    EXPECT_EQ(Found(), "Positioning:Ublox:No Data:2 raised 1/1\n");
+    EXPECT_TRUE(m_former.sameBoot);
+    EXPECT_GT(m_former.latest, Core::Time(1000));
+    EXPECT_THAT(m_said, HasSubstr("starting from the table of a former owner"));
+}
+
+TEST_F(FormerState, OfAStoreThatMissedThisBootIsCompletedFromTheTable)
+{
+    LeaveStore("boot before", "c");
+    LeaveTable();
+    EXPECT_EQ(Found(),
+              "Positioning:GPS:Communications:9 clear 5/5\nPositioning:Ublox:No Data:2 raised 1/1\n");
+    EXPECT_EQ(m_former.errors.at(0).entry.raisedTime, Core::Time(1000));
+}
+
+TEST_F(FormerState, OfTheStoreGoesBeforeTheTables)
+{
+    LeaveStore("boot", "c");
+    LeaveTable();
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 5/5\na 17\n");
+    EXPECT_GT(m_former.latest, Core::Time(1000)) << "displays have seen the table";
+}
+
+TEST_F(FormerState, NamesTheRowsThatCannotBeTrusted)
+{
+    LeaveStore("boot", "c");
+    CSqlite(m_directory.File("state.db")).Run("UPDATE errors SET counter1 = 9 WHERE type = 9");
+    EXPECT_EQ(Found(), "a 17\n");
+    EXPECT_EQ(m_said, "faultkeeperd: warning: the state store held a damaged row, which is dropped: error "
+                      "Positioning:GPS:Communications:9\n");
+}

@@ -1,0 +1,149 @@
+#include "faultkeeperd/owner/Owner.h"
+
+#include "../OwnerFixture.h"
+#include "support/CapturedOutput.h"
+
+#include <Faultkeeper/ErrorDbViewChanged.h>
+
+#include <gtest/gtest.h>
+
+using namespace Support;
+using namespace Faultkeeper;
+using namespace Faultkeeper::Apps;
+
+namespace
+{
+
+const COwner::Clock::time_point kStart{std::chrono::milliseconds(1000000)};
+
+// An owner that is killed and started again, without the processes.
+class RestoredOwner : public OwnerTest
+{
+protected:
+    void SetUp() override
+    {
+        OwnerTest::SetUp();
+        UseStore();
+        Start("boot");
+    }
+
+    /// Ends the owner without a word, and starts the next one.
+    void Start(const std::string& boot)
+    {
+        m_owner.reset();
+        LoadAgain();
+        if (m_stored)
+            UseStore();
+        const SFormerState former = FindFormerState(Keeper(), Database(), boot, "c");
+        m_owner = std::make_unique<COwner>(Database(), Keeper(), former);
+        m_owner->Publish(kStart);
+    }
+
+    /// Applies, publishes and stores a report.
+    void Report(const Id& id, bool raised)
+    {
+        EXPECT_TRUE(m_owner->Apply(id.first, id.second, raised, "a"));
+        m_owner->Publish(kStart);
+        Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+    }
+
+    bool Active(const Id& id) { return Database().RetrieveError(id.first, id.second)->Active(); }
+
+    std::unique_ptr<COwner> m_owner;
+    bool m_stored = true;
+};
+
+void ExpectSame(const SErrorEntry& left, const SErrorEntry& right)
+{
+    EXPECT_EQ(left.flags, right.flags);
+    EXPECT_EQ(left.counter1, right.counter1);
+    EXPECT_EQ(left.counter2, right.counter2);
+    EXPECT_EQ(left.raisedTime, right.raisedTime);
+    EXPECT_EQ(left.clearedTime, right.clearedTime);
+}
+
+} // namespace
+
+TEST_F(RestoredOwner, HasTheSameTableToTheNanosecond)
+{
+    Report(kLinkSensor, true);
+    Report(kLinkSensor, false);
+    Report(kDataSensor, true);
+    const SStatusTable before = Table();
+    Start("boot");
+    const SStatusTable after = Table();
+    EXPECT_EQ(after.header.ready, 1U);
+    EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver, kPosition}));
+    for (int i = 0; i < after.header.count; ++i)
+        ExpectSame(before.records[i], after.records[i]);
+}
+
+TEST_F(RestoredOwner, CountsNothingAgainAndGoesOnCounting)
+{
+    Report(kDataSensor, true);
+    Start("boot");
+    EXPECT_TRUE(Active(kDataSensor));
+    EXPECT_TRUE(Active(kPosition));
+    Report(kDataSensor, true);
+    EXPECT_EQ(Record(kDataSensor).counter1, 1);
+    Report(kDataSensor, false);
+    EXPECT_EQ(Raised(), std::vector<Id>()) << "parents follow as if nothing had happened";
+    Report(kDataSensor, true);
+    EXPECT_EQ(Record(kDataSensor).counter1, 2);
+    EXPECT_EQ(Record(kPosition).counter1, 2);
+    EXPECT_EQ(Keeper().JournalLength(), 9u);
+}
+
+TEST_F(RestoredOwner, GivesTimesThatDisplaysTakeForNew)
+{
+    Report(kDataSensor, true);
+    const Core::Time seen = Record(kPosition).raisedTime;
+    Start("boot");
+    Report(kDataSensor, false);
+    EXPECT_GT(Record(kDataSensor).clearedTime, seen);
+}
+
+TEST_F(RestoredOwner, AfterARebootHasCountersAndTimesOnly)
+{
+    Report(kDataSensor, true);
+    const SErrorEntry before = Record(kDataSensor);
+    m_directory.RemoveTable(); // it does not outlive the machine
+    Start("next boot");
+    EXPECT_EQ(Raised(), std::vector<Id>());
+    EXPECT_FALSE(Active(kDataSensor));
+    EXPECT_EQ(Record(kDataSensor).counter1, 1);
+    EXPECT_EQ(Record(kDataSensor).raisedTime, before.raisedTime);
+    Report(kDataSensor, true);
+    EXPECT_EQ(Record(kDataSensor).counter1, 2);
+}
+
+TEST_F(RestoredOwner, WithoutAStoreStartsFromTheDeadOwnersTable)
+{
+    m_stored = false;
+    Report(kDataSensor, true);
+    Report(kDataSensor, false);
+    Report(kLinkSensor, true);
+    const SStatusTable before = Table();
+    UseStore();
+    std::remove(m_directory.File("state.db").c_str());
+    std::remove(m_directory.File("state.db-wal").c_str());
+    WarnedBy([&] { Start("boot"); });
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+    for (int i = 0; i < 4; ++i)
+        ExpectSame(before.records[i], Table().records[i]);
+}
+
+TEST_F(RestoredOwner, StoresWhatIsNotInTheTableYet)
+{
+    m_owner->Publish(kStart);
+    {
+        const CBusyLock lock;
+        m_owner->Apply(kDataSensor.first, kDataSensor.second, true, "a");
+        EXPECT_NE(WarnedBy([&] { m_owner->Publish(kStart); }), "");
+        Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+        EXPECT_EQ(Raised(), std::vector<Id>());
+    }
+    Start("boot");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver, kPosition}));
+    EXPECT_EQ(Record(kDataSensor).counter1, 1);
+}
