@@ -43,6 +43,17 @@ TEST_F(HostDelivery, AfterAReconnectNothingIsSentBeforeTheWelcomeAndThenTheRest)
     EXPECT_EQ(Received(6), (Numbers{5, 6, 7, 8, 9, 10}));
 }
 
+TEST_F(HostDelivery, AYesHoldsForTheNextNotificationWhateverBecomesOfTheConnection)
+{
+    ASSERT_TRUE(m_client->VerifyConnection());
+    Peer().Close();
+    ASSERT_TRUE(HasInput(m_client->Descriptor(), 30000)); // the end of the connection is there to be seen
+    EXPECT_TRUE(Send(1));
+    EXPECT_FALSE(Send(2)) << "nobody has asked";
+    AwaitNext();
+    EXPECT_EQ(Received(1), Numbers{1});
+}
+
 TEST_F(HostDelivery, AReceiverThatForgotTheSessionGetsAllThatIsNotAcknowledged)
 {
     Say(Welcome(0));

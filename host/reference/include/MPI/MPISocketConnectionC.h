@@ -141,6 +141,10 @@ protected:
     /// Are notifications accepted without a connection?
     bool Bridges() const;
 
+    /// Somebody was told that a notification can be sent: the next one is accepted even if the connection is
+    /// lost before it comes, and goes to the next.
+    void PromiseToAccept() { m_promised = true; }
+
     /// Is a lost connection made again from CheckCallbacks? No at first.
     bool ConnectsAgain() const { return m_connectsAgain; }
     void ConnectsAgain(bool connectsAgain) { m_connectsAgain = connectsAgain; }
@@ -164,6 +168,7 @@ private:
     unsigned m_batch = 0; // the outermost of them, or the last
     BEncoderC m_encoder;  // of notifications, so that its memory is used again
     bool m_encoding = false;
+    bool m_promised = false;
     const BEncoderC* m_numbered = nullptr; // holds the notification of m_number on its way to SendMessage
     std::uint64_t m_number = 0;
     std::size_t m_turnBytes = 0; // read during this turn

@@ -60,7 +60,8 @@ bool MPISocketConnectionC::SendNumbered(const std::string& message, std::uint64_
 {
     if (number < Session()->NextNumber())
         return false; // one sent on the way here has it, and numbers go up
-    if ((!Bridges() && !Connected()) || !Queue(message, number))
+    const bool promised = std::exchange(m_promised, false);
+    if ((!Bridges() && !Connected() && !promised) || !Queue(message, number))
         return false;
     Session()->Accepted(number);
     FlushUnlessGathering(false); // likewise, or what is sent in vain is sent again

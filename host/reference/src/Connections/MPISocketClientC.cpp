@@ -61,6 +61,8 @@ bool MPISocketClientC::VerifyConnection()
     m_ownersAttemptAtNo = OwnersAttempts();
     if (yes && Welcomed())
         m_lookTime = Milliseconds();
+    if (yes && ConnectsAgain())
+        PromiseToAccept();
     return yes;
 }
 

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "campaign/Scene.h"
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace Campaign
+{
+
+/// Starts owners and kills them at random moments, their own start included; leaves one that is ready.
+/// @return false if one ended by itself or did not get ready
+bool KillOwners(CScene& scene, int rounds, unsigned seed, const std::vector<std::string>& arguments);
+
+/// Tells how much there was of it.
+void PrintRun(const char* what, int rounds, unsigned seed, std::chrono::steady_clock::time_point begin,
+              const SAccounts& accounts);
+
+} // namespace Campaign

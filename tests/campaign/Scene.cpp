@@ -1,0 +1,98 @@
+#include "campaign/Scene.h"
+
+#include "campaign/ReporterProcess.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+namespace Campaign
+{
+
+using namespace Support;
+
+void AddReportedErrors(CConfigurationBuilder& builder)
+{
+    for (int reporter = 0; reporter < kReporters; ++reporter)
+    {
+        for (const ErrorId& id : ErrorsOf(reporter))
+            builder.Leaf(Faultkeeper::Apps::ErrorName(id.first, id.second));
+    }
+}
+
+CConfigurationBuilder ReportedErrors()
+{
+    CConfigurationBuilder builder;
+    AddReportedErrors(builder);
+    return builder;
+}
+
+CScene::CScene(const CConfigurationBuilder& configuration)
+{
+    configuration.WriteTo(m_directory.Prefix());
+}
+
+void CScene::StartOwner(const std::vector<std::string>& more)
+{
+    std::vector<std::string> command = {FAULTKEEPER_CAMPAIGN_OWNER, "--config", m_directory.Prefix(),
+                                        "--run-dir", m_directory.Path()};
+    command.insert(command.end(), more.begin(), more.end());
+    m_owner = std::make_unique<CProgram>(command);
+}
+
+bool CScene::KillOwner()
+{
+    const bool running = m_owner->Process().Running();
+    if (!running)
+        std::fprintf(stderr, "an owner had ended by itself:\n%s", m_owner->Errors().c_str());
+    m_owner->Process().Signal(SIGKILL);
+    m_owner->Wait();
+    return running;
+}
+
+bool CScene::OwnerReady() const
+{
+    const bool ready = m_owner->SaysInTime("info: ready");
+    if (!ready)
+        std::fprintf(stderr, "the owner does not get ready:\n%s", m_owner->Errors().c_str());
+    return ready;
+}
+
+bool CScene::EndOwner()
+{
+    m_owner->Process().Signal(SIGTERM);
+    const bool ended = m_owner->Wait() == 0;
+    if (!ended)
+        std::fprintf(stderr, "the owner did not end in order:\n%s", m_owner->Errors().c_str());
+    return ended;
+}
+
+Faultkeeper::SStatusTable CScene::Table()
+{
+    Faultkeeper::SStatusTable table;
+    std::memcpy(static_cast<void*>(&table), m_directory.Table(), sizeof table);
+    return table;
+}
+
+CReporters::CReporters(unsigned seed, CSharedAccounts& accounts) : m_accounts(accounts)
+{
+    for (int reporter = 0; reporter < kReporters; ++reporter)
+    {
+        const auto live = [&accounts, seed, reporter]
+        { return LiveAsReporter(reporter, seed * kReporters + static_cast<unsigned>(reporter), *accounts); };
+        m_processes.push_back(std::make_unique<CChildProcess>(live));
+    }
+}
+
+bool CReporters::Finish()
+{
+    m_accounts->over = true;
+    bool finished = true;
+    for (const auto& process : m_processes)
+        finished = process->Wait() == 0 && finished;
+    if (!finished)
+        std::fprintf(stderr, "a reporter could not get everything acknowledged\n");
+    return finished;
+}
+
+} // namespace Campaign

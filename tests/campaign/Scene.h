@@ -1,0 +1,68 @@
+#pragma once
+
+#include "campaign/Account.h"
+#include "support/ConfigurationBuilder.h"
+#include "support/FileLock.h"
+#include "support/SharedTable.h"
+#include "system/ChildProcess.h"
+
+#include <Faultkeeper/StatusTable.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Campaign
+{
+
+/// Adds all errors that reporters report.
+void AddReportedErrors(Support::CConfigurationBuilder& builder);
+/// A configuration of nothing else.
+Support::CConfigurationBuilder ReportedErrors();
+
+/// Where a campaign takes place: the port, a fresh run directory with its configuration, and the owner.
+class CScene
+{
+public:
+    explicit CScene(const Support::CConfigurationBuilder& configuration);
+
+    /// Starts an owner and does not wait for it.
+    /// @param more  further arguments
+    void StartOwner(const std::vector<std::string>& more = {});
+    /// Kills the owner. @return false if it had ended by itself, which is told
+    bool KillOwner();
+    /// Waits until the owner is ready.
+    bool OwnerReady() const;
+    /// Has the owner end in order. @return false if it does not
+    bool EndOwner();
+
+    /// The table as it stands.
+    Faultkeeper::SStatusTable Table();
+    std::string ConfigurationPrefix() const { return m_directory.Prefix(); }
+    std::string StorePath() const { return m_directory.File("faultkeeper.db"); }
+
+    const Support::CSharedTableDirectory& Directory() const { return m_directory; }
+
+private:
+    Support::CPortLock m_port;
+    Support::CSharedTableDirectory m_directory;
+    std::unique_ptr<Support::CProgram> m_owner;
+};
+
+/// One process for each reporter.
+class CReporters
+{
+public:
+    CReporters(unsigned seed, CSharedAccounts& accounts);
+
+    /// Says that it is over, and waits for all.
+    /// @return false if one could not get everything acknowledged
+    bool Finish();
+
+private:
+    CSharedAccounts& m_accounts;
+    std::vector<std::unique_ptr<Support::CChildProcess>> m_processes;
+};
+
+} // namespace Campaign
