@@ -133,8 +133,6 @@ public:
     std::uint64_t RefusalOffset() const { return m_decoder.FaultOffset(); }
 
 protected:
-    const BDecoderC& Decoder() const { return m_decoder; }
-
     /// The batch that is under way, never the same one twice in a row; 0 if none is.
     unsigned Batch() const { return m_batches > 0 ? m_batch : 0; }
 
@@ -165,7 +163,7 @@ private:
     bool m_inTurn = false;
     bool m_connectsAgain = false;
     int m_batches = 0;    // begun and not ended
-    unsigned m_batch = 0; // the outermost of them, or the last
+    unsigned m_batch = 1; // the outermost of them, or the last; odd, and so never 0 however many there were
     BEncoderC m_encoder;  // of notifications, so that its memory is used again
     bool m_encoding = false;
     bool m_promised = false;

@@ -117,8 +117,8 @@ bool MPISocketConnectionC::SendEncoded(BEncoderC& encoder, const std::string& na
 
 void MPISocketConnectionC::BeginBatch()
 {
-    if (m_batches == 0 && ++m_batch == 0)
-        ++m_batch;
+    if (m_batches == 0)
+        m_batch += 2;
     ++m_batches;
 }
 

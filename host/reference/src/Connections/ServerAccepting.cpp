@@ -59,7 +59,7 @@ bool MPISocketServerC::Implementation::AcceptFrom(int listener)
         FileDescriptor accepted = SocketCalls::Accept(listener, problem);
         if (accepted.Valid())
             TakeIn(std::move(accepted));
-        else if (problem == EAGAIN || problem == EWOULDBLOCK)
+        else if (problem == EAGAIN)
             return true;
         else if ((problem == EMFILE || problem == ENFILE) && TurnAwayForWantOfDescriptors(listener))
             return true;
@@ -116,7 +116,7 @@ bool MPISocketServerC::Implementation::TurnAwayForWantOfDescriptors(int listener
     m_spare = FileDescriptor();
     int problem = 0;
     FileDescriptor accepted = SocketCalls::Accept(listener, problem);
-    const bool helps = accepted.Valid() || problem == EAGAIN || problem == EWOULDBLOCK;
+    const bool helps = accepted.Valid() || problem == EAGAIN;
     if (accepted.Valid())
         TurnAway(std::move(accepted));
     m_spare = SpareDescriptor();

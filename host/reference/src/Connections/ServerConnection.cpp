@@ -222,8 +222,8 @@ void ServerConnection::Send(std::string_view key, std::uint64_t number)
     encoder.Text(key);
     encoder.Integer(static_cast<std::int64_t>(number));
     encoder.End();
-    if (Queue(encoder.Bytes(), 0))
-        Flush(false); // also to who has ended sending, and only listens
+    Queue(encoder.Bytes(), 0); // a peer that has left no room goes without
+    Flush(false);              // also to who has ended sending, and only listens
 }
 
 bool ServerConnection::Answer(const BElementC& message)
@@ -232,10 +232,11 @@ bool ServerConnection::Answer(const BElementC& message)
     encoder.Element(message);
     const bool fits = encoder.Bytes().size() <= BDecoderC::kMaximumMessageBytes &&
                       encoder.Depth() <= BDecoderC::kMaximumDepth;
-    if (!fits || BytesWaiting() > 0 || !Up() || !Queue(encoder.Bytes(), 0))
+    if (!fits || BytesWaiting() > 0 || !Up())
         return false;
+    const bool accepted = Queue(encoder.Bytes(), 0);
     Flush(false);
-    return true;
+    return accepted;
 }
 
 void ServerConnection::SendWaiting()

@@ -37,8 +37,8 @@ public:
     /// How many bytes the last Serve read.
     std::size_t BytesRead() const { return m_bytesRead; }
 
-    /// Nothing more comes from this connection.
-    bool Ended() const { return m_ended || (!Up() && !HasLeftover()); }
+    /// Nothing more comes from this connection: its end is only read when nothing is left over.
+    bool Ended() const { return m_ended || !Up(); }
 
     void Welcome(std::uint64_t number);
 

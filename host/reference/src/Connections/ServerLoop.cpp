@@ -107,7 +107,9 @@ bool MPISocketServerC::Implementation::Watch(int descriptor, std::uint64_t numbe
     epoll_event event = {};
     event.events = EPOLLIN | EPOLLRDHUP;
     event.data.u64 = number;
-    return epoll_ctl(m_watch.Number(), EPOLL_CTL_ADD, descriptor, &event) == 0 || Fail("epoll_ctl", errno);
+    if (epoll_ctl(m_watch.Number(), EPOLL_CTL_ADD, descriptor, &event) == 0)
+        return true;
+    return Fail("epoll_ctl", errno);
 }
 
 int MPISocketServerC::Implementation::Serve(int timeoutMilliseconds)

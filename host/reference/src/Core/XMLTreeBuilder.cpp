@@ -79,7 +79,7 @@ bool XMLTreeBuilder::ParseAll()
 
 template <typename Action> void XMLTreeBuilder::Guarded(Action action)
 {
-    if (m_exception != nullptr || !m_refusal.empty())
+    if (m_exception || !m_refusal.empty())
         return; // Expat finishes the tag after it was told to stop
     try
     {
@@ -150,7 +150,7 @@ void XMLTreeBuilder::RefuseDoctype()
 {
     // Expat tells of it when it has read some way into it.
     const std::size_t begin = m_text.rfind("<!DOCTYPE", CurrentByte());
-    Refuse(begin == std::string::npos ? CurrentByte() : begin, "document type declarations are refused");
+    Refuse(std::min(begin, CurrentByte()), "document type declarations are refused");
 }
 
 void XMLTreeBuilder::Refuse(std::size_t byte, const std::string& reason)

@@ -25,7 +25,7 @@ bool Socket::Reconnect(int timeoutMilliseconds)
     Close();
     m_transport->Start();
     if (timeoutMilliseconds < 0)
-        return m_transport->Up() || m_transport->UnderWay();
+        return m_transport->UnderWay(); // at the soonest it is up when it is asked for next
     const Deadline deadline(timeoutMilliseconds);
     m_transport->Progress();
     while (m_transport->UnderWay() && !deadline.Passed())
@@ -140,8 +140,7 @@ const MessageOutbox& Socket::Outbox() const
 
 void Socket::SendWithoutDelay(bool on)
 {
-    if (m_transport->Up())
-        SocketCalls::SendWithoutDelay(m_transport->Number(), on);
+    SocketCalls::SendWithoutDelay(m_transport->Number(), on); // without a connection nothing comes of it
 }
 
 void Socket::ReadToTheEnd()

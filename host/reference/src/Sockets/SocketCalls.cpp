@@ -29,10 +29,7 @@ bool ConnectedToItself(int descriptor)
     return SocketAddress::Own(descriptor).Text() == SocketAddress::Peer(descriptor).Text();
 }
 
-bool IsTemporary(int problem)
-{
-    return problem == EAGAIN || problem == EWOULDBLOCK;
-}
+static_assert(EAGAIN == EWOULDBLOCK, "calls that would have to wait are recognised by the first");
 
 } // namespace
 
@@ -68,7 +65,7 @@ void PrepareStream(int descriptor)
 
 void SendWithoutDelay(int descriptor, bool on)
 {
-    SetOption(descriptor, IPPROTO_TCP, TCP_NODELAY, on ? 1 : 0);
+    SetOption(descriptor, IPPROTO_TCP, TCP_NODELAY, static_cast<int>(on));
 }
 
 STransfer Send(int descriptor, const char* bytes, std::size_t size)
@@ -78,7 +75,7 @@ STransfer Send(int descriptor, const char* bytes, std::size_t size)
         count = send(descriptor, bytes, size, MSG_NOSIGNAL | MSG_DONTWAIT);
     while (count < 0 && errno == EINTR);
     if (count < 0)
-        return {0, !IsTemporary(errno)};
+        return {0, errno != EAGAIN};
     return {static_cast<std::size_t>(count), false};
 }
 
@@ -89,7 +86,7 @@ STransfer Receive(int descriptor, char* buffer, std::size_t size)
         count = recv(descriptor, buffer, size, MSG_DONTWAIT);
     while (count < 0 && errno == EINTR);
     if (count < 0)
-        return {0, !IsTemporary(errno)};
+        return {0, errno != EAGAIN};
     return {static_cast<std::size_t>(count), count == 0};
 }
 

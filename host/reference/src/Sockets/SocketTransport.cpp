@@ -79,25 +79,17 @@ void Socket::Transport::Progress()
 {
     while (UnderWay())
     {
-        switch (SocketCalls::Progress(m_descriptor.Number()))
+        const SocketCalls::EConnecting connecting = SocketCalls::Progress(m_descriptor.Number());
+        if (connecting == SocketCalls::EConnecting::established)
+            return Establish();
+        if (connecting == SocketCalls::EConnecting::underWay)
         {
-        case SocketCalls::EConnecting::underWay:
             if (MillisecondsOfPatience() > 0)
                 return;
-            GiveUpAddress();
-            break;
-        case SocketCalls::EConnecting::established:
-            return Establish();
-        case SocketCalls::EConnecting::failed:
-            TryNextAddress();
+            m_gaveUp = true;
         }
+        TryNextAddress();
     }
-}
-
-void Socket::Transport::GiveUpAddress()
-{
-    m_gaveUp = true;
-    TryNextAddress();
 }
 
 int Socket::Transport::MillisecondsOfPatience() const

@@ -88,7 +88,6 @@ private:
 
     static constexpr int kPatienceMilliseconds = 1000;
 
-    void GiveUpAddress();
     void TryNextAddress();
     void Establish();
     bool SendIntroduction();
