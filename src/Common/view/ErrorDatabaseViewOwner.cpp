@@ -95,6 +95,23 @@ void TellLeftOut(std::size_t errors)
         std::fprintf(stderr, "the status table holds %d errors, %zu were left out\n", kStatusTableCapacity,
                      errors - static_cast<std::size_t>(kStatusTableCapacity));
 }
+
+/// How to find so many records: by a walk for a few, with more by the index, which costs a walk or two to
+/// bring up to date. Somebody else may have written identifiers since the last time.
+/// @return the index as the table is now; null for walks
+const CRecordIndex* IndexFor(std::size_t lookups, CRecordIndex& index, const SStatusTable& table)
+{
+    if (lookups <= kLookupsByWalk)
+        return nullptr;
+    index.Know(table);
+    return &index;
+}
+
+SErrorEntry* Find(SStatusTable& table, const CRecordIndex* index, int code, int type)
+{
+    const int position = index != nullptr ? index->Find(table, code, type) : FindRecord(table, code, type);
+    return position < 0 ? nullptr : &table.records[position];
+}
 } // namespace
 
 bool CErrorDatabaseView::RefusesOwner() const
@@ -126,8 +143,7 @@ template <typename Change> bool CErrorDatabaseView::ChangeTable(const Change& ch
     return true;
 }
 
-/// Likewise, with the means to find records: a walk for a few, with more the index, which costs a walk or two
-/// to bring up to date. Somebody else may have written identifiers since the last time.
+/// Likewise, with the means to find records.
 /// @param lookups  how many records are looked for
 /// @param change   called with a function that finds the table's record with an identifier, or null
 template <typename Change> bool CErrorDatabaseView::ChangeRecords(std::size_t lookups, const Change& change)
@@ -135,16 +151,8 @@ template <typename Change> bool CErrorDatabaseView::ChangeRecords(std::size_t lo
     return ChangeTable(
         [this, lookups, &change](SStatusTable& table)
         {
-            const bool indexed = lookups > kLookupsByWalk;
-            if (indexed)
-                m_index->Know(table);
-            return change(
-                [this, indexed, &table](int code, int type)
-                {
-                    const int position =
-                        indexed ? m_index->Find(table, code, type) : FindRecord(table, code, type);
-                    return position < 0 ? nullptr : &table.records[position];
-                });
+            const CRecordIndex* const index = IndexFor(lookups, *m_index, table);
+            return change([index, &table](int code, int type) { return Find(table, index, code, type); });
         });
 }
 

@@ -31,7 +31,7 @@ void CRecordIndex::Know(const SStatusTable& table)
 
 int CRecordIndex::Find(const SStatusTable& table, int code, int type) const
 {
-    return m_slots[FindSlot(table, m_count, code, static_cast<std::int16_t>(type))];
+    return m_slots[FindSlot(table, code, static_cast<std::int16_t>(type))];
 }
 
 bool CRecordIndex::Knows(const SStatusTable& table) const
@@ -62,19 +62,17 @@ void CRecordIndex::Insert(const SStatusTable& table, int position)
 {
     const SErrorEntry& record = table.records[position];
     m_ids[static_cast<std::size_t>(position)] = {record.problemCode, record.problemType};
-    const std::size_t slot = FindSlot(table, m_count, record.problemCode, record.problemType);
+    const std::size_t slot = FindSlot(table, record.problemCode, record.problemType);
     if (m_slots[slot] == kEmpty) // otherwise an earlier record has this identifier, and is the one found
         m_slots[slot] = static_cast<std::int16_t>(position);
 }
 
 /// The slot that leads to the record, or the empty one where the search for it ends. There is always an empty
-/// one: no more positions than records are kept.
-std::size_t CRecordIndex::FindSlot(const SStatusTable& table, int count, std::int32_t code,
-                                   std::int16_t type) const
+/// one: no more positions than records are kept, and all are within the table whatever its count says now.
+std::size_t CRecordIndex::FindSlot(const SStatusTable& table, std::int32_t code, std::int16_t type) const
 {
     std::size_t slot = FirstSlot(code, type);
-    while (m_slots[slot] != kEmpty &&
-           !(m_slots[slot] < count && Matches(table.records[m_slots[slot]], code, type)))
+    while (m_slots[slot] != kEmpty && !Matches(table.records[m_slots[slot]], code, type))
         slot = (slot + 1) % kSlots;
     return slot;
 }

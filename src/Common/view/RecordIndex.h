@@ -42,7 +42,7 @@ private:
     bool Knows(const SStatusTable& table) const;
     void Build(const SStatusTable& table);
     void Insert(const SStatusTable& table, int position);
-    std::size_t FindSlot(const SStatusTable& table, int count, std::int32_t code, std::int16_t type) const;
+    std::size_t FindSlot(const SStatusTable& table, std::int32_t code, std::int16_t type) const;
 
     int m_count = 0;
     std::array<SId, kStatusTableCapacity> m_ids;
