@@ -141,4 +141,34 @@ TEST(HostServerNumbers, DoNotDependOnHowTheStreamIsCut)
     }
 }
 
+TEST(HostServerNumbers, AreTakenAndRefusedAsTheDecoderDoesAtTheirLimitsToo)
+{
+    std::string sixteen;
+    for (int number = 1; number <= 16; ++number)
+        sixteen += "i" + std::to_string(number) + "e";
+    const std::string limits[] = {
+        "d4:argsli9223372036854775807ei-9223372036854775807ee4:name1:xe",
+        "d4:argsli9223372036854775808ee4:name1:xe",
+        "d4:argsli-9223372036854775808ee4:name1:xe",
+        "d4:argsli-9223372036854775809ee4:name1:xe",
+        "d4:argsli99999999999999999999ee4:name1:xe",
+        "d4:argsl" + sixteen + "e4:name1:xe",
+        "d4:argsl" + sixteen + "i17ee4:name1:xe",
+        "d4:argsle4:name1024:" + std::string(1024, 'n') + "e",
+        "d4:argsle4:name1025:" + std::string(1025, 'n') + "e",
+        "d4:argsle4:name1:x3:seqi9223372036854775807ee",
+    };
+    for (const std::string& stream : limits)
+    {
+        MessagesHandler handler;
+        MPISocketServerC server(handler);
+        ASSERT_TRUE(server.Listen(0));
+        CRawConnection connection = CRawConnection::To("127.0.0.1", server.Port());
+        connection.Send(stream);
+        connection.EndSending();
+        ASSERT_TRUE(Eventually([&] { return server.Serve(0) >= 0 && handler.ended; }));
+        EXPECT_EQ(handler.log, DecodedLog(stream)) << stream;
+    }
+}
+
 } // namespace

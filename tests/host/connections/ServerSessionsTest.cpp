@@ -1,11 +1,15 @@
 // What a server tells of sessions, and what it answers.
 #include <MPI/BAtomC.h>
 #include <MPI/BDictionaryC.h>
+#include <MPI/BListC.h>
 
+#include <chrono>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include "host/connections/ServerFixture.h"
 #include "host/connections/SessionsHandler.h"
@@ -19,6 +23,8 @@ using HostTest::CSessionsHandler;
 const std::string kPlain = HostTest::kPlain;
 const std::string kSession = "0123456789abcdef0123456789ABCDEF";
 const std::string kHello = "d4:argsl32:" + kSession + "e4:name5:Helloe";
+
+constexpr int kAGreatDeal = 14; // messages of 60 000 bytes: more than three quarters of a mebibyte
 
 std::string Numbered(const std::string& number)
 {
@@ -39,6 +45,24 @@ protected:
                 return received.size() >= size;
             });
         return received;
+    }
+
+    /// The number of a new connection that sends an introduction and ends.
+    std::uint64_t Introduced(const std::string& session)
+    {
+        CServerFixture::LogOf("d4:argsl32:" + session + "e4:name5:Helloe");
+        return m_handler.last;
+    }
+
+    /// Sends so much that an acknowledgement to follow would not wait for a pause.
+    void SendAGreatDeal(CRawConnection& connection)
+    {
+        const std::string large = "d4:argsl60000:" + std::string(60000, 'x') + "e4:name1:xe";
+        for (int count = 1; count <= kAGreatDeal; ++count)
+        {
+            connection.Send(large);
+            ASSERT_TRUE(ServeUntil([&] { return m_handler.counts[m_handler.last] == count; }));
+        }
     }
 
     /// What the handler is told of a new connection that sends this and ends, without the ends of batches.
@@ -76,6 +100,17 @@ TEST_F(HostServerSessions, IntroductionsThatAreNoneAreRefused)
     EXPECT_EQ(LogOf("d4:argsl32:" + kSession.substr(1) + "ge4:name5:Helloe"), reason);
     EXPECT_EQ(LogOf("d4:argsl32:" + kSession + "i1ee4:name5:Helloe"), reason);
     EXPECT_EQ(LogOf("d4:argslle e4:name5:Helloe").find("introduced"), std::string::npos);
+}
+
+TEST_F(HostServerSessions, AnIntroductionTakesTheDigitsOfBothCasesAndNothingNextToThem)
+{
+    for (const char digit : std::string("0123456789abcdefABCDEF"))
+    {
+        const std::string session = std::string(31, '0') + digit;
+        EXPECT_TRUE(Has(Introduced(session), "introduced " + session + "\n"));
+    }
+    for (const char other : std::string("/:@G`g"))
+        EXPECT_TRUE(Has(Introduced(std::string(31, '0') + other), "refused at 0: an introduction takes"));
 }
 
 TEST_F(HostServerSessions, AnIntroductionComesOnceAndFirst)
@@ -147,6 +182,86 @@ TEST_F(HostServerSessions, AnswersToWhoHasGoneDoNothing)
     connection.Reset();
     m_handler.onNotification = [&](const MPIPeerC& peer) { m_server.Welcome(peer.connection, 0); };
     EXPECT_TRUE(ServeUntil([&] { return Has(1, "disconnected\n"); }));
+}
+
+TEST_F(HostServerSessions, AnswersToWhoHasJustGoneWithinAMessageDoNothing)
+{
+    BDictionaryC large;
+    large.Insert("x", std::make_unique<BAtomC>(std::string(60000, 'x')));
+    bool answered = true;
+    m_handler.onRefusal = [&](const MPIPeerC& peer)
+    {
+        answered = m_server.Answer(peer.connection, BDictionaryC());
+        m_server.Welcome(peer.connection, 0);
+        m_server.Acknowledge(peer.connection, 7);
+    };
+    for (const bool waiting : {false, true})
+    {
+        CRawConnection connection = Connect();
+        SendAGreatDeal(connection);
+        while (waiting && m_server.Answer(m_handler.last, large))
+            EXPECT_FALSE(HasFailure());
+        connection.Send("d4:args");
+        connection.EndSending();
+        EXPECT_TRUE(ServeUntil([&] { return Has(m_handler.last, "disconnected\n"); }));
+        EXPECT_FALSE(answered);
+        const std::string received = connection.ReceiveToEnd();
+        EXPECT_EQ(received.find("ack"), std::string::npos);
+        EXPECT_EQ(received.find("welcome"), std::string::npos);
+    }
+}
+
+TEST_F(HostServerSessions, AGreatDealIsAcknowledgedWithoutWaitingForAPause)
+{
+    m_handler.onNotification = [&](const MPIPeerC& peer)
+    {
+        if (m_handler.counts[peer.connection] == kAGreatDeal)
+            m_server.Acknowledge(peer.connection, 7);
+    };
+    CRawConnection connection = Connect();
+    SendAGreatDeal(connection);
+    EXPECT_EQ(connection.Receive(10), "d3:acki7ee") << "by the turn that has read it";
+}
+
+TEST_F(HostServerSessions, NothingIsAcknowledgedAsLongAsSomethingReadIsLeftOver)
+{
+    constexpr int kMoreThanThreeBatches = 3500; // in what is read at once
+    m_handler.onBatch = [&](const MPIPeerC& peer)
+    { m_server.Acknowledge(peer.connection, static_cast<std::uint64_t>(m_handler.counts[peer.connection])); };
+    for (const bool ending : {false, true})
+    {
+        CRawConnection connection = Connect();
+        std::string stream;
+        for (int count = 0; count < kMoreThanThreeBatches; ++count)
+            stream += HostTest::kShortest;
+        connection.Send(stream);
+        if (ending)
+            connection.EndSending();
+        for (int batch = 1; batch <= 3; ++batch)
+        {
+            EXPECT_EQ(m_server.Serve(30000), MPISocketServerC::kBatchMessages);
+            EXPECT_EQ(connection.ReceivePending(), "");
+            std::this_thread::sleep_for(std::chrono::milliseconds(10)); // longer than a pause has to be
+        }
+        EXPECT_EQ(ReceivedFrom(connection, 13), "d3:acki3500ee");
+    }
+}
+
+TEST_F(HostServerSessions, AnAnswerMayHaveEightLevelsAndNoMore)
+{
+    CRawConnection connection = Connect();
+    std::unique_ptr<BElementC> inner = std::make_unique<BListC>();
+    for (int level = 2; level <= 8; ++level)
+    {
+        auto outer = std::make_unique<BListC>();
+        outer->Append(std::move(inner));
+        inner = std::move(outer);
+    }
+    EXPECT_TRUE(m_server.Answer(1, *inner));
+    EXPECT_EQ(connection.Receive(16), "lllllllleeeeeeee");
+    BListC deeper;
+    deeper.Append(std::move(inner));
+    EXPECT_FALSE(m_server.Answer(1, deeper));
 }
 
 TEST_F(HostServerSessions, AnyMessageCanBeAnswered)

@@ -342,4 +342,55 @@ TEST_F(HostServer, CloseEndsEverythingAndListenMayFollow)
     EXPECT_EQ(m_handler.numbers, (std::set<std::uint64_t>{1, 2}));
 }
 
+/// Does what has to be done, and no more.
+class LeastHandler : public MPIServerHandlerC
+{
+public:
+    bool NotificationReceived(const MPIPeerC&, const MPINotificationC&) override { return true; }
+    void InputRefused(const MPIPeerC&, std::uint64_t, const std::string&) override {}
+};
+
+TEST(HostServerHandler, NeedNotCareWhoIsTurnedAway)
+{
+    LeastHandler handler;
+    MPISocketServerC server(handler);
+    server.MaximumConnections(0);
+    ASSERT_TRUE(server.Listen(0));
+    CRawConnection connection = CRawConnection::To("127.0.0.1", server.Port());
+    EXPECT_TRUE(Eventually([&] { return server.Serve(0) == 0 && connection.Ended(); }));
+    EXPECT_EQ(server.ConnectionCount(), 0u);
+}
+
+/// Closes its server when the first connection ends.
+class ClosingHandler : public LeastHandler
+{
+public:
+    void PeerDisconnected(const MPIPeerC&) override
+    {
+        ++disconnected;
+        server->Close();
+    }
+
+    MPISocketServerC* server = nullptr;
+    int disconnected = 0;
+};
+
+TEST(HostServerHandler, MayCloseTheServerWhenAConnectionHasEnded)
+{
+    ClosingHandler handler;
+    MPISocketServerC server(handler);
+    handler.server = &server;
+    ASSERT_TRUE(server.Listen(0));
+    const unsigned short port = server.Port();
+    CRawConnection first = CRawConnection::To("127.0.0.1", port);
+    CRawConnection second = CRawConnection::To("127.0.0.1", port);
+    ASSERT_TRUE(Eventually([&] { return server.Serve(0) == 0 && server.ConnectionCount() == 2; }));
+    first.EndSending();
+    second.EndSending();
+    EXPECT_TRUE(Eventually([&] { return server.Serve(0) == 0 && handler.disconnected == 2; }));
+    EXPECT_TRUE(Eventually([&] { return first.Ended() && second.Ended(); }));
+    EXPECT_EQ(server.Port(), 0);
+    EXPECT_FALSE(CRawConnection::CanConnectTo("127.0.0.1", port));
+}
+
 } // namespace

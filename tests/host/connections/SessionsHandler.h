@@ -44,6 +44,8 @@ public:
     void InputRefused(const MPIPeerC& peer, std::uint64_t offset, const std::string& reason) override
     {
         logs[peer.connection] += "refused at " + std::to_string(offset) + ": " + reason + "\n";
+        if (onRefusal)
+            onRefusal(peer);
     }
     void PeerTurnedAway(const MPIPeerC&) override { ++turnedAway; }
     void PeerDisconnected(const MPIPeerC& peer) override { logs[peer.connection] += "disconnected\n"; }
@@ -56,6 +58,7 @@ public:
     std::function<void(const MPIPeerC&)> onIntroduction;
     std::function<void(const MPIPeerC&)> onNotification;
     std::function<void(const MPIPeerC&)> onBatch;
+    std::function<void(const MPIPeerC&)> onRefusal;
 };
 
 } // namespace HostTest

@@ -8,6 +8,7 @@
 #include <string>
 #include <tuple>
 #include <type_traits>
+#include <unistd.h>
 
 namespace
 {
@@ -136,6 +137,32 @@ TEST(HostVirtualSlots, AreFilledByTheClassesThatProgramsInTheFieldExpect)
     const MPISocketClientC client(false);
     EXPECT_EQ(Overridden(socket, connection, 12), "5 ") << "the connection overrides Connected";
     EXPECT_EQ(Overridden(connection, client, 22), "16 ") << "the client overrides CheckCallbacks";
+}
+
+/// Watches a descriptor without saying what to do about it.
+class Watching : public MPISocketClientC
+{
+public:
+    explicit Watching(int reader) : MPISocketClientC(false), m_reader(reader) {}
+    int GetExtraReader() override { return m_reader; }
+
+private:
+    const int m_reader;
+};
+
+TEST(HostVirtualSlots, ReadExtraLeavesTheInputAloneByDefault)
+{
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(write(ends[1], "x", 1), 1);
+    Watching client(ends[0]);
+    client.SetTimeout(-1);
+    EXPECT_EQ(client.ProcessMessages(true), 0) << "the wait ends";
+    char byte = 0;
+    EXPECT_EQ(read(ends[0], &byte, 1), 1);
+    EXPECT_EQ(byte, 'x');
+    close(ends[0]);
+    close(ends[1]);
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -131,6 +132,7 @@ TEST(HostElements, AreNullAsAnythingElse)
     EXPECT_EQ(atom.AsAtom(), &atom);
     EXPECT_EQ(atom.AsList(), nullptr);
     EXPECT_EQ(atom.AsDictionary(), nullptr);
+    EXPECT_EQ(std::as_const(atom).AsDictionary(), nullptr);
     EXPECT_EQ(list.AsAtom(), nullptr);
     EXPECT_EQ(list.AsList(), &list);
     EXPECT_EQ(list.AsDictionary(), nullptr);

@@ -57,6 +57,25 @@ TEST_F(HostDelivery, ANoHoldsToTheEndOfABatch)
     EXPECT_TRUE(Eventually([&] { return m_client->VerifyConnection(); }));
 }
 
+TEST_F(HostDelivery, ANoHoldsToTheEndOfABatchAlthoughTheReceiverWelcomesMeanwhile)
+{
+    m_client->BeginBatch();
+    std::int64_t number = 0;
+    while (m_client->VerifyConnection())
+        ASSERT_TRUE(Send(static_cast<std::uint64_t>(++number), 1000));
+    Say(Welcome(0));
+    while (m_client->WaitingCount() > 0)
+    {
+        Peer().ReceivePending();
+        m_client->ProcessMessages(false);
+    }
+    Say(Acknowledgement(number));
+    ASSERT_TRUE(m_client->Welcomed() && m_client->HasRoom());
+    EXPECT_FALSE(m_client->VerifyConnection()) << "what met a no comes first";
+    m_client->EndBatch();
+    EXPECT_TRUE(Eventually([&] { return m_client->VerifyConnection(); }));
+}
+
 TEST_F(HostDelivery, ANoForWantOfRoomHoldsForAMomentOnly)
 {
     Say(Welcome(0));

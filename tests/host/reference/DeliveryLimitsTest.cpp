@@ -2,11 +2,13 @@
 #include <MPI/BEncoderC.h>
 
 #include <chrono>
+#include <functional>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <thread>
+#include <utility>
 
 #include "host/reference/DeliveryFixture.h"
 
@@ -131,6 +133,32 @@ TEST_F(HostDelivery, WaitUntilAcknowledgedEndsWithTheTime)
     EXPECT_FALSE(m_client->WaitUntilAcknowledged(50));
     EXPECT_GE(Clock::now() - before, std::chrono::milliseconds(50));
     EXPECT_FALSE(m_client->WaitUntilAcknowledged(0));
+}
+
+/// Does something when it first waits.
+class Waiting : public MPISocketClientC
+{
+public:
+    Waiting() : MPISocketClientC(true) {}
+    int GetExtraReader() override
+    {
+        if (const auto now = std::exchange(onWait, nullptr))
+            now();
+        return -1;
+    }
+
+    std::function<void()> onWait;
+};
+
+TEST_F(HostDelivery, WaitUntilAcknowledgedWaitsWithoutLimitIfTold)
+{
+    Waiting client;
+    ASSERT_TRUE(client.Connect("127.0.0.1", m_listener.Port(), 30000));
+    AcceptNext();
+    ASSERT_TRUE(client.SendNotification("RaiseError", nullptr));
+    client.onWait = [this] { Peer().Send(Welcome(0) + Acknowledgement(1)); };
+    EXPECT_TRUE(client.WaitUntilAcknowledged(-1));
+    EXPECT_FALSE(client.onWait) << "it has waited";
 }
 
 TEST_F(HostDelivery, WaitUntilAcknowledgedSeesItThroughALoss)

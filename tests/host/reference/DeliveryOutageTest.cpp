@@ -133,6 +133,21 @@ TEST_F(HostDelivery, OddThingsSaidChangeNothing)
     EXPECT_EQ(m_client->UnacknowledgedCount(), 1u) << "an older one";
 }
 
+TEST_F(HostDelivery, AWelcomeHeardAfterTheConnectionHasGoneCountsForTheNext)
+{
+    m_client->RegisterCallback("bye", [this](BListC*) { m_client->Close(); });
+    SendAll(1, 3);
+    Received(3);
+    Say("d4:argsle4:name3:byee" + Welcome(2));
+    EXPECT_FALSE(m_client->Welcomed());
+    EXPECT_EQ(m_client->UnacknowledgedCount(), 1u);
+    SendAll(4, 4);
+    AwaitNext();
+    EXPECT_EQ(ReceivedInTheEnd(), Numbers()) << "whoever this is";
+    Say(Welcome(2));
+    EXPECT_EQ(Received(2), (Numbers{3, 4}));
+}
+
 TEST_F(HostDelivery, AReceiverThatStaysSilentAfterAnotherHadWelcomedGetsTheRestOnce)
 {
     Say(Welcome(0));
@@ -185,6 +200,47 @@ TEST_F(HostDelivery, ASecondSilentReceiverGetsOnlyWhatTheFirstHasNotHadAndALateW
     AwaitNext();
     Say(Welcome(0));
     EXPECT_EQ(Received(3), (Numbers{1, 2, 3})) << "who keeps account gets all";
+}
+
+/// So many bytes, sent by a client whose turns they take.
+std::string ReceivedDuringTurns(MPISocketClientC& client, CRawConnection& peer, std::size_t size)
+{
+    std::string bytes;
+    EXPECT_TRUE(Eventually(
+        [&]
+        {
+            client.ProcessMessages(false);
+            bytes += peer.ReceivePending();
+            return bytes.size() >= size;
+        }));
+    return bytes;
+}
+
+TEST_F(HostDelivery, WhatIsNoNotificationGoesOutOnceWhoeverGetsTheRestAgain)
+{
+    BAtomC atom(7);
+    Received(0);
+    Say(Welcome(0));
+    SendAll(1, 1);
+    ASSERT_TRUE(m_client->SendMessageElement(&atom));
+    SendAll(2, 2);
+    const std::string mixed = Notification(1) + "i7e" + Notification(2);
+    EXPECT_EQ(ReceivedDuringTurns(*m_client, Peer(), mixed.size()), mixed);
+    EndConnection();
+    AwaitNext(); // to one that stays silent
+    const std::string both = Notification(1) + Notification(2);
+    EXPECT_EQ(ReceivedDuringTurns(*m_client, Peer(), both.size()), both);
+    ASSERT_TRUE(m_client->SendMessageElement(&atom));
+    SendAll(3, 3);
+    EXPECT_EQ(ReceivedDuringTurns(*m_client, Peer(), 3 + Notification(3).size()), "i7e" + Notification(3));
+    EndConnection();
+    SendAll(4, 4);
+    AwaitNext(); // to another
+    EXPECT_EQ(ReceivedDuringTurns(*m_client, Peer(), Notification(4).size()), Notification(4));
+    EndConnection();
+    AwaitNext();
+    Say(Welcome(0));
+    EXPECT_EQ(Received(4), (Numbers{1, 2, 3, 4})) << "who keeps account gets all notifications";
 }
 
 } // namespace

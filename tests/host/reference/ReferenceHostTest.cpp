@@ -292,4 +292,41 @@ TEST(ReferenceHost, CallsAPeerThatHasGoneUnknown)
     EXPECT_EQ(connection.PeerName(), "unknown");
 }
 
+/// A connection without a session, as an owner has them.
+class Plain : public MPISocketConnectionC
+{
+public:
+    using MPISocketConnectionC::Bridges;
+};
+
+TEST(ReferenceHost, AConnectionWithoutASessionKeepsOneMebibyteAndPromisesNothing)
+{
+    CRawListener listener;
+    CRawConnection peer = CRawConnection::To("127.0.0.1", listener.Port());
+    CRawConnection accepted = listener.Accept();
+    Plain connection;
+    connection.Accept(dup(accepted.Descriptor()));
+    accepted.Close();
+    BListC arguments;
+    arguments.Append(std::make_unique<BAtomC>(std::string(60000, 'x')));
+    std::size_t sent = 0;
+    while (connection.SendNotification("a", &arguments))
+        sent += 60025;
+    EXPECT_GT(connection.BytesWaiting(), kOutboxBytes - kLargestMessage);
+    EXPECT_LE(connection.BytesWaiting(), kOutboxBytes);
+    EXPECT_FALSE(connection.Welcomed());
+    EXPECT_FALSE(connection.Bridges());
+    EXPECT_EQ(connection.UnacknowledgedCount(), 0u);
+    EXPECT_TRUE(connection.WaitUntilAcknowledged(0)) << "nothing is going to be";
+    std::size_t received = 0;
+    EXPECT_TRUE(Eventually(
+        [&]
+        {
+            connection.ProcessMessages(false);
+            received += peer.ReceivePending().size();
+            return received == sent;
+        }));
+    EXPECT_TRUE(connection.SendNotification("a", &arguments)) << "there is room again";
+}
+
 } // namespace

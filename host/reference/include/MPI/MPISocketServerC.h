@@ -168,7 +168,8 @@ public:
     /// Connections that are up.
     std::size_t ConnectionCount() const;
 
-    /// Stops listening and ends all connections; the handler is told of each. Listen may follow.
+    /// Stops listening and ends all connections; the handler is told of each. Listen may follow. Of the
+    /// handler's calls, only PeerDisconnected may call it.
     void Close();
 
 private:

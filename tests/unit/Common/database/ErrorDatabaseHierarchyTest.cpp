@@ -289,6 +289,19 @@ TEST_F(ErrorDatabaseHierarchyTest, EachOfTwoCyclesIsNamed)
     EXPECT_EQ(Warned({kC, kTop}).size(), 1u) << m_warned;
 }
 
+TEST_F(ErrorDatabaseHierarchyTest, BothCyclesBelowAnErrorAreNamedAndNotTheError)
+{
+    Add(kTop, {{kA}, {kC}});
+    Add(kA, {{kB}});
+    Add(kB, {{kA}});
+    Add(kC, {{kLeaf}});
+    Add(kLeaf, {{kC}});
+    Load();
+    EXPECT_EQ(Warned({kA, kB}).size(), 1u) << m_warned;
+    EXPECT_EQ(Warned({kC, kLeaf}).size(), 1u) << m_warned;
+    EXPECT_EQ(Warned({kTop}), Lines{}) << m_warned;
+}
+
 TEST_F(ErrorDatabaseHierarchyTest, BesideACycleEverythingIsCounted)
 {
     Add(kA, {{kB}});

@@ -100,6 +100,8 @@ const SOperation kOperations[] = {
      [](CErrorDatabaseView& view, CErrorDatabase& db)
      { return std::to_string(view.UpdateErrorStatus(db, true)); },
      "0", "1", false, true, false, false},
+    {"WaitForChange", [](CErrorDatabaseView& view, CErrorDatabase&) { return Text(view.WaitForChange(0)); },
+     "false", "true", false, true, false, false},
     {"RetrieveAllErrors", [](CErrorDatabaseView& view, CErrorDatabase&) { return AllErrors(view); },
      "0 appended", "4 appended", true, true, false, true},
     {"RetrieveErrorDetails", [](CErrorDatabaseView& view, CErrorDatabase&) { return Details(view); },

@@ -98,6 +98,16 @@ TEST_F(ErrorDatabaseViewRetrievalTest, UpdatingBeforeAnySynchronisationFindsNoth
     EXPECT_EQ(m_reader.UpdateErrorStatus(m_database, false), 0);
 }
 
+TEST_F(ErrorDatabaseViewRetrievalTest, AnOwnersInitialiseDoesNothing)
+{
+    Raise(1);
+    const std::string bytes = Bytes();
+    m_owner.Initialise();
+    EXPECT_EQ(Bytes(), bytes);
+    EXPECT_FALSE(m_owner.Failed());
+    EXPECT_EQ(m_owner.Synchronise(m_database), 0);
+}
+
 TEST_F(ErrorDatabaseViewRetrievalTest, UpdatingACopyThatWasNeverInitialisedIsSafe)
 {
     Raise(1);

@@ -1,6 +1,8 @@
 #include "support/CapturedOutput.h"
 #include "unit/Common/view/ReaderFixture.h"
 
+#include "Common/view/TableSignal.h"
+
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -167,6 +169,14 @@ TEST_F(ErrorDatabaseViewSignalTest, AnOwningViewIsRefused)
 }
 
 // ---- Sleeping
+
+TEST(TableSignalTest, WhoHasMissedAChangeDoesNotSleep)
+{
+    SStatusTable table = {};
+    TableSignal::Count(table);
+    EXPECT_TRUE(TableSignal::Sleep(table, 0, -1)) << "it would be for ever";
+    EXPECT_FALSE(TableSignal::Sleep(table, TableSignal::Changes(table), 1)) << "the time is over";
+}
 
 const std::string kSleeps = "voluntary_ctxt_switches:";
 
