@@ -80,6 +80,7 @@ constexpr SFailure kFailures[] = {
     {"socket", EMFILE, 0, "port 0 on 127.0.0.1: Too many open files"},
     {"bind", EACCES, 0, "port 0 on 127.0.0.1: Permission denied"},
     {"listen", EINVAL, 0, "port 0 on 127.0.0.1: Invalid argument"},
+    {"getsockname", ENOBUFS, 0, "port 0 on 127.0.0.1: No buffer space available"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Failure, HostServerListening, testing::ValuesIn(kFailures));

@@ -25,7 +25,6 @@ bool LoopbackListeners::Open(unsigned short port)
     {
         if (OpenBoth(port, problem))
         {
-            m_port = SocketAddress::Own(m_descriptors.front().Number()).Port();
             m_error.clear();
             return true;
         }
@@ -40,21 +39,29 @@ bool LoopbackListeners::OpenBoth(unsigned short port, int& problem)
 {
     if (!OpenOne(SocketAddress::LoopbackIPv4(port), problem))
         return false;
-    const unsigned short samePort = SocketAddress::Own(m_descriptors.front().Number()).Port();
-    return OpenOne(SocketAddress::LoopbackIPv6(samePort), problem) || MeansNoSuchFamily(problem);
+    m_port = SocketAddress::Own(m_descriptors.front().Number()).Port();
+    if (m_port == 0)
+    {
+        problem = errno;
+        return Fail(SocketAddress::LoopbackIPv4(port), problem);
+    }
+    return OpenOne(SocketAddress::LoopbackIPv6(m_port), problem) || MeansNoSuchFamily(problem);
 }
 
 bool LoopbackListeners::OpenOne(const SocketAddress& address, int& problem)
 {
     FileDescriptor descriptor = SocketCalls::Listen(address, problem);
     if (!descriptor.Valid())
-    {
-        m_error = "port " + std::to_string(address.Port()) + " on " + address.Host() + ": " +
-                  std::strerror(problem);
-        return false;
-    }
+        return Fail(address, problem);
     m_descriptors.push_back(std::move(descriptor));
     return true;
+}
+
+bool LoopbackListeners::Fail(const SocketAddress& address, int problem)
+{
+    m_error =
+        "port " + std::to_string(address.Port()) + " on " + address.Host() + ": " + std::strerror(problem);
+    return false;
 }
 
 void LoopbackListeners::Close()

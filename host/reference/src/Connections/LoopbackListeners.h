@@ -28,6 +28,7 @@ public:
 private:
     bool OpenBoth(unsigned short port, int& problem);
     bool OpenOne(const SocketAddress& address, int& problem);
+    bool Fail(const SocketAddress& address, int problem);
 
     std::vector<FileDescriptor> m_descriptors;
     unsigned short m_port = 0;
