@@ -138,6 +138,18 @@ pid_t LastLocker(int semaphore)
     return semctl(semaphore, 0, GETPID);
 }
 
+std::int64_t LockUsed(int semaphore)
+{
+    struct semid_ds description = {};
+    union
+    {
+        int val;
+        struct semid_ds* buf;
+    } argument = {}; // passed as the union that the call takes: some machines pass those by address
+    argument.buf = &description;
+    return semctl(semaphore, 0, IPC_STAT, argument) == 0 ? description.sem_otime : 0;
+}
+
 int TakeDownLock(int semaphore)
 {
     // Not by SETVAL, which would also forget what the system owes to processes that hold the lock.

@@ -65,6 +65,10 @@ int LockValue(int semaphore);
 /// told.
 pid_t LastLocker(int semaphore);
 
+/// When somebody operated on the lock last, also by ending, in seconds since 1970; 0 if nobody has or it
+/// cannot be told.
+std::int64_t LockUsed(int semaphore);
+
 /// Takes the lock's value down to 0 for good, without waiting: to be done before an owner makes the lock
 /// available. What a killed owner has left would come on top of that and let two processes in at once.
 /// @return by how much

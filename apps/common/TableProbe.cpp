@@ -125,6 +125,8 @@ STableFacts ProbeTable(const std::vector<int>& ownAttachments)
     facts.semaphore = FindSemaphore(facts.key);
     if (facts.segment != -1)
         facts.state = Examine(facts, ownAttachments);
+    if (facts.state == etsOwnerGone)
+        facts.lastSeen = LockUsed(facts.semaphore); // ending, the owner gave the lock up
     return facts;
 }
 

@@ -7,6 +7,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -31,13 +32,14 @@ struct STableFacts
 {
     ETableState state = etsAbsent;
     key_t key = -1;
-    int segment = -1;       ///< system's number of the segment, -1 if there is none
-    int semaphore = -1;     ///< of the semaphore set, likewise
-    SSegmentFacts details;  ///< zero as far as they may not be read
-    bool userKnown = false; ///< is details.user the segment's user?
-    int error = 0;          ///< if failed, errno
-    pid_t holder = -1;      ///< if busy, the process that operated on the lock last
-    SStatusTable table;     ///< copy of the table; only if ready or not ready
+    int segment = -1;          ///< system's number of the segment, -1 if there is none
+    int semaphore = -1;        ///< of the semaphore set, likewise
+    SSegmentFacts details;     ///< zero as far as they may not be read
+    bool userKnown = false;    ///< is details.user the segment's user?
+    int error = 0;             ///< if failed, errno
+    pid_t holder = -1;         ///< if busy, the process that operated on the lock last
+    std::int64_t lastSeen = 0; ///< if the owner has ended, when that was, in seconds since 1970; 0 if unknown
+    SStatusTable table;        ///< copy of the table; only if ready or not ready
 };
 
 /// Looks whether there is a table and an owner, and copies the table under its lock. Makes nothing, prints

@@ -1,6 +1,9 @@
 #include "faultkeeperctl/Display.h"
 
+#include "common/ConfigurationFingerprint.h"
 #include "common/ErrorNames.h"
+#include "faultkeeperctl/owner/OwnerStatistics.h"
+#include "faultkeeperctl/text/TimeText.h"
 
 #include <Faultkeeper/ErrorPresentation.h>
 
@@ -8,6 +11,7 @@
 
 #include <poll.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -20,6 +24,7 @@ namespace Faultkeeper::Apps
 namespace
 {
 constexpr int kCopyAttempts = 20;
+constexpr std::chrono::milliseconds kAnswerPatience(500);
 
 bool Raised(const SErrorEntry& record)
 {
@@ -84,6 +89,22 @@ void CDisplay::RequirePicture()
 {
     if (Refresh() != etsReady)
         throw CFailure(StatusOf(m_facts.state), StateText(m_facts, m_settings.runDirectory));
+    WarnOfOtherConfiguration();
+}
+
+void CDisplay::WarnOfOtherConfiguration() const
+{
+    SOwnerStatistics statistics;
+    // The port has one owner, which may be that of another directory.
+    if (AskOwner(kAnswerPatience, statistics) != eoaAnswered ||
+        statistics.Text("runDirectory") != m_settings.runDirectory ||
+        statistics.Text("configuration") == ConfigurationFingerprint(*m_database))
+        return;
+    std::fprintf(
+        stderr,
+        "faultkeeperctl: the owner has loaded another configuration than the one in %s; what is shown may "
+        "be wrong\n",
+        m_settings.configuration.c_str());
 }
 
 // Finds out how the table stands, and attaches to a table that has been removed and made anew.
@@ -161,7 +182,10 @@ std::string StateText(const STableFacts& facts, const std::string& directory)
 {
     if (facts.state == etsBusy && facts.holder <= 0)
         return "the table in " + directory + " is locked again and again, so that it cannot be copied";
-    return Describe(facts, directory);
+    const std::string text = Describe(facts, directory);
+    return facts.state == etsOwnerGone && facts.lastSeen > 0
+               ? text + ", last seen " + TimeOrNever(facts.lastSeen)
+               : text;
 }
 
 EProgramStatus StatusOf(ETableState state)

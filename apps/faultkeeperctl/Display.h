@@ -37,9 +37,13 @@ public:
     /// handled. Without a table that is ready it is the time that ends it.
     void Wait(int timeoutMilliseconds);
 
-    /// The same as Refresh for commands that show one picture and end.
+    /// The same as Refresh for commands that show one picture and end; warns of another configuration, too.
     /// @throws CFailure if there is no table that is ready; its message says why
     void RequirePicture();
+
+    /// Tells on standard error if the owner has loaded another configuration: names and texts may be of other
+    /// errors then, and some may be missing. An owner that cannot be asked is none of its business.
+    void WarnOfOtherConfiguration() const;
 
     /// What the last Refresh found.
     const STableFacts& Facts() const { return m_facts; }

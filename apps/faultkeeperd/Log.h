@@ -12,6 +12,13 @@ void LogError(const std::string& text);
 void LogWarning(const std::string& text);
 void LogInfo(const std::string& text);
 
+/// From here on the same line is written at most once a second, with the number of those left out.
+void LimitLog();
+
+/// Writes what is due of the lines that were left out: to be called about once a second, and with `all` at
+/// the end.
+void LogLeftOut(bool all);
+
 /// The text as a log line may hold it: control characters as \xNN, and no more than its first 80 bytes.
 std::string Quoted(const std::string& text);
 

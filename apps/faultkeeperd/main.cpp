@@ -54,9 +54,8 @@ bool Own(const COptions& options)
     const SStoreSettings store = StoreSettings(options, runDirectory);
     if (!ConfigurationUsable(configuration) || !Enter(runDirectory))
         return false;
-    CService service(store, options.Connections());
-    return service.Listen(options.Port()) && service.Claim(runDirectory) && service.Load(configuration) &&
-           service.Run();
+    CService service(runDirectory, store, options.Connections());
+    return service.Listen(options.Port()) && service.Claim() && service.Load(configuration) && service.Run();
 }
 } // namespace
 
@@ -68,7 +67,10 @@ int main(int argumentCount, char** arguments)
         const COptions options(argumentCount, arguments);
         if (!options.Run())
             return options.ExitStatus();
-        return Own(options) ? 0 : 1;
+        LimitLog();
+        const bool done = Own(options);
+        LogLeftOut(true);
+        return done ? 0 : 1;
     }
     catch (const std::exception& failure)
     {

@@ -151,3 +151,28 @@ TEST_F(BusyLock, IsNamedWithItsHolderInTheLog)
     EXPECT_TRUE(holder.Release());
     EXPECT_TRUE(owner->SaysInTime("info: the shared table is free again"));
 }
+
+TEST_F(BusyLock, AdmitsOneAtATimeWithAReaderStoppedWhileOwnersComeAndGo)
+{
+    auto owner = StartOwner();
+    CLockHolder reader;
+    reader.Process().Signal(SIGSTOP);
+    for (int round = 1; round <= 3; ++round)
+    {
+        Report("confirm raise 0x40C09 9 clear 0x40C09 9");
+        Kill(*owner);
+        owner = StartOwner();
+        EXPECT_EQ(Record(kLinkSensor).counter1, round);
+    }
+    reader.Process().Signal(SIGCONT);
+    EXPECT_TRUE(reader.Release()); // one too much
+    EXPECT_TRUE(owner->SaysInTime("warning: the lock of the shared table was too high by 1"));
+    EXPECT_TRUE(WaitUntil([&] { return m_directory.SemaphoreValue() == 1; }));
+    CLockHolder another; // keeps everybody else out again
+    EXPECT_EQ(m_directory.SemaphoreValue(), 0);
+    Report("confirm raise 0x4281B 2");
+    EXPECT_TRUE(owner->SaysInTime("unable to obtain lock"));
+    EXPECT_EQ(Record(kDataSensor).flags, 0);
+    EXPECT_TRUE(another.Release());
+    EXPECT_TRUE(WaitUntil([&] { return Record(kDataSensor).flags == kRaisedFlag; }));
+}

@@ -56,6 +56,8 @@ Json StatusDocument(const STableFacts& facts, const SSettings& settings)
     document["owner"] = OwnerKnown(facts.state) ? Json(OwnerPresent(facts.state)) : Json();
     document["ready"] = facts.state == etsReady;
     document["message"] = StateText(facts, settings.runDirectory);
+    if (facts.state == etsOwnerGone)
+        SetTime(document, "lastSeen", facts.lastSeen);
     if (!HasCopy(facts))
         return document;
     document["records"] = RecordCount(facts.table);

@@ -107,6 +107,8 @@ EProgramStatus Watch(const SSettings& settings)
         const ETableState now = display.Refresh();
         if (now == before && !display.Changed())
             continue;
+        if (now == etsReady && before != etsReady)
+            display.WarnOfOtherConfiguration(); // it may be another owner
         Draw(display, settings, false);
         if (endRequested == 0)
             std::this_thread::sleep_for(kDrawingPause);

@@ -14,6 +14,7 @@ void AddHistory(CCommandLine& commandLine);
 void AddWatch(CCommandLine& commandLine);
 void AddDecode(CCommandLine& commandLine);
 void AddActive(CCommandLine& commandLine);
+void AddStatistics(CCommandLine& commandLine);
 void AddTable(CCommandLine& commandLine);
 void AddHierarchy(CCommandLine& commandLine);
 void AddTree(CCommandLine& commandLine);
@@ -34,6 +35,7 @@ inline void AddCommands(CCommandLine& commandLine)
     AddTree(commandLine);
     AddSymbols(commandLine);
     AddStrings(commandLine);
+    AddStatistics(commandLine);
     AddTable(commandLine);
 }
 

@@ -7,6 +7,7 @@
 #include "faultkeeperd/store/StateKeeper.h"
 
 #include <MPI/BAtomC.h>
+#include <MPI/BDictionaryC.h>
 #include <MPI/BListC.h>
 
 #include <algorithm>
@@ -104,7 +105,6 @@ CSessions::SSession* CNotificationHandler::Session(const MPIPeerC& peer)
 /// Numbers count within a session only.
 bool CNotificationHandler::IsNew(const MPIPeerC& peer, std::uint64_t number)
 {
-    ++m_counts.received;
     CSessions::SSession* const session = number != 0 ? Session(peer) : nullptr;
     const bool isNew = session == nullptr || CSessions::Take(*session, number);
     m_counts.repeated += isNew ? 0 : 1;
@@ -119,6 +119,7 @@ bool CNotificationHandler::NumbersReceived(const MPIPeerC& peer, const MPINumber
     if ((!raised && notification.name != "ClearError") || notification.count < kIdentifierArguments ||
         notification.count > most || !std::all_of(notification.arguments, end, FitsInt))
         return MPIServerHandlerC::NumbersReceived(peer, notification); // to be told in words
+    ++m_counts.received;
     if (IsNew(peer, notification.number))
         Apply(peer, notification.offset, static_cast<int>(notification.arguments[0]),
               static_cast<int>(notification.arguments[1]), raised);
@@ -127,7 +128,12 @@ bool CNotificationHandler::NumbersReceived(const MPIPeerC& peer, const MPINumber
 
 bool CNotificationHandler::NotificationReceived(const MPIPeerC& peer, const MPINotificationC& notification)
 {
-    if (!IsNew(peer, notification.number))
+    const bool isNew = IsNew(peer, notification.number);
+    if (notification.name == "Statistics")
+        AnswerStatistics(peer);
+    else
+        ++m_counts.received;
+    if (!isNew || notification.name == "Statistics")
         return true;
     if (notification.name == "RaiseError")
         ApplyReport(peer, notification, true);
@@ -136,6 +142,12 @@ bool CNotificationHandler::NotificationReceived(const MPIPeerC& peer, const MPIN
     else
         TellUnknown(peer, notification);
     return true;
+}
+
+void CNotificationHandler::AnswerStatistics(const MPIPeerC& peer)
+{
+    if (m_server != nullptr && m_statistics)
+        m_server->Answer(peer.connection, *m_statistics());
 }
 
 void CNotificationHandler::TellUnknown(const MPIPeerC& peer, const MPINotificationC& notification)
@@ -187,6 +199,7 @@ void CNotificationHandler::InputRefused(const MPIPeerC& peer, std::uint64_t offs
 
 void CNotificationHandler::PeerTurnedAway(const MPIPeerC& peer)
 {
+    ++m_counts.turnedAway;
     LogWarning(peer.name + ": turned away, there are too many connections");
 }
 

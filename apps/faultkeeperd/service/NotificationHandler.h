@@ -6,10 +6,16 @@
 
 #include <MPI/MPISocketServerC.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
+
+class BDictionaryC;
 
 namespace Faultkeeper::Apps
 {
@@ -22,9 +28,10 @@ struct SReportCounts
 {
     std::uint64_t received = 0;
     std::uint64_t applied = 0;
-    std::uint64_t repeated = 0;  ///< sent again although they had been applied
-    std::uint64_t unknown = 0;   ///< of an error that is not configured, or of another name
-    std::uint64_t malformed = 0; ///< with wrong arguments; also input that was no message
+    std::uint64_t repeated = 0;   ///< sent again although they had been applied
+    std::uint64_t unknown = 0;    ///< of an error that is not configured, or of another name
+    std::uint64_t malformed = 0;  ///< with wrong arguments; also input that was no message
+    std::uint64_t turnedAway = 0; ///< connections, because there were too many
 };
 
 /// Passes what reporting processes send to the owner, and logs what can't be passed.
@@ -32,6 +39,8 @@ struct SReportCounts
 /// "RaiseError" takes a problem code, a failure mode and perhaps a third number that means nothing;
 /// "ClearError" takes a problem code and a failure mode. A notification that is anything else is logged and
 /// skipped; its connection stays.
+///
+/// "Statistics" is a request: it is answered with a dictionary.
 ///
 /// A client that introduces itself is welcomed with the number up to which its session has been applied and
 /// stored. What it has sent again and was applied before is skipped. It is acknowledged what is stored;
@@ -53,10 +62,17 @@ public:
     /// Through whom to answer; nobody is answered without.
     void Server(MPISocketServerC* server) { m_server = server; }
 
+    /// What to answer to "Statistics"; nothing without.
+    void Statistics(std::function<std::unique_ptr<BDictionaryC>()> statistics)
+    {
+        m_statistics = std::move(statistics);
+    }
+
     /// All that was applied so far is stored, or cannot be just now: acknowledges it.
     void Acknowledge();
 
     const SReportCounts& Counts() const { return m_counts; }
+    std::size_t SessionCount() const { return m_sessions.Count(); }
 
     void PeerIntroduced(const MPIPeerC& peer) override;
     bool NumbersReceived(const MPIPeerC& peer, const MPINumbersC& notification) override;
@@ -71,6 +87,7 @@ private:
     void KeepSession(const MPIPeerC& peer, const CSessions::SSession& session, std::int64_t left);
     void ForgetSessions();
     bool IsNew(const MPIPeerC& peer, std::uint64_t number);
+    void AnswerStatistics(const MPIPeerC& peer);
     void TellUnknown(const MPIPeerC& peer, const MPINotificationC& notification);
     void ApplyReport(const MPIPeerC& peer, const MPINotificationC& notification, bool raised);
     void Apply(const MPIPeerC& peer, std::uint64_t offset, int problemCode, int problemType, bool raised);
@@ -78,6 +95,7 @@ private:
     COwner* m_owner;
     CStateKeeper* m_keeper;
     MPISocketServerC* m_server;
+    std::function<std::unique_ptr<BDictionaryC>()> m_statistics;
     SReportCounts m_counts;
     CSessions m_sessions;
     std::map<std::uint64_t, CSessions::SSession*>

@@ -5,6 +5,10 @@
 #include "faultkeeperd/owner/FormerState.h"
 #include "faultkeeperd/store/BootClock.h"
 
+#include <Faultkeeper/Version.h>
+
+#include <MPI/BDictionaryC.h>
+
 #include <poll.h>
 
 #include <cerrno>
@@ -35,8 +39,8 @@ bool WaitForInput(struct pollfd* descriptors, nfds_t count, int timeoutMilliseco
 }
 } // namespace
 
-CService::CService(const SStoreSettings& store, std::size_t connections)
-    : m_server(m_handler), m_keeper(store)
+CService::CService(const std::string& runDirectory, const SStoreSettings& store, std::size_t connections)
+    : m_runDirectory(runDirectory), m_begin(Clock::now()), m_server(m_handler), m_keeper(store)
 {
     m_server.MaximumConnections(connections);
     m_handler.Server(&m_server);
@@ -51,11 +55,11 @@ bool CService::Listen(unsigned short port)
     return false;
 }
 
-bool CService::Claim(const std::string& runDirectory)
+bool CService::Claim()
 {
     const bool taken = m_claim.Take();
     if (!taken)
-        LogError("another owner uses " + runDirectory);
+        LogError("another owner uses " + m_runDirectory);
     return taken;
 }
 
@@ -68,10 +72,11 @@ bool CService::Load(const std::string& configurationPrefix)
         LogError("the configuration in " + configurationPrefix + " could not be loaded");
         return false;
     }
-    const SFormerState former =
-        FindFormerState(m_keeper, *m_database, BootId(), ConfigurationFingerprint(*m_database));
+    m_fingerprint = ConfigurationFingerprint(*m_database);
+    const SFormerState former = FindFormerState(m_keeper, *m_database, BootId(), m_fingerprint);
     m_owner = std::make_unique<COwner>(*m_database, m_keeper, former);
     m_handler.Begin(*m_owner, m_keeper, former.sessions);
+    m_handler.Statistics([this] { return StatisticsMessage(Statistics()); });
     return Settle();
 }
 
@@ -86,7 +91,41 @@ bool CService::Run()
 int CService::MillisecondsToWork() const
 {
     const Clock::time_point now = Clock::now();
-    return Sooner(m_owner->MillisecondsToPublish(now), m_keeper.MillisecondsToCommit(now));
+    const int settling = Sooner(m_owner->MillisecondsToPublish(now), m_keeper.MillisecondsToCommit(now));
+    return Sooner(settling, m_serviceManager.MillisecondsToAlive(now));
+}
+
+SStatistics CService::Statistics() const
+{
+    const SReportCounts& counts = m_handler.Counts();
+    const CStateKeeper::SStatistics& storing = m_keeper.Statistics();
+    const auto number = [](auto value) { return static_cast<std::int64_t>(value); };
+    SStatistics statistics;
+    statistics.numbers = {
+        {"received", number(counts.received)},
+        {"applied", number(counts.applied)},
+        {"repeated", number(counts.repeated)},
+        {"unknown", number(counts.unknown)},
+        {"malformed", number(counts.malformed)},
+        {"turnedAway", number(counts.turnedAway)},
+        {"connections", number(m_server.ConnectionCount())},
+        {"sessions", number(m_handler.SessionCount())},
+        {"lockRetries", number(m_owner->LockRetries())},
+        {"lockSurplus", number(m_owner->LockWatch().Surplus())},
+        {"waiting", number(m_owner->Publisher().Waiting())},
+        {"commits", number(storing.commits)},
+        {"commitFailures", number(storing.failures)},
+        {"journalLength", number(m_keeper.JournalLength())},
+        {"journalLost", number(storing.lostTransitions)},
+        {"uptime", number(std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - m_begin).count())},
+    };
+    statistics.texts = {
+        {"acknowledged", m_keeper.Storing() ? "stored" : "applied"},
+        {"configuration", m_fingerprint},
+        {"runDirectory", m_runDirectory},
+        {"version", FAULTKEEPER_VERSION},
+    };
+    return statistics;
 }
 
 bool CService::Turn()
@@ -111,6 +150,8 @@ bool CService::Settle()
     const bool published = Publish();
     if (m_keeper.Commit(Clock::now()))
         m_handler.Acknowledge();
+    m_serviceManager.Alive(Clock::now());
+    LogLeftOut(false);
     return published;
 }
 
@@ -123,9 +164,11 @@ bool CService::Publish()
         LogError("the shared table has failed; nothing can be published any more");
         return false;
     }
-    if (!wasReady && m_owner->Publisher().Ready())
-        LogInfo("ready: " + std::to_string(m_database->GetErrorList().size()) + " errors, port " +
-                std::to_string(m_server.Port()));
+    if (wasReady || !m_owner->Publisher().Ready())
+        return true;
+    LogInfo("ready: " + std::to_string(m_database->GetErrorList().size()) + " errors, port " +
+            std::to_string(m_server.Port()));
+    m_serviceManager.Ready();
     return true;
 }
 
@@ -133,6 +176,7 @@ bool CService::End()
 {
     // The port stays ours to the last: another owner must not take over the table while this one still writes
     // it.
+    m_serviceManager.Stopping();
     m_owner->Withdraw();
     for (int attempt = 0; attempt < kEndingTries && !m_owner->Failed(); ++attempt)
     {

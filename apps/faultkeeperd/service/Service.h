@@ -4,7 +4,9 @@
 #include "faultkeeperd/owner/Owner.h"
 #include "faultkeeperd/owner/OwnerClaim.h"
 #include "faultkeeperd/service/NotificationHandler.h"
+#include "faultkeeperd/service/ServiceManager.h"
 #include "faultkeeperd/service/Signals.h"
+#include "faultkeeperd/service/Statistics.h"
 #include "faultkeeperd/store/StateKeeper.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
@@ -25,17 +27,17 @@ namespace Faultkeeper::Apps
 class CService
 {
 public:
-    /// @param store  where to keep the state over the owner's end; an empty path: nowhere
-    /// @param connections  how many may be up
-    CService(const SStoreSettings& store, std::size_t connections);
+    /// @param runDirectory  the working directory's name for people
+    /// @param store         where to keep the state over the owner's end; an empty path: nowhere
+    /// @param connections   how many may be up
+    CService(const std::string& runDirectory, const SStoreSettings& store, std::size_t connections);
 
     /// Takes the port, so that there is one owner on the machine. Nothing else is touched before.
     /// @return false if it can't be had, as when another owner is running
     bool Listen(unsigned short port);
 
     /// Makes sure that no other owner uses the working directory, on whatever port. Touches nothing.
-    /// @param runDirectory  the working directory's name for people
-    bool Claim(const std::string& runDirectory);
+    bool Claim();
 
     /// Loads the configuration, takes over the table of the working directory and brings the former state
     /// back, all after Listen and Claim.
@@ -50,12 +52,17 @@ public:
 
 private:
     int MillisecondsToWork() const;
+    SStatistics Statistics() const;
     bool Turn();
     bool Settle();
     bool Publish();
     bool End();
 
-    COwnerClaim m_claim; // first: given back last
+    const std::string m_runDirectory;
+    const COwner::Clock::time_point m_begin;
+    std::string m_fingerprint;
+    CServiceManager m_serviceManager;
+    COwnerClaim m_claim; // before what it stands for: given back last
     CSignals m_signals;
     CNotificationHandler m_handler;
     MPISocketServerC m_server;

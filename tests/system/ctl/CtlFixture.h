@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/FileLock.h"
 #include "support/SharedTable.h"
 #include "system/ChildProcess.h"
 
@@ -77,6 +78,7 @@ protected:
     Faultkeeper::CErrorDatabaseView& Owner() { return *m_owner; }
 
 private:
+    CPortLock m_port; // displays ask the owner there
     CVariable m_zone{"TZ", "UTC0"};
     CVariable m_noColumns{"COLUMNS"};
     CVariable m_noConfiguration{"FAULTKEEPER_CONFIG"};

@@ -1,7 +1,5 @@
 #include "CtlFixture.h"
 
-#include "support/FileLock.h"
-
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
@@ -69,7 +67,6 @@ private:
 
 class Report : public CtlTest
 {
-    CPortLock m_port;
 };
 } // namespace
 
