@@ -1,6 +1,6 @@
 // Campaigns against real processes that are killed at random: see scripts/campaign.
 
-#include "campaign/Campaigns.h"
+#include "campaign/runs/Campaigns.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -16,8 +16,10 @@ struct SCampaign
 };
 
 constexpr SCampaign kCampaigns[] = {
-    {"owner", &Campaign::RunOwners},
-    {"hierarchy", &Campaign::RunHierarchy},
+    {"owner", &Campaign::RunOwners},   {"hierarchy", &Campaign::RunHierarchy},
+    {"reader", &Campaign::RunReaders}, {"reporter", &Campaign::RunReporters},
+    {"tight", &Campaign::RunTight},    {"garbage", &Campaign::RunGarbage},
+    {"load", &Campaign::RunLoad},
 };
 
 constexpr int kUsage = 2;

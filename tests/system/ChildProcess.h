@@ -30,6 +30,8 @@ public:
 
     void Signal(int number) const;
     bool Running();
+    /// As the system counts processes; -1 once it has ended and was collected.
+    pid_t Number() const { return m_process; }
 
     /// Waits until it has ended.
     /// @return its exit status; 128 + n if signal n ended it; -1, and it is killed, if it goes on and on

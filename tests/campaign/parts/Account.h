@@ -24,6 +24,7 @@ struct SReporterAccount
     std::uint64_t reports = 0;
     std::uint64_t raises[kErrorsEach] = {};
     bool raised[kErrorsEach] = {}; ///< the last word on each
+    std::uint64_t kills = 0;       ///< of its processes
 };
 
 /// The accounts of all reporters, and the word that it is over.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "campaign/Account.h"
+#include "campaign/parts/Account.h"
 #include "support/ConfigurationBuilder.h"
 #include "support/FileLock.h"
 #include "support/SharedTable.h"
@@ -42,6 +42,11 @@ public:
     std::string ConfigurationPrefix() const { return m_directory.Prefix(); }
     std::string StorePath() const { return m_directory.File("faultkeeper.db"); }
 
+    /// The owner's number, and the memory that it has resident, in KiB.
+    pid_t OwnerProcess() const { return m_owner->Process().Number(); }
+    long OwnerMemory() const;
+    int OwnerDescriptors() const;
+
     const Support::CSharedTableDirectory& Directory() const { return m_directory; }
 
 private:
@@ -50,11 +55,23 @@ private:
     std::unique_ptr<Support::CProgram> m_owner;
 };
 
+/// Waits until the table's lock is free: its value is 1, and it can be taken and given back.
+/// @return false if it never is, which is told
+bool LockFree(const CScene& scene);
+
 /// One process for each reporter.
 class CReporters
 {
 public:
     CReporters(unsigned seed, CSharedAccounts& accounts);
+
+    Support::CChildProcess& Process(int reporter)
+    {
+        return *m_processes.at(static_cast<std::size_t>(reporter));
+    }
+
+    /// Puts another process in the place of one.
+    void Replace(int reporter, unsigned seed);
 
     /// Says that it is over, and waits for all.
     /// @return false if one could not get everything acknowledged

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "campaign/Scene.h"
+#include "campaign/parts/Scene.h"
 
 #include <chrono>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "campaign/Account.h"
+#include "campaign/parts/Account.h"
 
 namespace Campaign
 {

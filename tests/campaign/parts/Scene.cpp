@@ -1,10 +1,15 @@
-#include "campaign/Scene.h"
+#include "campaign/parts/Scene.h"
 
-#include "campaign/ReporterProcess.h"
+#include "campaign/parts/ReporterProcess.h"
+
+#include <Faultkeeper/ErrorDatabaseView.h>
 
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 
 namespace Campaign
 {
@@ -74,14 +79,49 @@ Faultkeeper::SStatusTable CScene::Table()
     return table;
 }
 
+long CScene::OwnerMemory() const
+{
+    std::ifstream file("/proc/" + std::to_string(OwnerProcess()) + "/status");
+    for (std::string line; std::getline(file, line);)
+    {
+        if (line.compare(0, 6, "VmRSS:") == 0)
+            return std::stol(line.substr(6));
+    }
+    return -1;
+}
+
+int CScene::OwnerDescriptors() const
+{
+    const std::filesystem::directory_iterator files("/proc/" + std::to_string(OwnerProcess()) + "/fd");
+    return static_cast<int>(std::distance(begin(files), end(files)));
+}
+
+bool LockFree(const CScene& scene)
+{
+    Faultkeeper::CErrorDatabaseView view(false, Faultkeeper::eViewReader);
+    const bool isFree = WaitUntil(
+        [&] { return scene.Directory().SemaphoreValue() == 1 && view.GetLock(false) && view.ReleaseLock(); });
+    if (!isFree)
+        std::fprintf(stderr, "the lock stays at %d\n", scene.Directory().SemaphoreValue());
+    return isFree;
+}
+
 CReporters::CReporters(unsigned seed, CSharedAccounts& accounts) : m_accounts(accounts)
 {
+    m_processes.resize(kReporters);
     for (int reporter = 0; reporter < kReporters; ++reporter)
-    {
-        const auto live = [&accounts, seed, reporter]
-        { return LiveAsReporter(reporter, seed * kReporters + static_cast<unsigned>(reporter), *accounts); };
-        m_processes.push_back(std::make_unique<CChildProcess>(live));
-    }
+        Replace(reporter, seed);
+}
+
+void CReporters::Replace(int reporter, unsigned seed)
+{
+    SAccounts& accounts = *m_accounts;
+    const auto live = [&accounts, seed, reporter]
+    { return LiveAsReporter(reporter, seed * kReporters + static_cast<unsigned>(reporter), accounts); };
+    auto& process = m_processes.at(static_cast<std::size_t>(reporter));
+    accounts.reporters[reporter].kills += process != nullptr ? 1 : 0;
+    process.reset(); // two of them would share the account
+    process = std::make_unique<CChildProcess>(live);
 }
 
 bool CReporters::Finish()

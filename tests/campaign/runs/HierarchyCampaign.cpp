@@ -1,6 +1,6 @@
-#include "campaign/Campaigns.h"
-#include "campaign/OwnerCampaign.h"
-#include "campaign/Verdict.h"
+#include "campaign/parts/Verdict.h"
+#include "campaign/runs/Campaigns.h"
+#include "campaign/runs/OwnerCampaign.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/ErrorDbChanged.h>

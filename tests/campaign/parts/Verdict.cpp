@@ -1,4 +1,4 @@
-#include "campaign/Verdict.h"
+#include "campaign/parts/Verdict.h"
 
 #include "common/TableProbe.h"
 #include "faultkeeperd/store/StateStore.h"
@@ -60,19 +60,22 @@ std::vector<STransition> StoredJournal(const std::string& path)
     return CStateStore(At(path)).Journal(0, std::numeric_limits<std::uint32_t>::max());
 }
 
+void JudgeReporter(int reporter, const States& states, const SAccounts& accounts, SVerdict& verdict)
+{
+    const SReporterAccount& account = accounts.reporters[reporter];
+    const std::vector<ErrorId> errors = ErrorsOf(reporter);
+    for (std::size_t i = 0; i < errors.size(); ++i)
+    {
+        const auto found = states.find(errors[i]);
+        JudgeError(found != states.end() ? found->second : SStoredError(), account.raises[i],
+                   account.raised[i], verdict);
+    }
+}
+
 void JudgeCounts(const States& states, const SAccounts& accounts, SVerdict& verdict)
 {
     for (int reporter = 0; reporter < kReporters; ++reporter)
-    {
-        const SReporterAccount& account = accounts.reporters[reporter];
-        const std::vector<ErrorId> errors = ErrorsOf(reporter);
-        for (std::size_t i = 0; i < errors.size(); ++i)
-        {
-            const auto found = states.find(errors[i]);
-            JudgeError(found != states.end() ? found->second : SStoredError(), account.raises[i],
-                       account.raised[i], verdict);
-        }
-    }
+        JudgeReporter(reporter, states, accounts, verdict);
 }
 
 void JudgeTable(const SStatusTable& table, const States& states, SVerdict& verdict)
@@ -98,6 +101,17 @@ void JudgeJournal(const std::vector<STransition>& journal, SVerdict& verdict)
         verdict.outOfOrder += same || transition.number != number++ ? 1 : 0;
         raised[id] = transition.raised;
     }
+}
+
+SVerdict JudgeAll(CScene& scene, const SAccounts& accounts)
+{
+    SVerdict verdict;
+    const States states = StoredStates(scene.StorePath());
+    JudgeCounts(states, accounts, verdict);
+    JudgeTable(scene.Table(), states, verdict);
+    JudgeJournal(StoredJournal(scene.StorePath()), verdict);
+    verdict.Print();
+    return verdict;
 }
 
 } // namespace Campaign

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "campaign/Account.h"
-#include "campaign/Scene.h"
+#include "campaign/parts/Account.h"
+#include "campaign/parts/Scene.h"
 #include "faultkeeperd/store/StoreRecords.h"
 
 #include <cstdint>
@@ -31,7 +31,8 @@ States StoredStates(const std::string& path);
 /// The journal of a store that nobody has open.
 std::vector<Faultkeeper::Apps::STransition> StoredJournal(const std::string& path);
 
-/// Compares the store with what reporters have had accepted.
+/// Compares the store with what one reporter has had accepted, and with what all have.
+void JudgeReporter(int reporter, const States& states, const SAccounts& accounts, SVerdict& verdict);
 void JudgeCounts(const States& states, const SAccounts& accounts, SVerdict& verdict);
 
 /// Compares the table with the store.
@@ -39,5 +40,8 @@ void JudgeTable(const Faultkeeper::SStatusTable& table, const States& states, SV
 
 /// Looks for transitions that change nothing, and gaps in the numbers.
 void JudgeJournal(const std::vector<Faultkeeper::Apps::STransition>& journal, SVerdict& verdict);
+
+/// Judges all of that once nobody has the store open, and prints it.
+SVerdict JudgeAll(CScene& scene, const SAccounts& accounts);
 
 } // namespace Campaign

@@ -1,4 +1,4 @@
-#include "campaign/ReporterProcess.h"
+#include "campaign/parts/ReporterProcess.h"
 
 #include <Faultkeeper/FaultkeeperAPI.h>
 

@@ -1,4 +1,4 @@
-#include "campaign/Account.h"
+#include "campaign/parts/Account.h"
 
 #include <sys/mman.h>
 

@@ -1,7 +1,7 @@
-#include "campaign/OwnerCampaign.h"
+#include "campaign/runs/OwnerCampaign.h"
 
-#include "campaign/Campaigns.h"
-#include "campaign/Verdict.h"
+#include "campaign/parts/Verdict.h"
+#include "campaign/runs/Campaigns.h"
 
 #include <chrono>
 #include <cinttypes>
@@ -57,14 +57,8 @@ bool RunOwners(int rounds, unsigned seed)
     good = reporters.Finish() && good;
     good = scene.EndOwner() && good;
 
-    SVerdict verdict;
-    const States states = StoredStates(scene.StorePath());
-    JudgeCounts(states, *accounts, verdict);
-    JudgeTable(scene.Table(), states, verdict);
-    JudgeJournal(StoredJournal(scene.StorePath()), verdict);
     PrintRun("owner", rounds, seed, begin, *accounts);
-    verdict.Print();
-    return good && verdict.Good();
+    return JudgeAll(scene, *accounts).Good() && good;
 }
 
 } // namespace Campaign

@@ -1,0 +1,143 @@
+#include "campaign/parts/Probe.h"
+#include "campaign/parts/Verdict.h"
+#include "campaign/runs/Campaigns.h"
+
+#include <Faultkeeper/ErrorDatabase.h>
+#include <Faultkeeper/ErrorDatabaseView.h>
+#include <Faultkeeper/FaultkeeperAPI.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
+namespace Campaign
+{
+
+using namespace Faultkeeper;
+
+namespace
+{
+using Clock = std::chrono::steady_clock;
+
+constexpr int kDisplays = 8;
+constexpr std::chrono::milliseconds kDisplayPause(100);
+constexpr std::chrono::milliseconds kStep(10);
+constexpr int kChangesAStep = 100; // 10 000 a second
+constexpr int kPatienceMilliseconds = 60000;
+
+std::unique_ptr<Support::CChildProcess> StartDisplay(const std::string& configuration)
+{
+    return std::make_unique<Support::CChildProcess>(
+        [&configuration]() -> int
+        {
+            std::freopen("/dev/null", "w", stderr);
+            CErrorDatabase database(configuration);
+            CErrorDatabaseView view(false, eViewReader);
+            for (; !view.Failed(); std::this_thread::sleep_for(kDisplayPause))
+                view.Synchronise(database);
+            return 1;
+        });
+}
+
+/// The owner's resources in the course of it.
+struct SResources
+{
+    long firstMemory = 0; // KiB
+    long mostMemory = 0;
+    int firstDescriptors = 0;
+    int mostDescriptors = 0;
+
+    void Look(const CScene& scene)
+    {
+        const long memory = scene.OwnerMemory();
+        const int descriptors = scene.OwnerDescriptors();
+        firstMemory = firstMemory == 0 ? memory : firstMemory;
+        firstDescriptors = firstDescriptors == 0 ? descriptors : firstDescriptors;
+        mostMemory = std::max(mostMemory, memory);
+        mostDescriptors = std::max(mostDescriptors, descriptors);
+    }
+};
+
+/// Raises and clears errors in turn at an even pace.
+class CPacedReporter
+{
+public:
+    /// @return false if not everything is acknowledged in the end
+    bool Report(std::chrono::seconds duration, const CScene& scene, SResources& resources)
+    {
+        const auto steps = static_cast<int>(duration / kStep);
+        const Clock::time_point begin = Clock::now();
+        for (int step = 0; step < steps; ++step)
+        {
+            for (int i = 0; i < kChangesAStep; ++i)
+                Change();
+            if (step % 100 == 99) // the first second is for getting started
+                resources.Look(scene);
+            std::this_thread::sleep_until(begin + kStep * (step + 1));
+        }
+        return m_client.WaitUntilAcknowledged(kPatienceMilliseconds);
+    }
+
+    std::uint64_t Changes() const { return m_changes; }
+
+private:
+    void Change()
+    {
+        const ErrorId& id = m_errors[m_changes / 2 % m_errors.size()];
+        const auto type = static_cast<EProblemType>(id.second);
+        while ((m_changes % 2 == 0 ? m_client.RaiseError(id.first, type, false, false)
+                                   : m_client.ClearError(id.first, type, false)) != 1)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        ++m_changes;
+    }
+
+    CFaultkeeperAPI m_client;
+    const std::vector<ErrorId> m_errors = ErrorsOf(0);
+    std::uint64_t m_changes = 0;
+};
+} // namespace
+
+bool RunLoad(int rounds, unsigned)
+{
+    CScene scene(ReportedErrors());
+    scene.StartOwner();
+    bool good = scene.OwnerReady();
+    std::vector<std::unique_ptr<Support::CChildProcess>> displays;
+    for (int i = 0; i < kDisplays; ++i)
+        displays.push_back(StartDisplay(scene.ConfigurationPrefix()));
+    SResources resources;
+    CPacedReporter reporter;
+    const ErrorId probed = ErrorsOf(1).front();
+    CProbe probe(scene.ConfigurationPrefix(), probed);
+    const Clock::time_point begin = Clock::now();
+    good = reporter.Report(std::chrono::seconds(rounds), scene, resources) && good;
+    const std::chrono::duration<double> seconds = Clock::now() - begin;
+    probe.Finish();
+    displays.clear();
+    good = scene.EndOwner() && good;
+
+    SVerdict verdict;
+    const States states = StoredStates(scene.StorePath());
+    std::uint64_t raises = 0;
+    for (const auto& state : states)
+        raises += state.second.raises;
+    const std::uint64_t expected = (reporter.Changes() + 1) / 2 + probe.Raises();
+    verdict.lost = raises < expected ? expected - raises : 0;
+    verdict.twice = raises > expected ? raises - expected : 0;
+    JudgeTable(scene.Table(), states, verdict);
+    std::printf("%.0f transitions a second for %.0f s, %d displays looking %d times a second\n",
+                static_cast<double>(reporter.Changes()) / seconds.count(), seconds.count(), kDisplays,
+                static_cast<int>(std::chrono::seconds(1) / kDisplayPause));
+    std::printf("memory        %ld KiB after a second, %ld KiB at most\n", resources.firstMemory,
+                resources.mostMemory);
+    std::printf("descriptors   %d after a second, %d at most\n", resources.firstDescriptors,
+                resources.mostDescriptors);
+    std::printf(
+        "raise to copy %.2f ms half of the time, %.2f ms 99 %% of the time, %.2f ms at most, of %zu\n",
+        probe.Quantile(0.5), probe.Quantile(0.99), probe.Quantile(1), probe.Delays().size());
+    verdict.Print();
+    return good && verdict.Good();
+}
+
+} // namespace Campaign
