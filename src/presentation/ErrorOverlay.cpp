@@ -21,14 +21,17 @@ typedef std::pair<int, int> ErrorId;
 // The "Patterns" element below the top element, whatever that is called; null if there is none.
 const Core::IO::XMLNode* FindPatterns(const Core::IO::XMLNode& root)
 {
-    return root.Children().empty() ? nullptr : root.Children().front().Child("Patterns");
+    if (root.Children().empty())
+        return nullptr;
+    return root.Children().front().Child("Patterns");
 }
 
 // A name that is not known is -1, which sets every bit of the code: such an id is kept and matches no error.
 bool ReadId(const std::string& text, ErrorId& id)
 {
     std::vector<std::string> fields;
-    if (!Core::Utilities::SplitString(text, ":", fields, 0) || fields.size() != 4)
+    const bool split = Core::Utilities::SplitString(text, ":", fields, 0);
+    if (!split || fields.size() != 4)
         return false;
     const int module = TranslateModuleId(fields[0]);
     const int subModule = TranslateSubModuleId(fields[1]);
@@ -66,8 +69,7 @@ bool Matches(const SPattern& pattern, const std::vector<ErrorId>& sortedIds)
 CErrorOverlay::CErrorOverlay(const std::string& directory)
 {
     Core::IO::XMLDocument document(false);
-    if (!document.Parse(directory + "ErrorPatterns.xml"))
-        return;
+    document.Parse(directory + "ErrorPatterns.xml"); // a failed parse leaves nothing to be found below
     const Core::IO::XMLNode* const patterns = FindPatterns(document.RootNode());
     if (patterns == nullptr)
         return;

@@ -9,6 +9,7 @@
 #include <string>
 #include <sys/epoll.h>
 #include <sys/socket.h>
+#include <unistd.h>
 #include <vector>
 
 #include "host/connections/ServerFixture.h"
@@ -123,9 +124,9 @@ TEST(HostServerFailures, ListensNowhereIfItCannotListenOnIPv6ForAnotherReason)
     CSessionsHandler handler;
     MPISocketServerC server(handler);
     CFailingCalls calls;
-    calls.Ask("bind", ForIPv6(EACCES));
+    calls.Ask("socket", ForIPv6(EMFILE));
     EXPECT_FALSE(server.Listen(0));
-    EXPECT_NE(server.Error().find(" on ::1: Permission denied"), std::string::npos) << server.Error();
+    EXPECT_NE(server.Error().find(" on ::1: Too many open files"), std::string::npos) << server.Error();
     EXPECT_EQ(server.Port(), 0);
 }
 
@@ -298,6 +299,25 @@ TEST_F(HostServerAccepting, AcknowledgesAlthoughItCannotSeeWhetherThereIsMoreToR
             return received.size() >= 10;
         }));
     EXPECT_EQ(received, "d3:acki7ee");
+}
+
+TEST_F(HostServerAccepting, WhoHasEndedIsAcknowledgedOnceAllIsRead)
+{
+    m_handler.onBatch = [&](const MPIPeerC& peer)
+    { m_server.Acknowledge(peer.connection, static_cast<std::uint64_t>(m_handler.counts[peer.connection])); };
+    CRawConnection connection = Connect();
+    m_calls.Ask("recv",
+                [&](int descriptor, int, void* bytes) -> std::optional<int>
+                {
+                    if (descriptor == connection.Descriptor())
+                        return std::nullopt;
+                    return static_cast<int>(read(descriptor, bytes, std::strlen(kPlain))); // no more at once
+                });
+    connection.Send(std::string(kPlain) + kPlain + kPlain);
+    connection.EndSending();
+    EXPECT_TRUE(ServeUntil([&] { return Has(1, "disconnected\n"); }));
+    EXPECT_EQ(m_handler.batches, (std::vector<int>{1, 2, 3}));
+    EXPECT_EQ(connection.ReceiveToEnd(), "d3:acki3ee");
 }
 
 } // namespace

@@ -53,10 +53,9 @@ bool BScanner::Follow(char byte)
         return TakeLength(byte);
     case EState::text:
         return TakeTextByte();
-    case EState::done:
-        break;
+    default: // done
+        return Wrong("byte after the end of the message");
     }
-    return Wrong("byte after the end of the message");
 }
 
 bool BScanner::TakeMessage(char byte)
@@ -148,7 +147,9 @@ bool BScanner::TakeLength(char byte)
 bool BScanner::CheckLength()
 {
     const std::size_t soFarAndColon = m_size + 2;
-    return soFarAndColon + m_length <= BDecoderC::kMaximumMessageBytes || Wrong(kTooLong);
+    if (soFarAndColon + m_length <= BDecoderC::kMaximumMessageBytes)
+        return true;
+    return Wrong(kTooLong);
 }
 
 bool BScanner::TakeTextByte()

@@ -1,6 +1,7 @@
 #include <Core/Utilities/SplitString.h>
 
 #include <Faultkeeper/ErrorDatabase.h>
+#include <Faultkeeper/ErrorOverlay.h>
 
 #include "support/FreshDirectory.h"
 #include "unit/Common/fixtures/ConfigurationText.h"
@@ -42,6 +43,20 @@ TEST(ConfigurationSplitDeathTest, AnIdThatTheHostCannotSplitStopsTheLoad)
                 "void Faultkeeper::CErrorDatabase::LoadTriggerSetTriggers(Faultkeeper::CError&, "
                 "Faultkeeper::CTriggerSet&, const Core::IO::XMLNode&): "
                 "Assertion `Core::Utilities::SplitString(identifier, \":\", subStrings)' failed.\n")));
+}
+
+TEST(ConfigurationSplitTest, AnIdOfAPatternThatTheHostCannotSplitIsPassedOver)
+{
+    const Support::CFreshDirectory directory;
+    Support::WriteFile(
+        directory.File("ErrorPatterns.xml"),
+        "<a><Patterns><pattern fixedCode='12'><error id='Positioning:GPS:No Data:1'/></pattern>"
+        "</Patterns></a>");
+    testing::internal::CaptureStderr();
+    const Faultkeeper::CErrorOverlay overlay(directory.Prefix());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "asked to split 'Positioning:GPS:No Data:1' at ':', limit 0\n");
+    EXPECT_EQ(overlay.FindFriendlyCode({}), "12") << "a pattern without ids is that of no error";
 }
 
 TEST(ConfigurationSplitTest, WithoutTriggersNothingIsSplit)
