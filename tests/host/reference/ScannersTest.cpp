@@ -42,6 +42,12 @@ TEST(ReferenceTagScanner, FindsWhatThereIsOfATagThatIsCutOffAnywhere)
     }
 }
 
+TEST(ReferenceTagScanner, TakesAZeroByteForOneLikeAnyOther)
+{
+    const std::string zero(1, '\0');
+    EXPECT_EQ(AttributesOf("<a " + zero + "='1' b='2'/>"), (Attributes{{zero, 3}, {"b", 9}}));
+}
+
 TEST(ReferenceMessageScanner, TakesNothingBehindTheEndOfAMessage)
 {
     BScanner scanner;
