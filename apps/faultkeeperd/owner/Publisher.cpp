@@ -2,10 +2,14 @@
 
 #include <Faultkeeper/ErrorDatabase.h>
 
+#include <algorithm>
+#include <cstdint>
+
 namespace Faultkeeper::Apps
 {
 
 constexpr std::size_t CPublisher::kBatchLimit;
+constexpr std::size_t CPublisher::kWaitingLimit;
 
 CPublisher::CPublisher(const CErrorDatabase& database, CErrorDatabaseView& view)
     : m_database(database), m_view(view), m_stage(epsEmpty), m_withdrawn(false), m_formerStates(false)
@@ -20,12 +24,43 @@ void CPublisher::Restore(const std::vector<SErrorEntry>& records, bool states)
 
 void CPublisher::ErrorRaised(int problemCode, int problemType)
 {
-    m_changes.push_back({problemCode, problemType, true});
+    Add(problemCode, problemType, true);
 }
 
 void CPublisher::ErrorCleared(int problemCode, int problemType)
 {
-    m_changes.push_back({problemCode, problemType, false});
+    Add(problemCode, problemType, false);
+}
+
+void CPublisher::Add(int problemCode, int problemType, bool raised)
+{
+    if (m_changes.size() >= m_limit)
+        Condense();
+    m_changes.push_back({problemCode, problemType, raised});
+}
+
+/// Leaves out pairs of a raise and a clear, whichever comes first, that have two later changes of the same
+/// error behind them; their raises are counted. What is left still ends in the same state, at the same time.
+void CPublisher::Condense()
+{
+    std::map<ErrorId, std::size_t> waiting;
+    for (const SErrorChange& change : m_changes)
+        ++waiting[ErrorId(change.problemCode, change.problemType)];
+    for (auto& count : waiting)
+        count.second = count.second > 2 ? (count.second - 1) / 2 * 2 : 0; // an even number, one or two stay
+    std::vector<SErrorChange> kept;
+    for (const SErrorChange& change : m_changes)
+    {
+        const ErrorId id(change.problemCode, change.problemType);
+        std::size_t& left = waiting[id];
+        if (left == 0)
+            kept.push_back(change);
+        else if (change.raised)
+            ++m_skipped[id];
+        left -= left > 0 ? 1 : 0;
+    }
+    m_changes.swap(kept);
+    m_limit = std::max(kWaitingLimit, 2 * m_changes.size()); // so that this is worth its time
 }
 
 bool CPublisher::Publish()
@@ -40,7 +75,8 @@ bool CPublisher::Publish()
 
 bool CPublisher::Done() const
 {
-    return m_stage == epsWithdrawn || (m_stage == epsReady && m_changes.empty() && !m_withdrawn);
+    return m_stage == epsWithdrawn ||
+           (m_stage == epsReady && m_changes.empty() && m_skipped.empty() && !m_withdrawn);
 }
 
 bool CPublisher::Advance()
@@ -53,6 +89,8 @@ bool CPublisher::Advance()
         return Reach(epsRestored, RestoreRecords());
     if (m_stage == epsRestored)
         return Reach(epsReady, m_view.FaultkeeperReady(true));
+    if (!m_skipped.empty())
+        return PublishSkipped();
     return m_changes.empty() ? Reach(epsWithdrawn, m_view.FaultkeeperReady(false)) : PublishBatch();
 }
 
@@ -61,6 +99,29 @@ bool CPublisher::RestoreRecords()
     if (m_former.empty())
         return true;
     return m_formerStates ? m_view.RestoreErrors(m_former) : m_view.UpdateErrorDetails(m_former);
+}
+
+/// Raises that nobody was to see any more, in the counters.
+bool CPublisher::PublishSkipped()
+{
+    std::vector<SErrorEntry> records;
+    m_view.RetrieveAllErrors(records);
+    if (records.empty())
+        return false;
+    std::vector<SErrorEntry> counted;
+    for (SErrorEntry& record : records)
+    {
+        const auto skipped = m_skipped.find(ErrorId(record.problemCode, record.problemType));
+        if (skipped == m_skipped.end())
+            continue;
+        record.counter1 = static_cast<std::uint16_t>(record.counter1 + skipped->second);
+        record.counter2 = static_cast<std::uint16_t>(record.counter2 + skipped->second);
+        counted.push_back(record);
+    }
+    const bool published = m_view.UpdateErrorDetails(counted);
+    if (published)
+        m_skipped.clear();
+    return published;
 }
 
 bool CPublisher::Reach(EPublishingStage stage, bool done)

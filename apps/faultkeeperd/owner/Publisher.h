@@ -6,6 +6,8 @@
 #include <Faultkeeper/ErrorEntry.h>
 
 #include <cstddef>
+#include <map>
+#include <utility>
 #include <vector>
 
 namespace Faultkeeper
@@ -25,12 +27,15 @@ namespace Faultkeeper::Apps
 ///
 /// Ownership: database and view are borrowed. Whoever makes one sets it as the database's listener.
 /// Failure: a busy lock only means that Publish has to be called again. A failed view makes it refuse for
-/// good. Cost: 12 bytes for each change that waits.
+/// good. Cost: 12 bytes for each change that waits. Of more than kWaitingLimit only the last two of each
+/// error wait, and how often it was raised before them: whoever keeps the lock costs no memory, and no count.
 class CPublisher : public CErrorDbChanged
 {
 public:
     /// One taking of the lock publishes at most this many changes, so that readers get their turn.
     static constexpr std::size_t kBatchLimit = 1024;
+
+    static constexpr std::size_t kWaitingLimit = 65536;
 
     /// @param view  owning and creating
     CPublisher(const CErrorDatabase& database, CErrorDatabaseView& view);
@@ -70,6 +75,11 @@ private:
     };
 
     bool Advance();
+    using ErrorId = std::pair<int, int>;
+
+    void Add(int problemCode, int problemType, bool raised);
+    void Condense();
+    bool PublishSkipped();
     bool RestoreRecords();
     bool Reach(EPublishingStage stage, bool done);
     bool PublishBatch();
@@ -81,6 +91,9 @@ private:
     std::vector<SErrorEntry> m_former;
     bool m_formerStates;
     std::vector<SErrorChange> m_changes; // oldest first
+    std::size_t m_limit = kWaitingLimit; // of those
+    std::map<ErrorId, int>
+        m_skipped; // raises that were, with the clears after them, left out before all changes
 };
 
 } // namespace Faultkeeper::Apps

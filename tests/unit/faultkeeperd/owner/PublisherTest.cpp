@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <random>
+
 using namespace Support;
 using Faultkeeper::Apps::CPublisher;
 
@@ -202,3 +205,60 @@ TEST_F(Publisher, KeepsItsChangesWhenTheViewHasFailed)
     EXPECT_TRUE(m_view->Failed());
     EXPECT_EQ(m_publisher->Waiting(), 3U);
 }
+
+TEST_F(Publisher, CountsEveryRaiseHoweverLongTheLockIsKept)
+{
+    m_publisher->Publish();
+    constexpr int kRounds = 200000;
+    for (int round = 0; round < kRounds; ++round)
+    {
+        m_publisher->ErrorRaised(kLinkSensor.first, kLinkSensor.second);
+        m_publisher->ErrorCleared(kLinkSensor.first, kLinkSensor.second);
+        if (round == kRounds / 2)
+            m_publisher->ErrorRaised(kPosition.first, kPosition.second);
+    }
+    m_publisher->ErrorRaised(kDataSensor.first, kDataSensor.second);
+    EXPECT_LE(m_publisher->Waiting(), CPublisher::kWaitingLimit);
+    EXPECT_FALSE(PublishBusy());
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_TRUE(m_publisher->Done());
+    EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kPosition}));
+    EXPECT_EQ(Record(kLinkSensor).counter1, kRounds % 65536);
+    EXPECT_EQ(Record(kLinkSensor).counter2, kRounds % 65536);
+    EXPECT_EQ(Record(kDataSensor).counter1, 1);
+    EXPECT_EQ(Record(kPosition).counter1, 1);
+    EXPECT_GT(Record(kLinkSensor).clearedTime, Record(kLinkSensor).raisedTime);
+}
+
+class CondensedChanges : public Publisher, public testing::WithParamInterface<unsigned>
+{
+};
+
+TEST_P(CondensedChanges, EndLikeAllOfThem)
+{
+    m_publisher->Publish();
+    const Id ids[] = {kLinkSensor, kDataSensor, kReceiver, kPosition};
+    std::map<Id, bool> raised;
+    std::map<Id, int> raises;
+    std::mt19937 random(GetParam());
+    for (std::size_t step = 0; step < CPublisher::kWaitingLimit * 3; ++step)
+    {
+        const Id& id = ids[random() % (step % 3 == 0 ? 4 : 2)];
+        raised[id] = !raised[id];
+        raises[id] += raised[id] ? 1 : 0;
+        if (raised[id])
+            m_publisher->ErrorRaised(id.first, id.second);
+        else
+            m_publisher->ErrorCleared(id.first, id.second);
+        if (random() % 70000 == 0)
+            m_publisher->Publish();
+    }
+    EXPECT_TRUE(m_publisher->Publish());
+    for (const Id& id : ids)
+    {
+        EXPECT_EQ(Record(id).flags, raised[id] ? Faultkeeper::kRaisedFlag : 0);
+        EXPECT_EQ(Record(id).counter1, raises[id] % 65536);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, CondensedChanges, testing::Range(0u, 5u));

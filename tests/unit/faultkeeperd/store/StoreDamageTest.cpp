@@ -2,6 +2,7 @@
 #include "StoreFixture.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <random>
 
 using namespace StoreFixture;
@@ -25,6 +26,14 @@ protected:
         batch.sessions = {{"00000000000000000000000000000001", counter}};
         batch.transitions = {Transition(2, true)};
         return batch;
+    }
+
+    /// How many bytes lie between one cut and the next, unless the environment says otherwise.
+    static std::size_t TruncationStep(int usual)
+    {
+        const char* const chosen = std::getenv("FAULTKEEPER_TRUNCATION_STEP");
+        const int step = chosen == nullptr ? usual : std::atoi(chosen);
+        return step > 1 ? static_cast<std::size_t>(step) : 1;
     }
 
     /// The contents, or "damaged".
@@ -84,7 +93,7 @@ TEST_F(StoreDamage, CutAtAnyByteItIsOldNewOrDamaged)
     CStateStore(Settings()).Commit(Batch(1)); // closing moves the log into the file
     const std::string whole = ReadFile(Settings().path);
     const std::string expected = Contents();
-    for (std::size_t size = 0; size < whole.size(); size += size < 600 ? 1 : 61)
+    for (std::size_t size = 0; size < whole.size(); size += TruncationStep(1))
     {
         WriteFile(Settings().path, whole.substr(0, size));
         const std::string contents = ContentsOrDamage();
@@ -111,7 +120,8 @@ TEST_F(StoreDamage, ALogCutAtAnyByteIsTheStateBeforeOrAfterACommit)
     }
     ASSERT_FALSE(log.empty());
     ASSERT_NE(before, after);
-    for (std::size_t size = 0; size <= log.size(); size += size + 97 < log.size() ? 97 : 1)
+    const std::size_t step = TruncationStep(13);
+    for (std::size_t size = 0; size <= log.size(); size += size + step < log.size() ? step : 1)
     {
         WriteFile(Settings().path, file);
         WriteFile(Settings().path + "-wal", log.substr(0, size));
