@@ -16,11 +16,16 @@ namespace Faultkeeper::Apps
 
 namespace
 {
+Core::Time LastChange(const SErrorEntry& record)
+{
+    return std::max(record.raisedTime, record.clearedTime);
+}
+
 Core::Time LatestOf(const std::vector<SErrorEntry>& records)
 {
     Core::Time latest;
     for (const SErrorEntry& record : records)
-        latest = std::max({latest, record.raisedTime, record.clearedTime});
+        latest = std::max(latest, LastChange(record));
     return latest;
 }
 
@@ -71,6 +76,30 @@ void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records)
     former.sameBoot = true;
     LogInfo("the state store does not know of this boot; starting from the table of a former owner");
 }
+/// What was published and not stored before the owner was killed has not happened. Displays have seen it,
+/// though, and go by the times.
+void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& records)
+{
+    std::map<ErrorId, const SErrorEntry*> known;
+    for (const SStoredError& error : former.errors)
+        known[ErrorId(error.entry.problemCode, error.entry.problemType)] = &error.entry;
+    std::vector<SStoredError> unknown;
+    for (const SErrorEntry& record : records)
+    {
+        const ErrorId id(record.problemCode, record.problemType);
+        SStoredError nothing;
+        nothing.entry.problemCode = record.problemCode;
+        nothing.entry.problemType = record.problemType;
+        const auto found = known.find(id);
+        const SErrorEntry& stored = found != known.end() ? *found->second : nothing.entry;
+        if (stored.flags == record.flags || LastChange(record) < LastChange(stored))
+            continue;
+        former.contradicted.insert(id);
+        if (found == known.end())
+            unknown.push_back(nothing);
+    }
+    former.errors.insert(former.errors.end(), unknown.begin(), unknown.end());
+}
 } // namespace
 
 SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& database, const std::string& boot,
@@ -87,6 +116,8 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
     TakeStore(former, contents, database);
     if (!former.sameBoot && !records.empty())
         TakeTable(former, records);
+    else if (former.sameBoot)
+        FindContradictions(former, records);
     former.latest = LatestOf(records);
     if (former.sameBoot)
     {

@@ -1,10 +1,12 @@
 #ifndef FAULTKEEPER_FAULTKEEPERD_OWNER_FORMERSTATE_H
 #define FAULTKEEPER_FAULTKEEPERD_OWNER_FORMERSTATE_H
 
+#include "common/ErrorNames.h"
 #include "faultkeeperd/store/StoreRecords.h"
 
 #include <Core/Time.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,7 +26,9 @@ struct SFormerState
     std::vector<SStoredError> errors; ///< of this configuration; none is raised unless it is the same boot
     std::vector<SStoredSession> sessions;
     bool sameBoot = false; ///< what was raised still is; otherwise reporters report it anew
-    Core::Time latest;     ///< the latest time that a display can have seen; zero if there is none
+    std::set<ErrorId>
+        contradicted;  ///< displays have seen these in the other state, and later: it was not stored
+    Core::Time latest; ///< the latest time that a display can have seen; zero if there is none
 };
 
 /// Opens the store and reads it; what it names as damaged is logged. Without a store that knows of this boot,

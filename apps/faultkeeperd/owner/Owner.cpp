@@ -32,12 +32,15 @@ void COwner::Restore(const SFormerState& former)
 {
     Core::Time::NotBefore(former.latest); // displays notice only what is later than all they have seen
     std::vector<SErrorEntry> entries;
-    for (const SStoredError& error : former.errors)
+    for (SStoredError error : former.errors)
     {
-        const SErrorEntry& entry = error.entry;
+        SErrorEntry& entry = error.entry;
+        const bool raised = (entry.flags & kRaisedFlag) != 0;
+        if (former.contradicted.count(ErrorId(entry.problemCode, entry.problemType)) > 0)
+            (raised ? entry.raisedTime : entry.clearedTime) = Core::Time::Now();
         entries.push_back(entry);
         m_recorder.Restore(error);
-        if ((entry.flags & kRaisedFlag) != 0)
+        if (raised)
             m_database.RaiseError(entry.problemCode, entry.problemType, true);
     }
     m_publisher.Restore(entries, former.sameBoot);

@@ -147,3 +147,25 @@ TEST_F(RestoredOwner, StoresWhatIsNotInTheTableYet)
     EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver, kPosition}));
     EXPECT_EQ(Record(kDataSensor).counter1, 1);
 }
+
+TEST_F(RestoredOwner, LetsDisplaysSeeThatWhatWasNotStoredHasNotHappened)
+{
+    CErrorDatabase shown(m_directory.Prefix());
+    CErrorDatabaseView display(false, eViewReader);
+    const auto active = [&shown](const Id& id) { return shown.RetrieveError(id.first, id.second)->Active(); };
+    Report(kLinkSensor, true);
+    display.Synchronise(shown);
+    m_owner->Apply(kLinkSensor.first, kLinkSensor.second, false, "a");
+    m_owner->Apply(kDataSensor.first, kDataSensor.second, true, "a");
+    m_owner->Publish(kStart);
+    display.Synchronise(shown);
+    EXPECT_FALSE(active(kLinkSensor));
+    EXPECT_TRUE(active(kDataSensor));
+    Start("boot"); // the display does not notice that the table was not ready for a moment
+    display.Synchronise(shown);
+    EXPECT_TRUE(active(kLinkSensor));
+    EXPECT_FALSE(active(kDataSensor));
+    EXPECT_TRUE(active(kPosition));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1);
+    EXPECT_EQ(Record(kDataSensor).counter1, 0);
+}
