@@ -18,19 +18,34 @@ class CSqliteFailure : public std::runtime_error
 public:
     CSqliteFailure(int code, const std::string& text) : std::runtime_error(text), m_code(code) {}
 
-    /// Is the file itself no database, or a broken one? A disk that is full or fails is something else.
+    /// Is the file itself no database, or a broken one? A disk that is full or fails is something else, but
+    /// one that failed to give a page once can look like it.
     bool Damage() const;
+
+    /// Is the file in use by another process?
+    bool Busy() const;
+
+    /// Is it, or is the disk full? Then the file is as sound as it was before.
+    bool Harmless() const;
 
 private:
     const int m_code;
+};
+
+/// How a database file is opened.
+enum ESqliteAccess
+{
+    esaWrite = 0, ///< to read and write; the file is made if there is none
+    esaRead ///< nothing is written, neither to the file nor beside it, and no lock is taken or respected
 };
 
 /// One database file, open as long as this lives.
 class CSqlite
 {
 public:
-    /// Opens the file, and makes it if there is none. @throws CSqliteFailure; likewise below
-    explicit CSqlite(const std::string& path);
+    /// @param patienceMilliseconds  how long to wait for another process that uses the file
+    /// @throws CSqliteFailure; likewise below
+    explicit CSqlite(const std::string& path, ESqliteAccess access = esaWrite, int patienceMilliseconds = 0);
     ~CSqlite();
     CSqlite(const CSqlite&) = delete;
     CSqlite& operator=(const CSqlite&) = delete;
@@ -45,10 +60,15 @@ public:
     std::string Text(const std::string& query);
     std::int64_t Integer(const std::string& query);
 
+    /// Looks through the whole file. A page that the disk does not give is no damage. Cost: reads all of it.
+    void Check();
+
 private:
     friend class CSqliteStatement;
 
+    void Open(const std::string& name, int flags, const char* system);
     [[noreturn]] void Fail(int code) const;
+    void ReadThrough() const;
 
     sqlite3* m_handle;
 };

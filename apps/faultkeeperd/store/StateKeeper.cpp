@@ -1,6 +1,7 @@
 #include "faultkeeperd/store/StateKeeper.h"
 
 #include "faultkeeperd/Log.h"
+#include "faultkeeperd/store/StoreFile.h"
 
 #include <algorithm>
 
@@ -15,42 +16,98 @@ SStoreContents CStateKeeper::Open(const std::string& boot, const std::string& co
     m_boot = boot;
     m_configuration = configuration;
     SStoreContents contents;
-    if (Off() || TryToOpen(contents))
+    if (Off())
         return contents;
-    contents = SStoreContents(); // what was read before the failure came is not all of it
+    TryToOpen(esoPatiently, contents, Clock::now());
+    Learn(contents);
     return contents;
 }
 
-/// @return false if there is none; it has been told why
-bool CStateKeeper::TryToOpen(SStoreContents& contents)
+/// @param contents  also gives what could be read if the store cannot be used
+/// @return false if it cannot; it has been told why
+bool CStateKeeper::TryToOpen(EStoreOpening opening, SStoreContents& contents, Clock::time_point now)
 {
-    for (int attempt = 0; attempt < 2; ++attempt) // the second one after a damaged store has made room
+    for (int damaged = 0;;)
     {
         try
         {
-            m_store = std::make_unique<CStateStore>(m_settings);
-            contents = m_store->Read();
-            m_store->Begin(m_boot, m_configuration);
+            Begin(opening, contents);
             return true;
         }
         catch (const CSqliteFailure& failure)
         {
             m_store.reset();
-            const std::string aside = failure.Damage() ? MoveStoreAside(m_settings.path) : std::string();
-            if (aside.empty())
+            if (failure.Damage() && ++damaged <= 2) // a disk that damages the new store, too, is given time
             {
-                Fail(failure, Clock::now());
-                return false;
+                contents = SStoreContents();
+                if (damaged == 1 ||
+                    MakeRoom(failure)) // the first time the disk may have failed to give a page
+                    continue;
             }
-            LogError("the state store " + m_settings.path + " is damaged (" + failure.what() +
-                     "); it is now " + aside + ", and a new one is begun");
+            Fail(failure, now);
+            if (opening == esoPatiently && !m_known && !failure.Busy())
+                TryToRead(contents);
+            return false;
         }
     }
-    return false;
+}
+
+void CStateKeeper::Begin(EStoreOpening opening, SStoreContents& contents)
+{
+    m_store = std::make_unique<CStateStore>(m_settings, opening);
+    if (opening == esoAtOnce && !m_checked)
+        m_store->Check();
+    m_checked = true;
+    contents = m_store->Read();
+    m_known = m_known || opening == esoPatiently;
+    m_store->Begin(m_boot, m_configuration);
+}
+
+/// @return whether a damaged store was moved out of the way
+bool CStateKeeper::MakeRoom(const CSqliteFailure& failure)
+{
+    const std::string aside = failure.Damage() ? MoveStoreAside(m_settings.path) : std::string();
+    if (aside.empty())
+        return false;
+    LogError("the state store " + m_settings.path + " is damaged (" + failure.what() + "); it is now " +
+             aside + ", and a new one is begun");
+    return true;
+}
+
+/// The medium takes nothing. What is on it may be readable all the same.
+void CStateKeeper::TryToRead(SStoreContents& contents)
+{
+    try
+    {
+        contents = CStateStore(m_settings, esoReading).Read();
+        m_known = true;
+    }
+    catch (const CSqliteFailure&)
+    {
+        contents = SStoreContents(); // that the store cannot be used has been told
+    }
+}
+
+/// All that was in the store belongs into the next one, too, if it comes to that.
+void CStateKeeper::Learn(const SStoreContents& contents)
+{
+    const bool sameBoot = contents.OfBoot(m_boot);
+    for (SStoredError error : contents.errors)
+    {
+        if (!sameBoot)
+            error.entry.flags = 0;
+        m_errors[ErrorId(error.entry.problemCode, error.entry.problemType)] = error;
+    }
+    if (!sameBoot)
+        return;
+    for (const SStoredSession& session : contents.sessions)
+        m_sessions[session.id] = session;
 }
 
 void CStateKeeper::Keep(const SStoredError& error)
 {
+    if (Off())
+        return;
     const ErrorId id(error.entry.problemCode, error.entry.problemType);
     m_errors[id] = error;
     m_changedErrors.insert(id);
@@ -58,6 +115,8 @@ void CStateKeeper::Keep(const SStoredError& error)
 
 void CStateKeeper::Keep(const SStoredSession& session)
 {
+    if (Off())
+        return;
     m_sessions[session.id] = session;
     m_changedSessions.insert(session.id);
     m_forgottenSessions.erase(session.id);
@@ -67,7 +126,8 @@ void CStateKeeper::Forget(const std::string& session)
 {
     m_sessions.erase(session);
     m_changedSessions.erase(session);
-    m_forgottenSessions.insert(session);
+    if (Storing())
+        m_forgottenSessions.insert(session); // otherwise it is found when the store is opened anew
 }
 
 void CStateKeeper::Keep(const STransition& transition)
@@ -75,11 +135,18 @@ void CStateKeeper::Keep(const STransition& transition)
     if (Off())
         return;
     m_transitions.push_back(transition);
-    if (Storing() || m_transitions.size() <= kWaitingTransitions)
-        return;
-    m_transitions.pop_front();
-    m_tried -= m_tried > 0 ? 1 : 0;
-    ++m_statistics.lostTransitions;
+    if (!Storing())
+        LoseOldest();
+}
+
+void CStateKeeper::LoseOldest()
+{
+    while (m_transitions.size() > kWaitingTransitions)
+    {
+        m_transitions.pop_front();
+        m_tried -= m_tried > 0 ? 1 : 0;
+        ++m_statistics.lostTransitions;
+    }
 }
 
 bool CStateKeeper::Waits() const
@@ -95,18 +162,18 @@ CStateKeeper::Clock::time_point CStateKeeper::Due() const
 
 bool CStateKeeper::Commit(Clock::time_point now)
 {
-    if (Off() || !Waits())
+    if (Idle())
         return true;
     return now >= Due() ? CommitAtOnce(now) : !Storing();
 }
 
 bool CStateKeeper::CommitAtOnce(Clock::time_point now)
 {
-    if (Off() || !Waits())
+    if (Idle())
         return true;
     m_lastCommit = now;
     if (!Storing())
-        OpenAnew();
+        OpenAnew(now);
     if (!Storing())
         return true;
     try
@@ -124,13 +191,15 @@ bool CStateKeeper::CommitAtOnce(Clock::time_point now)
     return true;
 }
 
-void CStateKeeper::OpenAnew()
+void CStateKeeper::OpenAnew(Clock::time_point now)
 {
     SStoreContents contents;
-    if (!TryToOpen(contents))
+    if (!TryToOpen(esoAtOnce, contents, now))
         return;
+    for (const std::string& dropped : contents.dropped)
+        LogWarning("the state store held a damaged row, which is dropped: " + dropped);
     ForgetStored();
-    SettleOthers(contents);
+    Settle(contents);
     TellEverything();
 }
 
@@ -145,12 +214,28 @@ void CStateKeeper::ForgetStored()
 
 /// The store knows less than we do. What it says of errors that we have never heard of is of an owner before
 /// us, and nobody would clear it.
-void CStateKeeper::SettleOthers(const SStoreContents& contents)
+void CStateKeeper::Settle(const SStoreContents& contents)
 {
     for (SStoredError error : contents.errors)
     {
         error.entry.flags = 0;
         m_errors.emplace(ErrorId(error.entry.problemCode, error.entry.problemType), error);
+    }
+    if (contents.OfBoot(m_boot))
+        SettleSessions(contents);
+    m_known = true;
+}
+
+/// A session that we have never heard of may be that of a client that has not come back yet, unless we knew
+/// all that there were and have forgotten it.
+void CStateKeeper::SettleSessions(const SStoreContents& contents)
+{
+    for (const SStoredSession& session : contents.sessions)
+    {
+        if (!m_known)
+            m_sessions.emplace(session.id, session);
+        else if (m_sessions.count(session.id) == 0)
+            m_forgottenSessions.insert(session.id);
     }
 }
 
@@ -190,6 +275,9 @@ void CStateKeeper::Stored()
 void CStateKeeper::Fail(const CSqliteFailure& failure, Clock::time_point now)
 {
     m_lastCommit = now;
+    m_checked = m_checked && failure.Harmless();
+    m_forgottenSessions.clear(); // what is to be forgotten is seen when the store is opened anew
+    LoseOldest();
     ++m_statistics.failures;
     if (!m_failureTold)
         LogError("the state store " + m_settings.path + " cannot be used: " + failure.what() +
@@ -199,7 +287,7 @@ void CStateKeeper::Fail(const CSqliteFailure& failure, Clock::time_point now)
 
 int CStateKeeper::MillisecondsToCommit(Clock::time_point now) const
 {
-    if (Off() || !Waits())
+    if (Idle())
         return -1;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(Due() - now).count();
     return static_cast<int>(std::max<std::int64_t>(left, 0));

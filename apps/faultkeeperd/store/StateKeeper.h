@@ -21,9 +21,11 @@ namespace Faultkeeper::Apps
 /// way: what cannot be stored waits here, and goes to the store as soon as the disk is well again.
 ///
 /// Commits are grouped: after a quiet time at once, otherwise every kCommitPause. A store that fails is
-/// logged once, opened again every kRetryPause, and then told everything. Cost: the state of all errors and
-/// sessions, and up to kWaitingTransitions transitions while the disk fails; of more than those the oldest
-/// are lost to the journal.
+/// logged once and opened again every kRetryPause, whether anything waits or not; then it is told everything
+/// that it should hold, what was in it at the beginning included, so a new file becomes as complete as the
+/// one before. Cost: the state of all errors and sessions, and up to kWaitingTransitions transitions while
+/// the disk fails; of more than those the oldest are lost to the journal. A retry on a full disk reads next
+/// to nothing.
 class CStateKeeper
 {
 public:
@@ -44,15 +46,17 @@ public:
     /// @param settings  an empty path: nothing is stored, and everything counts as kept
     explicit CStateKeeper(const SStoreSettings& settings) : m_settings(settings) {}
 
-    /// Opens the store for this boot and configuration. One that is damaged is moved aside and a new one
-    /// begun.
-    /// @return what was in it; empty if nothing could be used
+    /// Opens the store for this boot and configuration, and waits up to two seconds for another process that
+    /// uses it. One that is damaged is moved aside and a new one begun. One that can be read and not written,
+    /// as on a full disk, is read; writing is tried again later. One that is read only later counts for less
+    /// than what has been kept here since.
+    /// @return what was in it; empty if nothing could be read
     SStoreContents Open(const std::string& boot, const std::string& configuration);
 
     /// Is there a store that works? Otherwise kept means applied.
     bool Storing() const { return m_store != nullptr; }
 
-    /// Keeps the latest word on an error or a session.
+    /// Keeps the latest word on an error or a session. Without a store, by its settings, nothing is kept.
     void Keep(const SStoredError& error);
     void Keep(const SStoredSession& session);
     void Forget(const std::string& session);
@@ -66,10 +70,15 @@ public:
     /// Stores what waits in any case.
     bool CommitAtOnce(Clock::time_point now);
 
-    /// For poll(2): how long until Commit is to be called; -1 if nothing waits.
+    /// For poll(2): how long until Commit is to be called; -1 if nothing waits and the store works.
     int MillisecondsToCommit(Clock::time_point now) const;
 
     const SStatistics& Statistics() const { return m_statistics; }
+    /// Errors and sessions that are remembered for a store, or to be taken out of it.
+    std::size_t Remembered() const
+    {
+        return m_errors.size() + m_sessions.size() + m_forgottenSessions.size();
+    }
     std::uint64_t JournalLength() const { return m_store == nullptr ? 0 : m_store->JournalLength(); }
 
     /// Up to `limit` transitions from that number on; empty if there is no store that works.
@@ -80,15 +89,22 @@ private:
 
     bool Off() const { return m_settings.path.empty(); }
     bool Waits() const;
+    bool Idle() const { return Off() || (Storing() && !Waits()); }
     Clock::time_point Due() const;
-    bool TryToOpen(SStoreContents& contents);
-    void OpenAnew();
-    void SettleOthers(const SStoreContents& contents);
+    bool TryToOpen(EStoreOpening opening, SStoreContents& contents, Clock::time_point now);
+    void Begin(EStoreOpening opening, SStoreContents& contents);
+    bool MakeRoom(const CSqliteFailure& failure);
+    void TryToRead(SStoreContents& contents);
+    void OpenAnew(Clock::time_point now);
+    void Learn(const SStoreContents& contents);
+    void Settle(const SStoreContents& contents);
+    void SettleSessions(const SStoreContents& contents);
     void ForgetStored();
     void TellEverything();
     SStoreBatch Batch() const;
     void Stored();
     void Fail(const CSqliteFailure& failure, Clock::time_point now);
+    void LoseOldest();
 
     const SStoreSettings m_settings;
     std::string m_boot;
@@ -103,6 +119,8 @@ private:
     std::uint64_t m_expectedNumber = 0; // the journal's last, if a commit that failed was done all the same
     std::size_t m_tried = 0;            // transitions of that commit; 0 if none has failed
     Clock::time_point m_lastCommit;     // or failure
+    bool m_known = false;               // all that was in the store at the beginning
+    bool m_checked = false; // the file was looked through, and nothing can have happened to it since
     bool m_failureTold = false;
     SStatistics m_statistics;
 };

@@ -24,8 +24,8 @@ struct SStoredError
 /// One raise or clear that happened.
 struct STransition
 {
-    std::uint64_t number = 0;   ///< from 1 on, without gaps; the journal gives it
-    Core::Time time;            ///< wall clock
+    std::uint64_t number = 0; ///< from 1 on, given by the journal; one is missing only if its row was damaged
+    Core::Time time;          ///< wall clock
     std::int64_t sinceBoot = 0; ///< nanoseconds
     bool raised = false;
     int problemCode = 0;
@@ -68,6 +68,9 @@ struct SStoreContents
     std::vector<SStoredError> errors;
     std::vector<SStoredSession> sessions; ///< those that have been without a connection the longest first
     std::vector<std::string> dropped;     ///< rows that could not be trusted, in words
+
+    /// Was it written in that start of the machine? Nothing is of one whose name is not known.
+    bool OfBoot(const std::string& id) const { return !id.empty() && boot == id; }
 };
 
 } // namespace Faultkeeper::Apps
