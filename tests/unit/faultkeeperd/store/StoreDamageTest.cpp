@@ -13,8 +13,9 @@ using namespace StoreFixture;
 // Whatever happens to the file, a store is what was written, less exactly the rows that are named, or it says
 // that it is damaged, or not ours. And what was named once is gone: the store is read again to see that.
 //
-// By default some of all bits of a file are flipped, one at a time, and a file is cut at some of all bytes.
-// FAULTKEEPER_TEST_FULL=1 in the environment takes all of them, which takes some minutes.
+// By default some of all bits of a file are flipped, one at a time. FAULTKEEPER_TEST_FULL=1 in the
+// environment takes all of them, which takes some minutes. FAULTKEEPER_TRUNCATION_STEP says how many bytes
+// lie between one cut and the next.
 
 namespace
 {
@@ -23,6 +24,14 @@ bool Full()
 {
     const char* const wish = std::getenv("FAULTKEEPER_TEST_FULL");
     return wish != nullptr && wish[0] != '\0';
+}
+
+/// How many bytes lie between one cut and the next, unless the environment says otherwise.
+std::size_t TruncationStep(int usual)
+{
+    const char* const chosen = std::getenv("FAULTKEEPER_TRUNCATION_STEP");
+    const int step = chosen == nullptr ? usual : std::atoi(chosen);
+    return step > 1 ? static_cast<std::size_t>(step) : 1;
 }
 
 /// What came of opening a store.
@@ -179,7 +188,7 @@ TEST_F(StoreDamage, CutAtAnyByteItNeverGivesWhatWasNotWritten)
     const std::string whole = ReadFile(Settings().path);
     const std::vector<std::string> written = Look().lines;
     ASSERT_EQ(written.size(), 2u + 5u + 3u + 5u);
-    for (std::size_t size = 1; size < whole.size(); size += Full() || size < 600 ? 1 : 61)
+    for (std::size_t size = 1; size < whole.size(); size += TruncationStep(1))
     {
         SCOPED_TRACE(size);
         Note(ExpectHonest(whole.substr(0, size), written));
@@ -299,11 +308,12 @@ protected:
 TEST_F(KilledStore, WhoseLogIsCutAtAnyByteIsTheStateBeforeOrAfterTheCommit)
 {
     int after = 0;
-    for (std::size_t size = 0; size < m_log.size(); size += Full() || size + 97 >= m_log.size() ? 1 : 97)
+    for (std::size_t size = 0; size < m_log.size(); size += TruncationStep(13))
     {
         SCOPED_TRACE(size);
         after += ExpectBeforeOrAfter(m_log.substr(0, size)) ? 1 : 0;
     }
+    after += ExpectBeforeOrAfter(m_log.substr(0, m_log.size() - 1)) ? 1 : 0;
     EXPECT_EQ(after, 0) << "the last byte is one of the commit";
     EXPECT_TRUE(ExpectBeforeOrAfter(m_log));
 }
