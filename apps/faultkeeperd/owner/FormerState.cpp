@@ -59,16 +59,39 @@ SStoredError Added(const SStoredError& stored, const SErrorEntry& record)
     return sum;
 }
 
-/// An owner without this store has run since the machine was started: its table knows better.
+/// The owner whose table it is had put what is stored into it.
+SStoredError Continued(const SStoredError& stored, const SErrorEntry& record)
+{
+    const int more = static_cast<std::uint16_t>(record.counter1 - stored.entry.counter1);
+    return {record, stored.raises + static_cast<std::uint64_t>(more)};
+}
+
+/// An owner that could read the store but not write it, as on a full disk, has put its counters into the
+/// table. Then those that have not changed since are as they are in the store.
+bool Continues(const std::vector<SErrorEntry>& records, const std::map<ErrorId, SStoredError>& errors)
+{
+    return std::any_of(records.begin(), records.end(),
+                       [&errors](const SErrorEntry& record)
+                       {
+                           const auto found = errors.find(ErrorId(record.problemCode, record.problemType));
+                           return found != errors.end() && record.counter1 > 0 &&
+                                  record.counter1 == found->second.entry.counter1 &&
+                                  record.raisedTime == found->second.entry.raisedTime &&
+                                  record.clearedTime == found->second.entry.clearedTime;
+                       });
+}
+
+/// An owner that did not write this store has run since the machine was started: its table knows better.
 void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records)
 {
     std::map<ErrorId, SStoredError> errors;
     for (const SStoredError& error : former.errors)
         errors[ErrorId(error.entry.problemCode, error.entry.problemType)] = error;
+    const bool continued = Continues(records, errors);
     for (const SErrorEntry& record : records)
     {
-        const ErrorId id(record.problemCode, record.problemType);
-        errors[id] = Added(errors[id], record);
+        SStoredError& error = errors[ErrorId(record.problemCode, record.problemType)];
+        error = continued ? Continued(error, record) : Added(error, record);
     }
     former.errors.clear();
     for (const auto& error : errors)

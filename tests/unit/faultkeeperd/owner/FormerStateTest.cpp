@@ -138,6 +138,20 @@ TEST_F(FormerState, OfAStoreThatMissedThisBootIsCompletedFromTheTable)
     EXPECT_EQ(m_former.errors.at(0).entry.raisedTime, Core::Time(1000));
 }
 
+TEST_F(FormerState, OfAStoreThatAnOwnerReadButCouldNotWriteIsNotCountedTwice)
+{
+    LeaveStore("boot before", "c");
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(Database());
+        owner.RestoreErrors({Error(kLinkSensor, false, 5, 5).entry});
+        owner.FaultkeeperReady(true);
+        owner.RaiseError(kDataSensor.first, kDataSensor.second);
+    }
+    EXPECT_EQ(Found(),
+              "Positioning:GPS:Communications:9 clear 5/5\nPositioning:Ublox:No Data:2 raised 1/1\n");
+}
+
 TEST_F(FormerState, OfTheStoreGoesBeforeTheTables)
 {
     LeaveStore("boot", "c");
