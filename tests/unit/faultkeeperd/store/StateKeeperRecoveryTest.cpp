@@ -278,7 +278,6 @@ TEST_F(RecoveringKeeper, WithAStoreThatNeverWorksForgottenSessionsAreNotRemember
     {
         keeper.Keep(SStoredSession{std::to_string(i), 1});
         keeper.Forget(std::to_string(i));
-        keeper.Commit(Later());
     }
     EXPECT_EQ(keeper.Remembered(), 0u);
 }
