@@ -25,7 +25,7 @@ std::chrono::microseconds WatchdogPause()
     const std::string process = Variable("WATCHDOG_PID");
     if (!process.empty() && process != std::to_string(getpid()))
         return std::chrono::microseconds(0);
-    const long long time = std::atoll(Variable("WATCHDOG_USEC").c_str());
+    const long long time = std::strtoll(Variable("WATCHDOG_USEC").c_str(), nullptr, 10);
     return std::chrono::microseconds(time > 0 ? (time + 1) / 2 : 0);
 }
 } // namespace
