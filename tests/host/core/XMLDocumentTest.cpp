@@ -159,6 +159,29 @@ TEST_F(HostXMLDocument, ReadsUTF16InBothByteOrders)
     }
 }
 
+TEST_F(HostXMLDocument, UTF16ThatDeclaresAnotherEncodingIsRefused)
+{
+    const auto declared = [this](const std::u16string& encoding, bool bigEndian)
+    { return ErrorOf(UTF16(u"\ufeff<?xml version='1.0' encoding='" + encoding + u"'?><a/>", bigEndian)); };
+    const std::string wrong = "1:31: encoding specified in XML declaration is incorrect";
+    for (const char16_t* const encoding : {u"ISO-8859-1", u"US-ASCII", u"utf-8"})
+        EXPECT_EQ(declared(encoding, true), wrong);
+    EXPECT_EQ(declared(u"UTF-16LE", true), wrong);
+    EXPECT_EQ(declared(u"UTF-16BE", false), wrong);
+    EXPECT_EQ(declared(u"klingon", false), "1:31: unknown encoding");
+    EXPECT_EQ(declared(u"utf-16be", true), "parsed");
+    EXPECT_EQ(declared(u"UTF-16LE", false), "parsed");
+    EXPECT_EQ(declared(u"Utf-16", false), "parsed");
+    EXPECT_EQ(ErrorOf(UTF16(u"<?xml\n version='1.0'\n\tencoding = \"UTF-8\" ?><a/>", false)),
+              "3:14: encoding specified in XML declaration is incorrect");
+}
+
+TEST_F(HostXMLDocument, BytesThatDeclareUTF16AreRefused)
+{
+    EXPECT_EQ(ErrorOf("<?xml version='1.0' encoding='UTF-16'?><a/>"),
+              "1:31: encoding specified in XML declaration is incorrect");
+}
+
 TEST_F(HostXMLDocument, BrokenUTF16IsRefused)
 {
     const std::u16string loneSurrogate = {0xFEFF, u'<',   u'a', u' ', u'b', u'=',
@@ -242,6 +265,16 @@ TEST_F(HostXMLDocument, DocumentTypeDeclarationsAreRefused)
               "2:2: " + reason);
     EXPECT_EQ(ErrorOf("\n<!DOCTYPE a [<!ENTITY x 'yyyy'><!ENTITY z '&x;&x;'>]>\n<a b='&z;'>&z;</a>"),
               "2:1: " + reason);
+}
+
+TEST_F(HostXMLDocument, ADocumentTypeDeclarationIsFoundWhereItBegins)
+{
+    const std::string reason = "document type declarations are refused";
+    EXPECT_EQ(ErrorOf("<!DOCTYPE a SYSTEM \"<!DOCTYPE\"><a/>"), "1:1: " + reason);
+    EXPECT_EQ(ErrorOf("<!-- <!DOCTYPE -->\n<?p <!DOCTYPE ?> <!DOCTYPE a PUBLIC '-' \"<!DOCTYPE\" [<!-- "
+                      "<!DOCTYPE -->]><a/>"),
+              "2:18: " + reason);
+    EXPECT_EQ(ErrorOf("\xEF\xBB\xBF<?xml version='1.0'?><!----><?p?><!DOCTYPE a>"), "1:34: " + reason);
 }
 
 std::string Nested(int depth)

@@ -19,7 +19,7 @@ bool XMLDocument::Parse(const std::string& path)
     m_root = XMLNode();
     m_error.clear();
     std::string text;
-    bool recoded = false;
+    std::string recoded;
     const std::string unread = ReadXMLFile(path, text, recoded);
     if (!unread.empty())
     {

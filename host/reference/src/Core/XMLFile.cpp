@@ -117,6 +117,8 @@ public:
     /// Is it that at all? By its mark, or by how a "<" looks.
     bool Recognised() const { return m_marked || m_bigEndian || StartsWith(m_bytes, "<\0"); }
 
+    const char* Name() const { return m_bigEndian ? "UTF-16BE" : "UTF-16LE"; }
+
     bool HasUnit() const { return m_next + 1 < m_bytes.size(); }
     bool HasOddByte() const { return m_next + 1 == m_bytes.size(); }
 
@@ -162,13 +164,13 @@ std::string Recoded(UTF16Text source)
 
 } // namespace
 
-std::string ReadXMLFile(const std::string& path, std::string& text, bool& recoded)
+std::string ReadXMLFile(const std::string& path, std::string& text, std::string& recoded)
 {
     text.clear();
     std::string reason = ReadRegularFile(path, text);
     const UTF16Text source(text);
-    recoded = source.Recognised();
-    if (recoded)
+    recoded = source.Recognised() ? source.Name() : "";
+    if (source.Recognised())
         text = Recoded(source);
     return reason;
 }

@@ -1,8 +1,12 @@
 #include "Core/XMLTreeBuilder.h"
 
+#include "Core/XMLTagScanner.h"
+
 #include <Core/IO/XMLDocument.h>
 
 #include <algorithm>
+#include <cstring>
+#include <iterator>
 #include <new>
 #include <strings.h>
 
@@ -19,14 +23,47 @@ constexpr std::size_t kPieceBytes = 1048576; // lengths are int in Expat
 /// Of the encodings that Expat reads, those with one byte a character. UTF-16 has been recoded before.
 bool IsSingleByte(const char* encoding)
 {
-    return encoding != nullptr && strncasecmp(encoding, "UTF", 3) != 0;
+    return strncasecmp(encoding, "UTF", 3) != 0;
+}
+
+bool SameName(const std::string& one, const char* other)
+{
+    return strcasecmp(one.c_str(), other) == 0;
+}
+
+/// Does Expat know it?
+bool IsEncoding(const char* name)
+{
+    constexpr const char* kEncodings[] = {"UTF-8",    "UTF-16",     "UTF-16BE",
+                                          "UTF-16LE", "ISO-8859-1", "US-ASCII"};
+    return std::any_of(std::begin(kEncodings), std::end(kEncodings),
+                       [name](const char* known) { return SameName(name, known); });
+}
+
+bool StartsWith(const std::string& text, std::size_t byte, const char* beginning)
+{
+    return text.compare(byte, std::strlen(beginning), beginning) == 0;
+}
+
+/// Where the document type declaration of a text that is well-formed up to there begins: before it are only
+/// blanks, comments and instructions, which may contain anything.
+std::size_t DoctypeByte(const std::string& text)
+{
+    std::size_t byte = text.find('<');
+    while (byte < text.size() && !StartsWith(text, byte, "<!DOCTYPE"))
+    {
+        const bool comment = StartsWith(text, byte, "<!--");
+        byte = text.find('<', text.find(comment ? "-->" : "?>", byte + (comment ? 4 : 2)));
+    }
+    return std::min(byte, text.size());
 }
 
 } // namespace
 
-XMLTreeBuilder::XMLTreeBuilder(const std::shared_ptr<XMLSource>& source, bool recoded, bool keepText)
+XMLTreeBuilder::XMLTreeBuilder(const std::shared_ptr<XMLSource>& source, const std::string& recoded,
+                               bool keepText)
     : m_source(source), m_text(source->Text()), m_recoded(recoded), m_keepText(keepText),
-      m_parser(XML_ParserCreate(recoded ? "UTF-8" : nullptr)), m_open(1)
+      m_parser(XML_ParserCreate(recoded.empty() ? nullptr : "UTF-8")), m_open(1)
 {
     if (m_parser == nullptr)
         throw std::bad_alloc();
@@ -113,7 +150,11 @@ void XMLTreeBuilder::CharacterData(void* builder, const XML_Char* text, int leng
 void XMLTreeBuilder::Declaration(void* builder, const XML_Char*, const XML_Char* encoding, int)
 {
     const auto self = static_cast<XMLTreeBuilder*>(builder);
-    if (!self->m_recoded && IsSingleByte(encoding))
+    if (encoding == nullptr)
+        return;
+    if (!self->m_recoded.empty())
+        self->Guarded([&] { self->CheckDeclared(encoding); });
+    else if (IsSingleByte(encoding))
         self->m_source->SingleByte();
 }
 
@@ -146,11 +187,29 @@ void XMLTreeBuilder::CloseElement()
     m_open.back().m_children.push_back(std::move(node));
 }
 
+/// Expat, which was told what it gets, does not look at what is declared.
+void XMLTreeBuilder::CheckDeclared(const char* encoding)
+{
+    if (!SameName("UTF-16", encoding) && !SameName(m_recoded, encoding))
+        Refuse(DeclaredByte(), XML_ErrorString(IsEncoding(encoding) ? XML_ERROR_INCORRECT_ENCODING
+                                                                    : XML_ERROR_UNKNOWN_ENCODING));
+}
+
+/// Where the name of the declared encoding stands, as Expat gives it for other texts.
+std::size_t XMLTreeBuilder::DeclaredByte() const
+{
+    XMLTagScanner scanner(m_text, m_text.find('<'));
+    std::string name;
+    std::size_t byte = 0;
+    while (scanner.NextAttribute(name, byte) && name != "encoding")
+    {
+    }
+    return m_text.find_first_of("\"'", byte) + 1;
+}
+
 void XMLTreeBuilder::RefuseDoctype()
 {
-    // Expat tells of it when it has read some way into it.
-    const std::size_t begin = m_text.rfind("<!DOCTYPE", CurrentByte());
-    Refuse(std::min(begin, CurrentByte()), "document type declarations are refused");
+    Refuse(DoctypeByte(m_text), "document type declarations are refused"); // Expat is some way into it
 }
 
 void XMLTreeBuilder::Refuse(std::size_t byte, const std::string& reason)

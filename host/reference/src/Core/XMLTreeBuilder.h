@@ -22,9 +22,11 @@ class XMLTreeBuilder
 {
 public:
     /// @param source    kept by the nodes; is told if its text is not UTF-8
-    /// @param recoded   the text is UTF-8 whatever encoding it declares
+    /// @param recoded   the encoding that the text had before it was made UTF-8; empty: it is as it was. What
+    /// it
+    ///                  declares has to agree with that
     /// @param keepText  keep character data?
-    XMLTreeBuilder(const std::shared_ptr<XMLSource>& source, bool recoded, bool keepText);
+    XMLTreeBuilder(const std::shared_ptr<XMLSource>& source, const std::string& recoded, bool keepText);
 
     /// @param root   gets the children if all went well, is untouched otherwise
     /// @param error  gets "line:column: reason" otherwise
@@ -50,13 +52,15 @@ private:
     bool ParseAll();
     void OpenElement(const char* name, const char** attributes);
     void CloseElement();
+    void CheckDeclared(const char* encoding);
+    std::size_t DeclaredByte() const;
     void RefuseDoctype();
     void Refuse(std::size_t byte, const std::string& reason);
     std::size_t CurrentByte() const;
 
     const std::shared_ptr<XMLSource> m_source;
     const std::string& m_text; // the source's
-    const bool m_recoded;
+    const std::string m_recoded;
     const bool m_keepText;
     std::unique_ptr<std::remove_pointer<XML_Parser>::type, FreeParser> m_parser;
     std::vector<XMLNode> m_open; // the node above the top element and the elements begun but not ended
