@@ -162,7 +162,6 @@ TEST(HostDecoder, TakesMessagesOf65536Bytes)
 
 TEST(HostDecoder, RefusesMessagesOfMoreBytes)
 {
-    EXPECT_EQ(Decoded(MessageOfBytes(65537)), "wrong at 65536: message longer than 65536 bytes");
     std::string numbers;
     while (numbers.size() < 66000)
         numbers += "i1e";
@@ -172,8 +171,21 @@ TEST(HostDecoder, RefusesMessagesOfMoreBytes)
 TEST(HostDecoder, RefusesALengthThatCannotFitAtItsDigits)
 {
     EXPECT_EQ(Decoded("d1:a65536:"), "wrong at 8: message longer than 65536 bytes");
+    EXPECT_EQ(Decoded(MessageOfBytes(65537)), "wrong at 8: message longer than 65536 bytes");
     EXPECT_EQ(Decoded("d1:a1073741824:"), "wrong at 9: message longer than 65536 bytes");
     EXPECT_EQ(Decoded("d99999999999999999999999:"), "wrong at 5: message longer than 65536 bytes");
+}
+
+TEST(HostDecoder, ALengthFitsOnlyIfWhatMustFollowTheTextDoes)
+{
+    const std::string deep = "d1:alll65522:" + std::string(65522, 'x'); // 65535 bytes
+    EXPECT_EQ(Decoded(deep), "wrong at 11: message longer than 65536 bytes") << "four levels have to end";
+    const std::string fits = "d1:alll65519:" + std::string(65519, 'x') + "eeee";
+    EXPECT_EQ(Decoded(fits), "0 " + fits + "\ndone");
+    EXPECT_EQ(Decoded("d1:alll65520:"), "wrong at 11: message longer than 65536 bytes");
+    const std::string key = "d65526:" + std::string(65526, 'k') + "0:e";
+    EXPECT_EQ(Decoded(key), "0 " + key + "\ndone");
+    EXPECT_EQ(Decoded("d65527:"), "wrong at 5: message longer than 65536 bytes") << "a key has a value";
 }
 
 TEST(HostDecoder, TakesEightLevels)

@@ -6,6 +6,7 @@ namespace
 {
 
 constexpr std::uint64_t kGreatest = std::numeric_limits<std::int64_t>::max();
+constexpr std::size_t kShortestValue = 2; // bytes, such as "le"
 constexpr const char* kTooLong = "message longer than 65536 bytes";
 static_assert(BDecoderC::kMaximumMessageBytes == 65536 && BDecoderC::kMaximumDepth == 8, "see the reasons");
 
@@ -143,11 +144,13 @@ bool BScanner::TakeLength(char byte)
     return CheckLength();
 }
 
-/// A text that could not end within the limit is refused by its length, before any of it has come.
+/// A text that leaves no room for what must follow it is refused by its length, before any of it has come:
+/// the ends of all levels and, after a key, a value.
 bool BScanner::CheckLength()
 {
     const std::size_t soFarAndColon = m_size + 2;
-    if (soFarAndColon + m_length <= BDecoderC::kMaximumMessageBytes)
+    const std::size_t toFollow = static_cast<std::size_t>(m_depth) + (m_inKey ? kShortestValue : 0);
+    if (soFarAndColon + m_length + toFollow <= BDecoderC::kMaximumMessageBytes)
         return true;
     return Wrong(kTooLong);
 }
