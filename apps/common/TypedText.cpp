@@ -9,9 +9,28 @@ namespace
 {
 constexpr std::size_t kQuotedBytes = 200;
 
-bool IsContinuation(unsigned char byte)
+bool IsWithin(unsigned char byte, unsigned first, unsigned last)
 {
-    return (byte & 0xC0U) == 0x80U;
+    return byte >= first && byte <= last;
+}
+
+// After some first bytes not every continuation is one: the character could be had with fewer bytes, is half
+// of a pair of UTF-16, or would be beyond the last there is.
+bool IsSecond(unsigned char byte, unsigned char lead)
+{
+    switch (lead)
+    {
+    case 0xE0:
+        return IsWithin(byte, 0xA0, 0xBF);
+    case 0xED:
+        return IsWithin(byte, 0x80, 0x9F);
+    case 0xF0:
+        return IsWithin(byte, 0x90, 0xBF);
+    case 0xF4:
+        return IsWithin(byte, 0x80, 0x8F);
+    default:
+        return IsWithin(byte, 0x80, 0xBF);
+    }
 }
 
 // Bytes of the character at a position; 0 for what is no UTF-8.
@@ -25,7 +44,10 @@ std::size_t CharacterBytes(const std::string& text, std::size_t start)
     const std::size_t bytes = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
     for (std::size_t i = 1; i < bytes; ++i)
     {
-        if (start + i >= text.size() || !IsContinuation(static_cast<unsigned char>(text[start + i])))
+        if (start + i >= text.size())
+            return 0;
+        const unsigned char byte = static_cast<unsigned char>(text[start + i]);
+        if (i == 1 ? !IsSecond(byte, lead) : !IsWithin(byte, 0x80, 0xBF))
             return 0;
     }
     return bytes;

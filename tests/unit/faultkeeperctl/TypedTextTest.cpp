@@ -23,6 +23,20 @@ TEST(WithoutControls, ShowsBytesThatAreNoTextAsNumbers)
     EXPECT_EQ(WithoutControls("a\xC3"), "a\\xC3");
 }
 
+TEST(WithoutControls, ShowsWhatOnlyLooksLikeACharacterAsNumbers)
+{
+    EXPECT_EQ(WithoutControls("\xC1\x9B"), "\\xC1\\x9B") << "longer than need be";
+    EXPECT_EQ(WithoutControls("\xE0\x80\x9B[31m"), "\\xE0\\x80\\x9B[31m") << "likewise: ESC";
+    EXPECT_EQ(WithoutControls("\xE0\x9F\xBF"), "\\xE0\\x9F\\xBF");
+    EXPECT_EQ(WithoutControls("\xF0\x80\x80\x80"), "\\xF0\\x80\\x80\\x80");
+    EXPECT_EQ(WithoutControls("\xF0\x8F\xBF\xBF"), "\\xF0\\x8F\\xBF\\xBF");
+    EXPECT_EQ(WithoutControls("\xED\xA0\x80"), "\\xED\\xA0\\x80") << "half of a pair";
+    EXPECT_EQ(WithoutControls("\xF4\x90\x80\x80"), "\\xF4\\x90\\x80\\x80") << "beyond the last one";
+    const std::string atTheLimits = "\xC2\xA0 \xE0\xA0\x80 \xED\x9F\xBF \xEE\x80\x80 \xF0\x90\x80\x80 "
+                                    "\xF4\x8F\xBF\xBF";
+    EXPECT_EQ(WithoutControls(atTheLimits), atTheLimits);
+}
+
 TEST(QuotedTyped, DoublesBackslashes)
 {
     EXPECT_EQ(QuotedTyped("\\x1B\x1b"), "\"\\\\x1B\\x1B\"");
