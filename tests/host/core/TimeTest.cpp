@@ -193,12 +193,16 @@ TEST(HostTimeDeathTest, NotBeforeAnEarlierTimeDoesNotTakeBackALaterOne)
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
-TEST(HostTimeDeathTest, NotBeforeTheLatestTimeDoesNotOverflow)
+TEST(HostTimeDeathTest, NowIsLaterOnEveryCallUpToTheLatestTimeAndStaysThere)
 {
     const auto run = []
     {
+        Time::NotBefore(Time::FromNanoseconds(kGreatest - 2));
+        bool right = Time::Now().Nanoseconds() == kGreatest - 1;
+        for (int call = 0; call < 3; ++call)
+            right = right && Time::Now().Nanoseconds() == kGreatest;
         Time::NotBefore(Time::FromNanoseconds(kGreatest));
-        std::_Exit(Time::Now().Nanoseconds() == kGreatest ? 0 : 1);
+        std::_Exit(right && Time::Now().Nanoseconds() == kGreatest ? 0 : 1);
     };
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }

@@ -33,10 +33,11 @@ public:
 
     /// The clock's time, except that it is always later than anything that Now has returned or NotBefore has
     /// been given in this process before, and than 1970: a clock that stands still or is set back costs one
-    /// nanosecond a call.
+    /// nanosecond a call. Only the last moment of the class, than which none is later, is returned again.
     static Time Now();
 
-    /// From here on Now returns later times than `earliest`. An `earliest` in the past changes nothing.
+    /// From here on Now returns later times than `earliest`; the last moment of the class if that is it. An
+    /// `earliest` in the past changes nothing.
     static void NotBefore(const Time& earliest);
 
     /// Nanoseconds since 1970.
