@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 namespace Faultkeeper
 {
@@ -20,11 +21,13 @@ void AppendNumber(BListC& arguments, int number)
     arguments.Append(std::make_unique<BAtomC>(number, &arguments));
 }
 
-/// Lets a host that can gather messages do so for one scope. Others send them one by one.
+/// Lets a host that can gather messages do so for one scope, which End should end: the host may call back
+/// from there, and a program's hooks may throw. Others send them one by one.
 template <typename Client, typename = void> class CBatchScope
 {
 public:
     explicit CBatchScope(Client&) {}
+    void End() {}
 };
 
 template <typename Client>
@@ -32,12 +35,29 @@ class CBatchScope<Client, std::void_t<decltype(&Client::BeginBatch), decltype(&C
 {
 public:
     explicit CBatchScope(Client& client) : m_client(client) { m_client.BeginBatch(); }
-    ~CBatchScope() { m_client.EndBatch(); }
+    ~CBatchScope()
+    {
+        try
+        {
+            End();
+        }
+        catch (...)
+        {
+            // An exception is under way already, and is the one to be told.
+        }
+    }
     CBatchScope(const CBatchScope&) = delete;
     CBatchScope& operator=(const CBatchScope&) = delete;
 
+    void End()
+    {
+        if (!std::exchange(m_ended, true))
+            m_client.EndBatch();
+    }
+
 private:
     Client& m_client;
+    bool m_ended = false;
 };
 
 /// Sets a flag for one scope.
@@ -136,10 +156,11 @@ void CFaultkeeperAPI::ProcessQueuedErrors()
 
 void CFaultkeeperAPI::DrainQueue()
 {
-    const CBatchScope<MPISocketClientC> batch(*this);
+    CBatchScope<MPISocketClientC> batch(*this);
     // One by one: what has been sent must not stay if a later one throws, or it would be sent again.
     for (auto event = m_queue.begin(); event != m_queue.end();)
         event = Report(*event, false) == -1 ? std::next(event) : m_queue.erase(event);
+    batch.End();
 }
 
 void CFaultkeeperAPI::SilentMode(bool on)

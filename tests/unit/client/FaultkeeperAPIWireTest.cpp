@@ -197,3 +197,78 @@ TEST_F(ClientWireTest, AnOwnerThatKeepsAccountLosesNothingByBeingReplaced)
     owner->Say("d3:acki2ee");
     EXPECT_TRUE(api.WaitUntilAcknowledged(30000));
 }
+
+namespace
+{
+/// Its hooks fail when they are told to.
+class CFailing : public CFaultkeeperAPI
+{
+public:
+    void DataSent() override { Fail(dataSentFails, "sent"); }
+    bool Connected() override
+    {
+        Fail(looksFail && WaitingCount() > 0, "looked");
+        return CFaultkeeperAPI::Connected();
+    }
+
+    bool dataSentFails = false;
+    bool looksFail = false; // between two messages that are gathered
+
+private:
+    static void Fail(bool fails, const char* what)
+    {
+        if (fails)
+            throw std::runtime_error(what);
+    }
+};
+
+std::string FailureOf(CFaultkeeperAPI& api)
+{
+    try
+    {
+        api.ProcessQueuedErrors();
+    }
+    catch (const std::runtime_error& failure)
+    {
+        return failure.what();
+    }
+    return "none";
+}
+} // namespace
+
+TEST_F(ClientWireTest, AHookThatThrowsWhenTheQueueIsSentThrowsToTheCaller)
+{
+    CFailing api;
+    ASSERT_EQ(api.RaiseError(kNoData, false), -1);
+    ASSERT_EQ(api.ClearError(kNoData), -1);
+    CPlainListener owner;
+    AwaitConnection(api);
+    api.dataSentFails = true;
+    EXPECT_EQ(FailureOf(api), "sent");
+    api.dataSentFails = false;
+    EXPECT_EQ(FailureOf(api), "none");
+    EXPECT_EQ(api.RaiseError(kNoData, false), 1);
+    owner.Accept();
+    owner.ReadIntroduction();
+    const std::string expected = RaiseBytes(1) + ClearBytes(2) + RaiseBytes(3);
+    EXPECT_EQ(owner.Read(expected.size()), expected) << "each once, and none gathered any more";
+}
+
+TEST_F(ClientWireTest, OfTwoHooksThatThrowWhenTheQueueIsSentTheFirstIsTold)
+{
+    CFailing api;
+    ASSERT_EQ(api.RaiseError(kNoData, false), -1);
+    ASSERT_EQ(api.ClearError(kNoData), -1);
+    CPlainListener owner;
+    AwaitConnection(api);
+    api.dataSentFails = true;
+    api.looksFail = true;
+    EXPECT_EQ(FailureOf(api), "looked");
+    EXPECT_EQ(api.SentCount(), 1u) << "the batch was ended";
+    api.dataSentFails = false;
+    api.looksFail = false;
+    EXPECT_EQ(FailureOf(api), "none");
+    owner.Accept();
+    owner.ReadIntroduction();
+    EXPECT_EQ(owner.Read(RaiseBytes(1).size() + ClearBytes(2).size()), RaiseBytes(1) + ClearBytes(2));
+}
