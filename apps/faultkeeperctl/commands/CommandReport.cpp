@@ -26,6 +26,9 @@ constexpr int kAcknowledgementSeconds = 2;
 constexpr int kMostSeconds = 3600;
 constexpr int kTurnMilliseconds = 20;
 constexpr const char* kNoOwner = "no owner: nobody listens on port 5300 of this machine";
+constexpr const char* kNotSure =
+    "no owner: the connection was lost after the report was sent; it may or may not "
+    "have been applied";
 
 struct SRequest
 {
@@ -104,7 +107,18 @@ bool Delivered(CFaultkeeperAPI& api)
     return api.BytesWaiting() == 0;
 }
 
-/// Waits for the owner to acknowledge.
+/// Remembers whether a connection was lost.
+class CReporter : public CFaultkeeperAPI
+{
+public:
+    void Disconnected() override { m_lost = true; }
+    bool Lost() const { return m_lost; }
+
+private:
+    bool m_lost = false;
+};
+
+/// Waits for the owner to acknowledge, as long as it can.
 /// @param welcomed  whether it has said that it does
 bool Acknowledged(CFaultkeeperAPI& api, std::chrono::seconds patience, bool& welcomed)
 {
@@ -112,7 +126,7 @@ bool Acknowledged(CFaultkeeperAPI& api, std::chrono::seconds patience, bool& wel
     {
         const bool acknowledged = api.WaitUntilAcknowledged(Clock::now() < end ? kTurnMilliseconds : 0);
         welcomed = welcomed || api.Welcomed();
-        if (acknowledged || Clock::now() >= end)
+        if (acknowledged || api.GivenUpCount() > 0 || Clock::now() >= end)
             return acknowledged;
     }
 }
@@ -121,7 +135,7 @@ bool Acknowledged(CFaultkeeperAPI& api, std::chrono::seconds patience, bool& wel
 bool Send(const SRequest& request, const ErrorId& id)
 {
     const bool raise = request.raise;
-    CFaultkeeperAPI api;
+    CReporter api;
     if (!Connected(api))
         throw CFailure(epsNoOwner, kNoOwner);
     const EProblemType type = static_cast<EProblemType>(id.second);
@@ -130,6 +144,8 @@ bool Send(const SRequest& request, const ErrorId& id)
     bool welcomed = false;
     if (result == 1 && Acknowledged(api, std::chrono::seconds(request.timeoutSeconds), welcomed))
         return true;
+    if (result == 1 && (api.GivenUpCount() > 0 || (!welcomed && api.BytesWaiting() == 0 && api.Lost())))
+        throw CFailure(epsNoOwner, kNotSure);
     if (welcomed)
         throw CFailure(epsNoOwner, "no owner: the report was sent, but not acknowledged within " +
                                        std::to_string(request.timeoutSeconds) +
@@ -184,7 +200,9 @@ void AddReport(CCommandLine& commandLine)
         "the error. An owner that never acknowledges anything counts as one that has taken it; \"and "
         "acknowledged\"\n"
         "is missing from the output then.\n"
-        "Exit status 3: nobody listens, or an owner that does acknowledge has not done so in time.\n"
+        "Exit status 3: nobody listens, an owner that does acknowledge has not done so in time, or the "
+        "connection\n"
+        "was lost before one has, so that it is not sure whether the report was applied.\n"
         "Example: faultkeeperctl raise \"Positioning:GPS:No Data:2\"");
     AddOne(commandLine, false, "clear", "Report an error as cleared",
            "Sends the report to the owner on port 5300, as \"raise\" does.\n"

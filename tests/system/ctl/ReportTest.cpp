@@ -39,6 +39,19 @@ public:
     CListener(const CListener&) = delete;
     CListener& operator=(const CListener&) = delete;
 
+    /// Takes the next report and is gone, like an owner that is killed.
+    void TakeAReportAndGo()
+    {
+        const int connection = accept(m_socket, nullptr, nullptr);
+        std::string text;
+        char byte = 0;
+        while (text.find("3:seqi1ee") == std::string::npos && read(connection, &byte, 1) == 1)
+            text += byte;
+        close(m_socket);
+        m_socket = -1;
+        close(connection);
+    }
+
     /// All that the next connection brings until it is closed.
     /// @param answer  said once a report has come
     std::string Received(const std::string& answer = "") const
@@ -122,6 +135,18 @@ TEST_F(Report, AnOwnerThatAcknowledgesButNotInTimeIsAsGoodAsNone)
     EXPECT_EQ(finished.errors,
               "faultkeeperctl: no owner: the report was sent, but not acknowledged within 1 s; "
               "it may still be applied\n");
+}
+
+TEST_F(Report, WhetherAnOwnerThatIsGoneHadAppliedItIsNotSure)
+{
+    CListener owner;
+    std::thread thread([&] { owner.TakeAReportAndGo(); });
+    const SFinished finished = Ctl({"raise", kReceiver, "--timeout", "1"});
+    thread.join();
+    EXPECT_EQ(finished.status, 3);
+    EXPECT_EQ(finished.output, "");
+    EXPECT_EQ(finished.errors, "faultkeeperctl: no owner: the connection was lost after the report was sent; "
+                               "it may or may not have been applied\n");
 }
 
 TEST_F(Report, ATimeoutOutOfRangeIsRefused)

@@ -18,6 +18,10 @@
 /// nothing. One that does not answer gets everything at once and nothing twice; what was under way is lost
 /// with it. Numbers that were never sent, and acknowledgements before the welcome, are as if not said.
 ///
+/// So that a notification was accepted means that it cannot be lost, as long as this object lives, only from
+/// the first welcome on (Welcomed), and as long as all receivers welcome. What was accepted before, and can't
+/// be sent in order any more when the welcome comes, is given up and counted (GivenUpCount).
+///
 /// If a receiver that welcomed is followed by one that does not, the latter is waited for 3 s. Then it gets,
 /// once, what was not acknowledged and no silent receiver has had, and is treated as one that does not answer
 /// until it does.
@@ -50,7 +54,8 @@ public:
     ///
     /// A no holds for kRetryMilliseconds, also if the connection is made again or room found meanwhile: who
     /// asks before each of many messages, and keeps those that met a no, would otherwise send later ones
-    /// before earlier ones. Within a batch (BeginBatch) it holds to the batch's end. In a session that was
+    /// before earlier ones. After it, a new message goes before the kept ones unless those are sent first.
+    /// Within a batch (BeginBatch) it holds to the batch's end. In a session that was
     /// welcomed only room can be wanting, which comes and goes quickly; there a no holds for
     /// kNoRoomMilliseconds otherwise. Connect, Reconnect and Accept by the owner end it at once.
     /// @return true if the connection is up (Connected), or the session as good as that, and the outbox has

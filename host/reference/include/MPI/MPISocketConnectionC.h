@@ -110,16 +110,27 @@ public:
     /// Notifications that the system has taken whole at least once.
     std::uint64_t SentCount() const;
 
-    /// Notifications accepted but not acknowledged; all of them, if the receiver acknowledges nothing. Those
-    /// given up by Destroy do not count.
+    /// Notifications accepted and neither acknowledged nor given up; all of them, if the receiver
+    /// acknowledges nothing. Each that was accepted is one of the three: acknowledged, counted here, or in
+    /// GivenUpCount.
     std::uint64_t UnacknowledgedCount() const;
 
-    /// Waits until every notification accepted so far is acknowledged, connecting again and sending again as
-    /// VerifyConnection would. For programs that report and end: an acknowledged notification has arrived.
-    /// From within a turn it only looks.
+    /// Notifications given up over the life of this object: they will not be sent again, and whether they
+    /// have arrived nobody can say. There are none but
+    ///  - those that a connection without a welcome took before it was lost, and that the next receiver to
+    ///    welcome has not said to have applied before others followed them over another connection, or for
+    ///    which the outbox had no room any more;
+    ///  - those that Destroy forgot.
+    /// They count from that next welcome on, or from Destroy; before it they are unacknowledged.
+    std::uint64_t GivenUpCount() const;
+
+    /// Waits until every notification accepted so far is acknowledged or given up, connecting again and
+    /// sending again as VerifyConnection would. For programs that report and end: an acknowledged
+    /// notification has arrived. From within a turn it only looks.
     /// @param timeoutMilliseconds  the longest wait; 0 only looks, -1 waits without limit
-    /// @return true if all are acknowledged, also if there were none; false if the time is over, or if the
-    ///         connection is lost and not made again by itself
+    /// @return true if all that were ever accepted are acknowledged, also if there were none; false if the
+    ///         time is over, if the connection is lost and not made again by itself, or if there are any that
+    ///         were given up
     bool WaitUntilAcknowledged(int timeoutMilliseconds);
 
     /// Registers what to call for a notification; it takes the place of what was registered before.

@@ -166,6 +166,11 @@ std::uint64_t MPISocketConnectionC::UnacknowledgedCount() const
     return Session() != nullptr ? Session()->Unacknowledged() : 0;
 }
 
+std::uint64_t MPISocketConnectionC::GivenUpCount() const
+{
+    return Session() != nullptr ? Session()->GivenUp() : 0;
+}
+
 bool MPISocketConnectionC::WaitUntilAcknowledged(int timeoutMilliseconds)
 {
     const Deadline deadline(timeoutMilliseconds);
@@ -173,7 +178,7 @@ bool MPISocketConnectionC::WaitUntilAcknowledged(int timeoutMilliseconds)
     {
         ProcessMessages(false);
         if (UnacknowledgedCount() == 0)
-            return true;
+            return GivenUpCount() == 0;
         if (m_inTurn || deadline.Passed() || (Descriptor() < 0 && !ConnectsAgain()))
             return false;
         const int left = deadline.MillisecondsLeft();

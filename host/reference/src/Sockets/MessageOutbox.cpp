@@ -123,6 +123,14 @@ void MessageOutbox::Rebuild(std::uint64_t beyond)
     m_handed = handed;
 }
 
+std::uint64_t MessageOutbox::FirstUnsent() const
+{
+    const auto begin = m_entries.begin() + static_cast<std::ptrdiff_t>(m_handed);
+    const auto found =
+        std::find_if(begin, m_entries.end(), [](const SEntry& entry) { return entry.number != 0; });
+    return found == m_entries.end() ? 0 : found->number;
+}
+
 void MessageOutbox::DropFirst()
 {
     m_first += m_entries.front().bytes;

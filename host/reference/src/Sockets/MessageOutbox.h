@@ -57,6 +57,9 @@ public:
     std::uint64_t FirstOfConnection() const { return m_firstOfConnection; }
     std::uint64_t LastOfConnection() const { return m_lastOfConnection; }
 
+    /// The first number that the kernel does not have whole; 0 if none.
+    std::uint64_t FirstUnsent() const;
+
     /// Does the kernel have a part of a message?
     bool WithinMessage() const { return m_next != m_message; }
 

@@ -64,8 +64,45 @@ void SessionDelivery::End()
 {
     m_up = false;
     if (!m_welcomed)
+    {
         m_sentSilently = std::max(m_sentSilently, m_outbox.LastOfConnection());
+        NoteGap(m_outbox.FirstOfConnection());
+    }
     m_outbox.HoldBack(m_everWelcomed);
+}
+
+/// @param first  that a connection without a welcome has had whole; 0: none
+void SessionDelivery::NoteGap(std::uint64_t first)
+{
+    if (first <= m_acknowledged + 1)
+        return;
+    m_firstGap = m_firstGap == 0 ? first : std::min(m_firstGap, first);
+    m_lastGap = std::max(m_lastGap, first);
+}
+
+void SessionDelivery::GiveUpWhatWasPassedOver(std::uint64_t applied)
+{
+    if (m_firstGap != 0 && applied >= m_firstGap)
+        GiveUpBefore(std::min(m_lastGap, applied + 1));
+}
+
+void SessionDelivery::GiveUpBefore(std::uint64_t number)
+{
+    if (number <= m_acknowledged + 1)
+        return;
+    m_givenUp += number - 1 - m_acknowledged;
+    m_acknowledged = number - 1;
+}
+
+/// @return the first number that this connection has had or will have
+std::uint64_t SessionDelivery::SendTheRest()
+{
+    if (m_outbox.FirstOfConnection() != 0)
+        return m_outbox.FirstOfConnection(); // what came before can't be sent in order any more
+    if (!m_outbox.WithinMessage())
+        m_outbox.SendAgain(0);
+    const std::uint64_t first = m_outbox.FirstUnsent();
+    return first != 0 ? first : NextNumber();
 }
 
 bool SessionDelivery::Welcome(std::int64_t number)
@@ -75,6 +112,9 @@ bool SessionDelivery::Welcome(std::int64_t number)
     const auto applied = static_cast<std::uint64_t>(number);
     m_welcomed = true;
     m_everWelcomed = true;
+    if (m_up)
+        NoteGap(m_outbox.FirstOfConnection());
+    GiveUpWhatWasPassedOver(applied);
     m_acknowledged = std::max(m_acknowledged, applied);
     m_outbox.Acknowledge(applied);
     m_outbox.MayForget(false);
@@ -83,10 +123,11 @@ bool SessionDelivery::Welcome(std::int64_t number)
         m_outbox.HoldBack(true); // heard of a connection that has gone: its successor will say more
         return false;
     }
-    if (m_outbox.FirstOfConnection() != 0) // what came before can't be sent in order any more
-        m_outbox.Acknowledge(m_outbox.FirstOfConnection() - 1);
-    else if (!m_outbox.WithinMessage())
-        m_outbox.SendAgain(0);
+    const std::uint64_t first = SendTheRest();
+    GiveUpBefore(first);
+    m_outbox.Acknowledge(first - 1);
+    m_firstGap = 0;
+    m_lastGap = 0;
     m_outbox.HoldBack(false);
     return true;
 }
@@ -117,5 +158,7 @@ void SessionDelivery::Forget()
     m_outbox.HoldBack(false);
     m_outbox.MayForget(true);
     m_everWelcomed = false;
-    m_acknowledged = m_last;
+    GiveUpBefore(NextNumber());
+    m_firstGap = 0;
+    m_lastGap = 0;
 }

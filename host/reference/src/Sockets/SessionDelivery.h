@@ -19,6 +19,11 @@
 /// A receiver that says nothing gets everything at once and nothing twice. On a connection that follows one
 /// with a welcome, it is waited for kWelcomeMilliseconds; a receiver that has not spoken until then counts as
 /// one of those: it gets, once, what is not acknowledged and was not sent to such a one before.
+///
+/// That leaves gaps. A connection without a welcome begins with what the one before it has not had, and who
+/// applies that passes over what it lacks from before. So a welcome vouches for what was sent over such
+/// connections only if it lies before the gap, when all can be sent again in order; what it does not vouch
+/// for is given up.
 class SessionDelivery
 {
 public:
@@ -58,15 +63,24 @@ public:
     void Forget();
 
     std::uint64_t Unacknowledged() const { return m_last - m_acknowledged; }
+    std::uint64_t GivenUp() const { return m_givenUp; }
 
 private:
     using Clock = std::chrono::steady_clock;
+
+    void NoteGap(std::uint64_t first);
+    void GiveUpWhatWasPassedOver(std::uint64_t applied);
+    void GiveUpBefore(std::uint64_t number);
+    std::uint64_t SendTheRest();
 
     MessageOutbox& m_outbox;
     const bool m_bridgesOutages;
     std::string m_introduction;
     std::uint64_t m_last = 0;         // accepted
     std::uint64_t m_acknowledged = 0; // and all before it; given up counts as well
+    std::uint64_t m_givenUp = 0;      // how many of those
+    std::uint64_t m_firstGap = 0;     // the number after it, 0 if there is none since the last welcome
+    std::uint64_t m_lastGap = 0;      // likewise, of the last one
     std::uint64_t m_sentSilently = 0; // the greatest number that had gone to somebody who did not welcome us
     bool m_everWelcomed = false;
     bool m_up = false;
