@@ -20,34 +20,39 @@ void CSessionStream::Take(const std::string& bytes)
     while (TakeOne())
     {
     }
+    m_rest.erase(0, m_next);
+    m_next = 0;
 }
 
 bool CSessionStream::TakeOne()
 {
     if (m_session.empty())
-    {
-        const std::size_t size = kBeforeId.size() + kIdDigits + kAfterId.size();
-        if (m_rest.size() < size)
-            return false;
-        m_session = m_rest.substr(kBeforeId.size(), kIdDigits);
-        EXPECT_EQ(m_rest.substr(0, size), kBeforeId + m_session + kAfterId);
-        EXPECT_EQ(m_session.find_first_not_of("0123456789abcdef"), std::string::npos);
-        m_rest.erase(0, size);
-        return true;
-    }
+        return TakeIntroduction();
     const std::string begin = "d4:argsli";
-    const std::size_t digits =
-        m_rest.size() > begin.size() ? m_rest.find('e', begin.size()) : std::string::npos;
-    if (digits == std::string::npos)
+    const std::size_t digits = m_next + begin.size();
+    const std::size_t end = m_rest.size() > digits ? m_rest.find('e', digits) : std::string::npos;
+    if (end == std::string::npos)
         return false;
-    const std::uint64_t number = std::stoull(m_rest.substr(begin.size(), digits - begin.size()));
+    const std::uint64_t number = std::stoull(m_rest.substr(digits, end - digits));
     const std::string expected = Notification(number);
-    if (m_rest.size() < expected.size())
+    if (m_rest.size() - m_next < expected.size())
         return false;
-    EXPECT_EQ(m_rest.substr(0, expected.size()), expected);
+    EXPECT_EQ(m_rest.substr(m_next, expected.size()), expected);
     m_numbers.push_back(number);
-    m_rest.erase(0, expected.size());
+    m_next += expected.size();
     return !testing::Test::HasFailure();
+}
+
+bool CSessionStream::TakeIntroduction()
+{
+    const std::size_t size = kBeforeId.size() + kIdDigits + kAfterId.size();
+    if (m_rest.size() < size)
+        return false;
+    m_session = m_rest.substr(kBeforeId.size(), kIdDigits);
+    EXPECT_EQ(m_rest.substr(0, size), kBeforeId + m_session + kAfterId);
+    EXPECT_EQ(m_session.find_first_not_of("0123456789abcdef"), std::string::npos);
+    m_next += size;
+    return true;
 }
 
 std::string Notification(std::uint64_t number)

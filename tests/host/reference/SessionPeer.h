@@ -29,10 +29,12 @@ public:
 
 private:
     bool TakeOne();
+    bool TakeIntroduction();
 
     std::string m_session;
     std::vector<std::uint64_t> m_numbers;
     std::string m_rest;
+    std::size_t m_next = 0; // within the rest, while it is taken
 };
 
 /// The bytes of a notification "Number" with its own number and nothing else as arguments.
