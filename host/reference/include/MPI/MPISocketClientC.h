@@ -26,6 +26,10 @@
 /// once, what was not acknowledged and no silent receiver has had, and is treated as one that does not answer
 /// until it does.
 ///
+/// In a process that was forked, a client that goes on being used begins a session of its own there, with a
+/// new id, numbers from 1, an empty outbox, counts of 0 and a connection of its own, which is made to where
+/// the last one went. Session, connection and all that waits stay the parent's, who notices nothing.
+///
 /// Nothing here waits for the peer: a client that is asked before every message (VerifyConnection), or whose
 /// owner calls ProcessMessages(false) at least once a second, keeps itself connected and its outbox empty.
 class CORE_EXPORT MPISocketClientC : public MPISocketConnectionC

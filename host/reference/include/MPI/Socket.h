@@ -171,6 +171,7 @@ protected:
 private:
     class CORE_LOCAL Transport;
 
+    Transport& Own() const;
     void ReportLoss();
 
     std::unique_ptr<Transport> m_transport;

@@ -148,6 +148,16 @@ void MessageOutbox::Clear()
     m_handed = 0;
 }
 
+void MessageOutbox::StartAnew()
+{
+    Clear();
+    m_held = false;
+    m_mayForget = true;
+    m_lastHanded = 0;
+    m_firstOfConnection = 0;
+    m_lastOfConnection = 0;
+}
+
 /// Moves the rest to the front once enough before it is gone, so that each byte moves a few times at most.
 void MessageOutbox::Compact()
 {

@@ -65,6 +65,9 @@ public:
 
     void Clear();
 
+    /// Clears, and is as if nothing had ever been added.
+    void StartAnew();
+
 private:
     struct SEntry
     {

@@ -10,37 +10,43 @@ Socket::Socket() : m_transport(std::make_unique<Transport>()) {}
 
 Socket::~Socket() = default;
 
+Socket::Transport& Socket::Own() const
+{
+    m_transport->FollowFork();
+    return *m_transport;
+}
+
 void Socket::Accept(int descriptor)
 {
     if (descriptor < 0 || descriptor == Descriptor())
         return;
     Close();
-    m_transport->Adopt(FileDescriptor(descriptor));
+    Own().Adopt(FileDescriptor(descriptor));
 }
 
 bool Socket::Reconnect(int timeoutMilliseconds)
 {
-    if (!m_transport->HasTarget())
+    if (!Own().HasTarget())
         return false;
     Close();
-    m_transport->Start();
+    Own().Start();
     if (timeoutMilliseconds < 0)
-        return m_transport->UnderWay(); // at the soonest it is up when it is asked for next
+        return Own().UnderWay(); // at the soonest it is up when it is asked for next
     const Deadline deadline(timeoutMilliseconds);
-    m_transport->Progress();
-    while (m_transport->UnderWay() && !deadline.Passed())
+    Own().Progress();
+    while (Own().UnderWay() && !deadline.Passed())
     {
-        SocketCalls::Poll(m_transport->Number(), true, -1,
-                          std::min(deadline.MillisecondsLeft(), m_transport->MillisecondsOfPatience()));
-        m_transport->Progress();
+        SocketCalls::Poll(Own().Number(), true, -1,
+                          std::min(deadline.MillisecondsLeft(), Own().MillisecondsOfPatience()));
+        Own().Progress();
     }
-    return m_transport->Up();
+    return Own().Up();
 }
 
 bool Socket::Connected()
 {
-    m_transport->Progress();
-    return m_transport->Up();
+    Own().Progress();
+    return Own().Up();
 }
 
 int Socket::GetExtraReader()
@@ -60,8 +66,8 @@ void Socket::Disconnected() {}
 
 bool Socket::Connect(const std::string& host, unsigned short port, int timeoutMilliseconds)
 {
-    m_transport->Target(SocketAddress::Find(host, port));
-    if (m_transport->HasTarget())
+    Own().Target(SocketAddress::Find(host, port));
+    if (Own().HasTarget())
         return Reconnect(timeoutMilliseconds);
     Close();
     return false;
@@ -69,99 +75,99 @@ bool Socket::Connect(const std::string& host, unsigned short port, int timeoutMi
 
 void Socket::Close()
 {
-    m_transport->Close();
+    Own().Close();
     ReportLoss();
 }
 
 void Socket::Forget()
 {
-    m_transport->Target({}); // first: Disconnected may want to connect again
+    Own().Target({}); // first: Disconnected may want to connect again
     Close();
 }
 
 bool Socket::PeerHasEnded() const
 {
-    return m_transport->Up() && SocketCalls::PeerHasEnded(m_transport->Number());
+    return Own().Up() && SocketCalls::PeerHasEnded(Own().Number());
 }
 
 int Socket::Descriptor() const
 {
-    return m_transport->Number();
+    return Own().Number();
 }
 
 bool Socket::Sending() const
 {
-    return m_transport->UnderWay() || (m_transport->Up() && m_transport->Outbox().UnsentBytes() > 0);
+    return Own().UnderWay() || (Own().Up() && Own().Outbox().UnsentBytes() > 0);
 }
 
 std::size_t Socket::BytesWaiting() const
 {
-    return m_transport->Outbox().Waiting();
+    return Own().Outbox().Waiting();
 }
 
 const std::string& Socket::PeerName() const
 {
-    return m_transport->PeerName();
+    return Own().PeerName();
 }
 
 bool Socket::Queue(const std::string& message, std::uint64_t number)
 {
-    return m_transport->Outbox().Add(message, number);
+    return Own().Outbox().Add(message, number);
 }
 
 void Socket::Flush(bool look)
 {
-    if (m_transport->Flush(look))
+    if (Own().Flush(look))
         DataSent();
     ReportLoss();
 }
 
 void Socket::DropOutbox()
 {
-    if (m_transport->Session() != nullptr)
-        m_transport->Session()->Forget();
-    m_transport->Outbox().Clear();
+    if (Own().Session() != nullptr)
+        Own().Session()->Forget();
+    Own().Outbox().Clear();
 }
 
 void Socket::StartSession(bool bridgesOutages)
 {
-    m_transport->StartSession(bridgesOutages);
+    Own().StartSession(bridgesOutages);
 }
 
 SessionDelivery* Socket::Session() const
 {
-    return m_transport->Session();
+    return Own().Session();
 }
 
 const MessageOutbox& Socket::Outbox() const
 {
-    return m_transport->Outbox();
+    return Own().Outbox();
 }
 
 void Socket::SendWithoutDelay(bool on)
 {
-    SocketCalls::SendWithoutDelay(m_transport->Number(), on); // without a connection nothing comes of it
+    SocketCalls::SendWithoutDelay(Own().Number(), on); // without a connection nothing comes of it
 }
 
 void Socket::ReadToTheEnd()
 {
-    m_transport->ReadToTheEnd();
+    Own().ReadToTheEnd();
 }
 
 bool Socket::Up() const
 {
-    return m_transport->Up();
+    return Own().Up();
 }
 
 std::size_t Socket::Receive(std::string& input)
 {
     char buffer[kReadBytes];
-    const std::size_t count = m_transport->Receive(buffer, sizeof(buffer));
+    const std::size_t count = Own().Receive(buffer, sizeof(buffer));
     input.assign(buffer, count);
     if (count > 0)
     {
-        const std::string host = m_transport->PeerHost(); // which may be gone after the first call
-        const unsigned short port = m_transport->Peer().Port();
+        const std::string host = Own().PeerHost(); // which may be gone after the first call
+        const unsigned short port = Own().Peer().Port();
         DataReceived();
         DataReceivedFrom(host, port);
     }
@@ -171,7 +177,7 @@ std::size_t Socket::Receive(std::string& input)
 
 std::size_t Socket::Receive(char* buffer, std::size_t size)
 {
-    const std::size_t count = m_transport->Receive(buffer, size);
+    const std::size_t count = Own().Receive(buffer, size);
     ReportLoss();
     return count;
 }
@@ -179,10 +185,10 @@ std::size_t Socket::Receive(char* buffer, std::size_t size)
 bool Socket::Wait(int timeoutMilliseconds)
 {
     int timeout = timeoutMilliseconds;
-    if (m_transport->UnderWay()) // longer than that the address is not waited for
-        timeout = timeout < 0 ? m_transport->MillisecondsOfPatience()
-                              : std::min(timeout, m_transport->MillisecondsOfPatience());
-    const unsigned ready = SocketCalls::Poll(m_transport->Number(), Sending(), GetExtraReader(), timeout);
+    if (Own().UnderWay()) // longer than that the address is not waited for
+        timeout =
+            timeout < 0 ? Own().MillisecondsOfPatience() : std::min(timeout, Own().MillisecondsOfPatience());
+    const unsigned ready = SocketCalls::Poll(Own().Number(), Sending(), GetExtraReader(), timeout);
     if ((ready & 2u) != 0)
         ReadExtra();
     return ready != 0;
@@ -190,21 +196,21 @@ bool Socket::Wait(int timeoutMilliseconds)
 
 unsigned Socket::ConnectionCount() const
 {
-    return m_transport->Count();
+    return Own().Count();
 }
 
 unsigned Socket::AttemptCount() const
 {
-    return m_transport->Starts();
+    return Own().Starts();
 }
 
 int Socket::MillisecondsSinceAttempt() const
 {
-    return m_transport->MillisecondsSinceStart();
+    return Own().MillisecondsSinceStart();
 }
 
 void Socket::ReportLoss()
 {
-    if (m_transport->TakeLoss())
+    if (Own().TakeLoss())
         Disconnected();
 }

@@ -124,8 +124,23 @@ void Socket::Transport::Establish()
     SendIntroduction();
 }
 
+void Socket::Transport::FollowFork()
+{
+    if (m_forks == ForkCount())
+        return;
+    m_forks = ForkCount();
+    if (m_session == nullptr)
+        return;
+    Drop();
+    m_outbox.StartAnew();
+    StartSession(m_bridgesOutages);
+    m_started = false; // so that it connects as soon as it is wanted
+    ++m_count;         // what has come in so far belongs to another connection than what will come
+}
+
 void Socket::Transport::StartSession(bool bridgesOutages)
 {
+    m_bridgesOutages = bridgesOutages;
     m_session = std::make_unique<SessionDelivery>(m_outbox, bridgesOutages);
 }
 

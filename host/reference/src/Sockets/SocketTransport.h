@@ -2,6 +2,7 @@
 #define SOCKETS_SOCKETTRANSPORT_H
 
 #include "Sockets/FileDescriptor.h"
+#include "Sockets/Forks.h"
 #include "Sockets/MessageOutbox.h"
 #include "Sockets/SessionDelivery.h"
 #include "Sockets/SocketAddress.h"
@@ -21,10 +22,14 @@
 class CORE_LOCAL Socket::Transport
 {
 public:
-    Transport() : m_outbox(kOutboxBytes) {}
+    Transport() : m_forks(ForkCount()), m_outbox(kOutboxBytes) {}
     ~Transport();
     Transport(const Transport&) = delete;
     Transport& operator=(const Transport&) = delete;
+
+    /// To be called first. In a process that was forked since the last call a session starts anew, without a
+    /// connection and with nothing to send: those are the parent's.
+    void FollowFork();
 
     /// Remembers where to connect.
     void Target(const std::vector<SocketAddress>& addresses) { m_target = addresses; }
@@ -104,6 +109,7 @@ private:
     Clock::time_point m_start;        // of the last try to connect, if any
     Clock::time_point m_addressStart; // of the address under way, if any
     pid_t m_process = 0;              // that made the connection
+    unsigned m_forks;
     FileDescriptor m_descriptor;
     bool m_up = false;
     bool m_lossUntold = false;
@@ -112,6 +118,7 @@ private:
     std::string m_peerHost;
     std::string m_peerName;
     MessageOutbox m_outbox;
+    bool m_bridgesOutages = false;
     std::unique_ptr<SessionDelivery> m_session;
     std::size_t m_introduced = 0; // bytes of the introduction that this connection has taken
     bool m_readsToTheEnd = false;
