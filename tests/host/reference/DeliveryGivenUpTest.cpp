@@ -1,4 +1,6 @@
 // Notifications that nobody can be sure of any more: they are counted, and never said to be acknowledged.
+#include <MPI/MPISocketServerC.h>
+
 #include <gtest/gtest.h>
 #include <string>
 
@@ -177,6 +179,55 @@ TEST_F(HostGivenUp, ALossWithinAMessageThatWasNotWelcomedKeepsCountToo)
     Say(Welcome(1));
     EXPECT_EQ(m_client->GivenUpCount(), 2u) << "2 and 3";
     EXPECT_EQ(m_client->UnacknowledgedCount(), number - 3);
+}
+
+/// Keeps account of the one session there is.
+class Account : public MPIServerHandlerC
+{
+public:
+    void PeerIntroduced(const MPIPeerC& peer) override { server->Welcome(peer.connection, Applied()); }
+    bool NotificationReceived(const MPIPeerC&, const MPINotificationC& notification) override
+    {
+        if (notification.number > Applied())
+            numbers.push_back(notification.number);
+        return true;
+    }
+    void BatchEnded(const MPIPeerC& peer) override { server->Acknowledge(peer.connection, Applied()); }
+    void InputRefused(const MPIPeerC&, std::uint64_t, const std::string& reason) override
+    {
+        ADD_FAILURE() << reason;
+    }
+    std::uint64_t Applied() const { return numbers.empty() ? 0 : numbers.back(); }
+
+    MPISocketServerC* server = nullptr;
+    Numbers numbers;
+};
+
+TEST_F(HostGivenUp, NothingIsLostByConnectingAnewToAServerThatHasNotReadYet)
+{
+    Account account;
+    MPISocketServerC server(account);
+    account.server = &server;
+    ASSERT_TRUE(server.Listen(0)) << server.Error();
+    m_client = std::make_unique<MPISocketClientC>(true);
+    for (std::uint64_t last = 4000; last <= 4003; ++last)
+    {
+        ASSERT_TRUE(m_client->Connect("127.0.0.1", server.Port(), 30000));
+        SendAll(last == 4000 ? 1 : last, last);
+    }
+    EXPECT_TRUE(Eventually(
+        [&]
+        {
+            server.Serve(0);
+            m_client->ProcessMessages(false);
+            return m_client->UnacknowledgedCount() == 0;
+        }));
+    Numbers all;
+    for (std::uint64_t number = 1; number <= 4003; ++number)
+        all.push_back(number);
+    EXPECT_EQ(account.numbers, all);
+    EXPECT_EQ(m_client->GivenUpCount(), 0u);
+    EXPECT_TRUE(m_client->WaitUntilAcknowledged(0));
 }
 
 } // namespace

@@ -2,14 +2,20 @@
 #include <MPI/BAtomC.h>
 #include <MPI/BListC.h>
 #include <MPI/MPISocketClientC.h>
+#include <MPI/MPISocketServerC.h>
 
 #include <chrono>
+#include <cstdint>
+#include <ctime>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <thread>
 
+#include "host/connections/ServerFixture.h"
+#include "host/connections/SessionsHandler.h"
+#include "host/reference/DeliveryFixture.h"
 #include "host/reference/SessionPeer.h"
 
 namespace
@@ -19,6 +25,10 @@ using namespace HostTest;
 
 thread_local int sends = 0;
 thread_local int looks = 0; // receives and polls
+thread_local int rests = 0; // polls that may wait, and sleeps
+
+/// While it stands still only waiting moves the clock on, and takes no time. Nanoseconds; negative: it goes.
+std::int64_t standing = -1;
 
 template <typename Function> Function* Next(const char* name)
 {
@@ -47,7 +57,28 @@ extern "C" int poll(pollfd* entries, nfds_t count, int timeoutMilliseconds)
 {
     static auto* const next = Next<int(pollfd*, nfds_t, int)>("poll");
     ++looks;
-    return next(entries, count, timeoutMilliseconds);
+    if (timeoutMilliseconds != 0)
+        ++rests;
+    if (standing < 0 || timeoutMilliseconds < 0)
+        return next(entries, count, timeoutMilliseconds);
+    const int ready = next(entries, count, 0);
+    if (ready == 0)
+        standing += std::int64_t{timeoutMilliseconds} * 1000000;
+    return ready;
+}
+
+extern "C" int clock_nanosleep(clockid_t, int, const timespec*, timespec*)
+{
+    ++rests;
+    return 0;
+}
+
+std::chrono::steady_clock::time_point std::chrono::steady_clock::now() noexcept
+{
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    const std::int64_t going = std::int64_t{time.tv_sec} * 1000000000 + time.tv_nsec;
+    return time_point(std::chrono::nanoseconds(standing < 0 ? going : standing));
 }
 
 namespace
@@ -124,6 +155,109 @@ TEST_F(HostSystemCalls, ABatchIsAFew)
     m_client.EndBatch();
     EXPECT_EQ(m_client.WaitingCount(), 0u);
     EXPECT_LE(sends, 5) << "of 64 KiB each";
+}
+
+using HostServerSystemCalls = CServerFixture<CSessionsHandler>;
+
+/// Serves a turn in which much comes in.
+void ServeMuch(MPISocketServerC& server, CSessionsHandler& handler, CRawConnection& connection)
+{
+    std::string many;
+    for (int count = 0; count < 100; ++count)
+        many += kPlain;
+    const int before = handler.counts[1];
+    connection.Send(many);
+    EXPECT_TRUE(Eventually(
+        [&]
+        {
+            server.Serve(0);
+            return handler.counts[1] == before + 100;
+        }));
+    rests = 0;
+}
+
+TEST_F(HostServerSystemCalls, ServeRestsAfterMuchInputOnlyIfItMayWait)
+{
+    CRawConnection connection = Connect();
+    ServeMuch(m_server, m_handler, connection);
+    m_server.Serve(0);
+    EXPECT_EQ(rests, 0);
+    ServeMuch(m_server, m_handler, connection);
+    m_server.Serve(1);
+    EXPECT_EQ(rests, 1);
+    EXPECT_FALSE(m_server.GathersInput());
+    m_server.GathersInput(true);
+    EXPECT_TRUE(m_server.GathersInput());
+    ServeMuch(m_server, m_handler, connection);
+    m_server.Serve(0);
+    EXPECT_EQ(rests, 1);
+    m_server.Serve(0);
+    EXPECT_EQ(rests, 1) << "once";
+}
+
+/// A clock that stands still from when it is stopped.
+class HostClock : public HostDelivery
+{
+protected:
+    ~HostClock() override { standing = -1; }
+
+    static void StopClock() { standing = std::chrono::steady_clock::now().time_since_epoch().count(); }
+    static void Pass(int milliseconds) { standing += std::int64_t{milliseconds} * 1000000; }
+
+    /// @return how many notifications the client has taken before it said no
+    std::int64_t FillUp(bool read)
+    {
+        std::int64_t number = 0;
+        while (m_client->VerifyConnection())
+        {
+            EXPECT_TRUE(Send(static_cast<std::uint64_t>(++number), 1000));
+            if (read)
+                Peer().ReceivePending();
+        }
+        return number;
+    }
+};
+
+TEST_F(HostClock, ANoForWantOfRoomHoldsForFiveMilliseconds)
+{
+    Say(Welcome(0));
+    StopClock();
+    const std::int64_t number = FillUp(true);
+    while (m_client->WaitingCount() > 0)
+    {
+        Peer().ReceivePending();
+        m_client->ProcessMessages(false);
+    }
+    Say(Acknowledgement(number));
+    ASSERT_TRUE(m_client->HasRoom());
+    EXPECT_FALSE(m_client->VerifyConnection());
+    Pass(4);
+    EXPECT_FALSE(m_client->VerifyConnection());
+    Pass(1);
+    EXPECT_TRUE(m_client->VerifyConnection());
+}
+
+TEST_F(HostClock, TheDestructorOfAClientThatWasNotWelcomedDoesNotWaitAtAll)
+{
+    while (m_client->BytesWaiting() == 0)
+        ASSERT_TRUE(m_client->VerifyConnection() && Send(1, 60000));
+    StopClock();
+    const std::int64_t before = standing;
+    rests = 0;
+    m_client.reset();
+    EXPECT_EQ(rests, 0);
+    EXPECT_EQ(standing, before);
+}
+
+TEST_F(HostClock, ThatOfOneThatWasWelcomedWaitsForAPeerThatDoesNotReadForATenthOfASecond)
+{
+    Say(Welcome(0));
+    StopClock();
+    FillUp(false);
+    const std::int64_t before = standing;
+    m_client.reset();
+    EXPECT_GE(standing - before, 100 * 1000000);
+    EXPECT_LE(standing - before, 500 * 1000000) << "the longest, were the peer to read little by little";
 }
 
 } // namespace

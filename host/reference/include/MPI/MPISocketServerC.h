@@ -93,10 +93,12 @@ public:
 
 /// The receiving end of message connections, for the process that owns the error state.
 ///
-/// Everything happens within Serve, which hands what comes in to a handler. A connection that sends nonsense
-/// is closed by itself; no connection holds up another: each gets a turn of kBatchMessages at most, and what
-/// comes in meanwhile from those without anything left over goes first. Memory per connection is bounded, in
-/// both directions: a peer that does not read gets only the last of its acknowledgements, and no answers.
+/// Everything happens within Serve, which hands what comes in to a handler. Connections of one session are
+/// heard one after the other: a second one that introduces itself with it waits until the first has ended or
+/// has had nothing to say for half a second. A connection that sends nonsense is closed by itself; no
+/// connection holds up another: each gets a turn of kBatchMessages at most, and what comes in meanwhile from
+/// those without anything left over goes first. Memory per connection is bounded, in both directions: a peer
+/// that does not read gets only the last of its acknowledgements, and no answers.
 ///
 /// Ownership: the handler is borrowed.
 /// Threads: none inside; one thread at a time.
@@ -142,11 +144,20 @@ public:
 
     /// One turn: accepts who has connected, reads what has come in and tells the handler. Not to be called,
     /// nor the server destroyed, from within the handler.
+    ///
+    /// What the handler throws comes out. Nothing is lost by that: the next turn goes on where this one was,
+    /// and tells again what the handler threw for.
     /// @param timeoutMilliseconds  how long to wait for something to do; 0 does not wait, -1 waits without
     /// limit.
     ///                             A signal ends the wait
     /// @return notifications handed over, 0 or more; -1 if the system refused, Error tells why
     int Serve(int timeoutMilliseconds);
+
+    /// Is Serve to rest for some 50 us after a turn in which much has come in, even if it is told not to
+    /// wait? Then more comes in larger pieces, which costs each message less. It does so anyway if it may
+    /// wait. For a program that polls Descriptor itself and then calls Serve(0). Off at first.
+    bool GathersInput() const;
+    void GathersInput(bool gathersInput);
 
     /// Answers an introduction: everything of that session up to `number` has been applied, and what comes
     /// will be acknowledged. To be called once for a connection, before any Acknowledge for it; may be called
@@ -168,8 +179,9 @@ public:
     /// Connections that are up.
     std::size_t ConnectionCount() const;
 
-    /// Stops listening and ends all connections; the handler is told of each. Listen may follow. Of the
-    /// handler's calls, only PeerDisconnected may call it.
+    /// Stops listening and ends all connections; the handler is told of each. Listen may follow. From within
+    /// the handler it does so at the end of the turn, before Serve returns: no more is handed over, and
+    /// Listen is false until then.
     void Close();
 
 private:

@@ -75,6 +75,16 @@ int MPISocketServerC::Serve(int timeoutMilliseconds)
     return m_implementation->Serve(timeoutMilliseconds);
 }
 
+bool MPISocketServerC::GathersInput() const
+{
+    return m_implementation->GathersInput();
+}
+
+void MPISocketServerC::GathersInput(bool gathersInput)
+{
+    m_implementation->GathersInput(gathersInput);
+}
+
 void MPISocketServerC::Welcome(std::uint64_t connection, std::uint64_t number)
 {
     m_implementation->WelcomePeer(connection, number);

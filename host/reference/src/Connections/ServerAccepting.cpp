@@ -53,7 +53,7 @@ void MPISocketServerC::Implementation::AcceptFromAll()
 /// @return false if the system refuses for good, so that listening pauses
 bool MPISocketServerC::Implementation::AcceptFrom(int listener)
 {
-    for (int accepts = 0; accepts < kAcceptsPerTurn; ++accepts)
+    for (int accepts = 0; accepts < kAcceptsPerTurn && !m_closeAsked; ++accepts)
     {
         int problem = 0;
         FileDescriptor accepted = SocketCalls::Accept(listener, problem);
@@ -98,10 +98,11 @@ void MPISocketServerC::Implementation::TakeIn(FileDescriptor descriptor)
     if (m_connections.size() >= m_maximumConnections || !Watch(descriptor.Number(), m_lastNumber + 1))
         return TurnAway(std::move(descriptor));
     ++m_lastNumber;
-    auto connection = std::make_unique<ServerConnection>(m_handler, m_lastNumber, std::move(descriptor));
-    const MPIPeerC peer = connection->Peer();
+    auto connection =
+        std::make_unique<ServerConnection>(m_handler, m_order, m_lastNumber, std::move(descriptor));
+    ServerConnection& taken = *connection;
     m_connections.emplace(m_lastNumber, std::move(connection));
-    m_handler.PeerConnected(peer);
+    taken.Tell();
 }
 
 void MPISocketServerC::Implementation::TurnAway(FileDescriptor descriptor)

@@ -35,9 +35,9 @@ const std::string* SessionIn(const BListC& arguments)
 
 } // namespace
 
-ServerConnection::ServerConnection(MPIServerHandlerC& handler, std::uint64_t number,
+ServerConnection::ServerConnection(MPIServerHandlerC& handler, SessionOrder& order, std::uint64_t number,
                                    FileDescriptor descriptor)
-    : m_handler(handler), m_peer()
+    : m_handler(handler), m_order(order), m_peer()
 {
     ReadToTheEnd();
     m_peer.connection = number;
@@ -45,12 +45,18 @@ ServerConnection::ServerConnection(MPIServerHandlerC& handler, std::uint64_t num
     m_peer.name = PeerName();
 }
 
+void ServerConnection::Tell()
+{
+    m_handler.PeerConnected(MPIPeerC(m_peer));
+    m_told = true;
+}
+
 int ServerConnection::Serve(char* buffer, std::size_t size)
 {
     m_passedOn = 0;
     m_bytesRead = 0;
-    if (HasLeftover())
-        m_next += PassOn(std::string_view(m_leftover).substr(m_next));
+    if (HasWork())
+        PassOn(m_leftover, m_next);
     else
         PassOnFrom(buffer, size);
     if (!HasLeftover())
@@ -71,27 +77,50 @@ void ServerConnection::PassOnFrom(char* buffer, std::size_t size)
     m_readLately = true;
     SocketCalls::AcknowledgeAtOnce(Descriptor());
     const std::string_view bytes(buffer, m_bytesRead);
-    m_leftover = bytes.substr(PassOn(bytes));
+    std::size_t done = 0;
+    try
+    {
+        PassOn(bytes, done);
+    }
+    catch (...)
+    {
+        KeepForLater(bytes.substr(done));
+        throw;
+    }
+    m_leftover = bytes.substr(done);
 }
 
-/// @return how many bytes are done with
-std::size_t ServerConnection::PassOn(std::string_view bytes)
+/// Without memory for it the connection ends: a client that keeps account sends all of it again over the
+/// next.
+void ServerConnection::KeepForLater(std::string_view bytes)
 {
-    std::size_t done = 0;
-    while (done < bytes.size() && !m_ended && m_passedOn < MPISocketServerC::kBatchMessages)
+    try
+    {
+        m_leftover = bytes;
+    }
+    catch (...)
+    {
+        m_ended = true;
+    }
+}
+
+/// @param done  how many bytes are done with, also where the handler throws
+void ServerConnection::PassOn(std::string_view bytes, std::size_t& done)
+{
+    PassOnMessage();
+    while (done < bytes.size() && !m_ended && m_message == nullptr &&
+           m_inBatch < MPISocketServerC::kBatchMessages)
     {
         const std::string_view rest = bytes.substr(done);
         const std::size_t scanned = m_decoder.Incomplete() ? 0 : PassOnScanned(rest);
         done += scanned;
         if (scanned > 0)
             continue;
-        done += m_decoder.Feed(rest.data(), rest.size());
-        if (m_decoder.Failed())
-            Refuse(m_scanned + m_decoder.FaultOffset(), m_decoder.FaultReason());
-        else if (const std::unique_ptr<BDictionaryC> message = m_decoder.TakeMessage())
-            PassOnDecoded(*message, m_scanned + m_decoder.MessageOffset());
+        done += Decode(rest);
+        PassOnMessage();
     }
-    return m_ended ? bytes.size() : done;
+    if (m_ended)
+        done = bytes.size();
 }
 
 /// @return how many bytes it had; 0 if the decoder has to see to it
@@ -101,18 +130,43 @@ std::size_t ServerConnection::PassOnScanned(std::string_view bytes)
     const MPINumbersC notification = m_scan.Notification(m_scanned + m_decoder.StreamOffset());
     if (size == 0 || notification.name == kIntroduction)
         return 0;
+    if (CheckNumber(notification.number, notification.offset))
+        NotePassedOn(notification.number, m_handler.NumbersReceived(m_peer, notification));
     m_scanned += size;
-    ++m_messages;
-    if (!CheckNumber(notification.number, notification.offset))
-        return size;
-    ++m_passedOn;
-    m_ended = !m_handler.NumbersReceived(m_peer, notification);
     return size;
+}
+
+/// @return how many bytes it has taken
+std::size_t ServerConnection::Decode(std::string_view bytes)
+{
+    std::size_t taken = 0;
+    try
+    {
+        taken = m_decoder.Feed(bytes.data(), bytes.size());
+    }
+    catch (...)
+    {
+        m_ended = true; // where it has stopped nobody can say
+        throw;
+    }
+    m_message = m_decoder.TakeMessage();
+    if (m_decoder.Failed())
+        Refuse(m_scanned + m_decoder.FaultOffset(), m_decoder.FaultReason());
+    return taken;
+}
+
+/// A message stays until the handler has taken it, or while its connection is held.
+void ServerConnection::PassOnMessage()
+{
+    if (m_message == nullptr)
+        return;
+    PassOnDecoded(*m_message, m_scanned + m_decoder.MessageOffset());
+    if (!m_held)
+        m_message.reset();
 }
 
 void ServerConnection::PassOnDecoded(const BDictionaryC& message, std::uint64_t offset)
 {
-    ++m_messages;
     const ConstNotificationParts parts(message);
     if (!parts.Complete())
         return Refuse(offset, "not a notification: no \"name\" or no \"args\"");
@@ -121,24 +175,48 @@ void ServerConnection::PassOnDecoded(const BDictionaryC& message, std::uint64_t 
     std::uint64_t number = 0;
     if (!ReadNumber(message, number))
         return Refuse(offset, "\"seq\" is not a number from 1 on");
-    if (!CheckNumber(number, offset))
-        return;
+    if (CheckNumber(number, offset))
+        NotePassedOn(number, m_handler.NotificationReceived(
+                                 m_peer, {*parts.name, *parts.arguments, message, offset, number}));
+}
+
+void ServerConnection::NotePassedOn(std::uint64_t number, bool goesOn)
+{
+    ++m_messages;
     ++m_passedOn;
-    m_ended =
-        !m_handler.NotificationReceived(m_peer, {*parts.name, *parts.arguments, message, offset, number});
+    ++m_inBatch;
+    m_lastNumber = std::max(m_lastNumber, number);
+    m_ended = m_ended || !goesOn; // the handler may have closed the server meanwhile
 }
 
 void ServerConnection::Introduce(const BListC& arguments, std::uint64_t offset)
 {
     if (!m_peer.session.empty())
         return Refuse(offset, "a second introduction");
-    if (m_messages > 1)
+    if (m_messages > 0)
         return Refuse(offset, "an introduction after other messages");
     const std::string* const session = SessionIn(arguments);
     if (session == nullptr)
         return Refuse(offset, "an introduction takes 32 hexadecimal digits");
-    m_peer.session = *session;
-    m_handler.PeerIntroduced(m_peer);
+    m_session = *session;
+    m_held = !m_order.Join(m_session, m_peer.connection);
+    if (!m_held)
+        TellIntroduction();
+}
+
+void ServerConnection::TellIntroduction()
+{
+    m_peer.session = m_session;
+    try
+    {
+        m_handler.PeerIntroduced(m_peer);
+    }
+    catch (...)
+    {
+        m_peer.session.clear(); // to be told again
+        throw;
+    }
+    ++m_messages;
 }
 
 bool ServerConnection::ReadNumber(const BDictionaryC& message, std::uint64_t& number) const
@@ -162,7 +240,6 @@ bool ServerConnection::CheckNumber(std::uint64_t number, std::uint64_t offset)
         Refuse(offset, "\"seq\" " + std::to_string(number) + " after " + std::to_string(m_lastNumber));
         return false;
     }
-    m_lastNumber = number;
     return true;
 }
 
@@ -175,8 +252,9 @@ void ServerConnection::Refuse(std::uint64_t offset, const std::string& reason)
 /// Ends a turn: first what was right, then what was not.
 void ServerConnection::Conclude()
 {
-    if (m_passedOn > 0)
+    if (m_inBatch > 0)
         m_handler.BatchEnded(m_peer);
+    m_inBatch = 0;
     if (!m_ended && Ended() && m_decoder.Incomplete())
         m_refusal = SRefusal{m_scanned + m_decoder.StreamOffset(), "connection ended within a message"};
     if (m_refusal)

@@ -2,6 +2,7 @@
 #define CONNECTIONS_SERVERCONNECTION_H
 
 #include "Connections/NotificationScan.h"
+#include "Connections/SessionOrder.h"
 #include "Sockets/FileDescriptor.h"
 
 #include <MPI/BDecoderC.h>
@@ -10,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,25 +22,44 @@ class ServerConnection : public Socket
 {
 public:
     /// @param handler     borrowed
+    /// @param order       borrowed
     /// @param descriptor  connected
-    ServerConnection(MPIServerHandlerC& handler, std::uint64_t number, FileDescriptor descriptor);
+    ServerConnection(MPIServerHandlerC& handler, SessionOrder& order, std::uint64_t number,
+                     FileDescriptor descriptor);
 
     const MPIPeerC& Peer() const { return m_peer; }
 
     /// Passes on what is left over, or else reads once and passes that on, a batch at most. The handler is
-    /// told if it was wrong, or if the connection has ended in the middle of a message.
+    /// told if it was wrong, or if the connection has ended in the middle of a message. Where the handler
+    /// throws, the next call goes on with what it threw for.
     /// @param buffer  to read into, borrowed for the call
     /// @return notifications passed on
     int Serve(char* buffer, std::size_t size);
 
-    /// Is there something left over, to be passed on without reading?
-    bool HasLeftover() const { return m_next < m_leftover.size(); }
+    /// Is there something to be done without reading?
+    bool HasWork() const { return HasLeftover() || m_message != nullptr || m_inBatch > 0 || m_ended; }
 
     /// How many bytes the last Serve read.
     std::size_t BytesRead() const { return m_bytesRead; }
 
     /// Nothing more comes from this connection: its end is only read when nothing is left over.
     bool Ended() const { return m_ended || !Up(); }
+    void End() { m_ended = true; }
+
+    /// Has the handler been told of it?
+    bool Told() const { return m_told; }
+    void Tell();
+
+    /// The session that it has introduced itself with; empty before that.
+    const std::string& Session() const { return m_session; }
+
+    /// Does it wait for a former connection of its session? Its introduction has not been told then.
+    bool Held() const { return m_held; }
+    void Release() { m_held = false; }
+
+    /// Does the loop watch it? Set by the loop.
+    bool Watched() const { return m_watched; }
+    void Watched(bool watched) { m_watched = watched; }
 
     void Welcome(std::uint64_t number);
 
@@ -75,11 +96,17 @@ private:
         std::string reason;
     };
 
+    bool HasLeftover() const { return m_next < m_leftover.size(); }
     void PassOnFrom(char* buffer, std::size_t size);
-    std::size_t PassOn(std::string_view bytes);
+    void KeepForLater(std::string_view bytes);
+    void PassOn(std::string_view bytes, std::size_t& done);
     std::size_t PassOnScanned(std::string_view bytes);
+    std::size_t Decode(std::string_view bytes);
+    void PassOnMessage();
     void PassOnDecoded(const BDictionaryC& message, std::uint64_t offset);
     void Introduce(const BListC& arguments, std::uint64_t offset);
+    void TellIntroduction();
+    void NotePassedOn(std::uint64_t number, bool goesOn);
     bool CheckNumber(std::uint64_t number, std::uint64_t offset);
     bool ReadNumber(const BDictionaryC& message, std::uint64_t& number) const;
     void Refuse(std::uint64_t offset, const std::string& reason);
@@ -88,22 +115,29 @@ private:
     void Send(std::string_view key, std::uint64_t number);
 
     MPIServerHandlerC& m_handler;
+    SessionOrder& m_order;
     MPIPeerC m_peer;
+    bool m_told = false;
+    std::string m_session;
+    bool m_held = false;
     NotificationScan m_scan;
     BDecoderC m_decoder;
     std::uint64_t m_scanned = 0; // bytes of the stream that the decoder has not seen
     std::string m_leftover;      // read, but beyond a batch; from m_next on
     std::size_t m_next = 0;
     std::size_t m_bytesRead = 0;
-    std::uint64_t m_messages = 0;      // so far
-    std::uint64_t m_lastNumber = 0;    // of a notification, 0 before any had one
-    bool m_ended = false;              // by the handler, or by us because of what has come in
-    std::optional<SRefusal> m_refusal; // to be told
-    int m_passedOn = 0;
+    std::unique_ptr<BDictionaryC> m_message;    // decoded, but not taken by the handler yet
+    std::uint64_t m_messages = 0;               // so far
+    std::uint64_t m_lastNumber = 0;             // of a notification, 0 before any had one
+    bool m_ended = false;                       // by the handler, or by us because of what has come in
+    std::optional<SRefusal> m_refusal;          // to be told
+    int m_passedOn = 0;                         // by this Serve
+    int m_inBatch = 0;                          // since the handler has taken the end of one
     std::optional<std::uint64_t> m_acknowledge; // to be sent
     std::size_t m_unacknowledgedBytes = 0;      // read since one was sent last
     bool m_readLately = false;
     bool m_inQuietQueue = false;
+    bool m_watched = true;
     bool m_watchedForOutput = false;
     bool m_inQueue = false;
 };

@@ -1,5 +1,7 @@
 #include "Connections/ServerLoop.h"
 
+#include "Connections/FlagScope.h"
+
 #include <cerrno>
 #include <cstring>
 #include <ctime>
@@ -18,6 +20,7 @@ constexpr std::uint64_t kListeners = 0; // in place of a connection's number
 constexpr std::uint64_t kPauseOver = std::numeric_limits<std::uint64_t>::max(); // likewise
 constexpr std::uint64_t kMore = kPauseOver - 1;
 constexpr std::uint64_t kQuiet = kPauseOver - 2;
+constexpr std::uint64_t kPatience = kPauseOver - 3;
 constexpr long kQuietNanoseconds = 2000000; // 2 ms without input: then a peer has nothing under way
 
 // More than this at once means that much is under way. Then a moment's rest lets it come in larger pieces,
@@ -67,7 +70,8 @@ bool MPISocketServerC::Implementation::Listen(unsigned short port)
 bool MPISocketServerC::Implementation::MakeTimers()
 {
     return (m_pause.Valid() || MakeTimer(m_pause, kPauseOver)) &&
-           (m_quiet.Valid() || MakeTimer(m_quiet, kQuiet));
+           (m_quiet.Valid() || MakeTimer(m_quiet, kQuiet)) &&
+           (m_patience.Valid() || MakeTimer(m_patience, kPatience));
 }
 
 bool MPISocketServerC::Implementation::MakeTimer(FileDescriptor& timer, std::uint64_t number)
@@ -114,16 +118,39 @@ bool MPISocketServerC::Implementation::Watch(int descriptor, std::uint64_t numbe
 
 int MPISocketServerC::Implementation::Serve(int timeoutMilliseconds)
 {
-    LetDataGather();
-    if (WaitForEvents(m_queue.empty() ? timeoutMilliseconds : 0) < 0)
-        return -1;
-    return ServeTurn();
+    CloseIfAsked(); // where the handler threw behind that
+    LetDataGather(timeoutMilliseconds);
+    const int handedOver = Turn(m_queue.empty() ? timeoutMilliseconds : 0);
+    CloseIfAsked();
+    return handedOver;
 }
 
-void MPISocketServerC::Implementation::LetDataGather()
+int MPISocketServerC::Implementation::Turn(int timeoutMilliseconds)
+{
+    const FlagScope serving(m_serving);
+    try
+    {
+        const int handedOver = WaitForEvents(timeoutMilliseconds) < 0 ? -1 : ServeTurn();
+        TellOfQueue();
+        return handedOver;
+    }
+    catch (...)
+    {
+        TellOfQueue();
+        throw;
+    }
+}
+
+void MPISocketServerC::Implementation::CloseIfAsked()
+{
+    if (m_closeAsked)
+        Close();
+}
+
+void MPISocketServerC::Implementation::LetDataGather(int timeoutMilliseconds)
 {
     const timespec rest = {0, kRestNanoseconds};
-    if (m_wellFilled && m_queue.empty())
+    if (m_wellFilled && m_queue.empty() && (timeoutMilliseconds != 0 || m_gathersInput))
         clock_nanosleep(CLOCK_MONOTONIC, 0, &rest, nullptr);
     m_wellFilled = false;
 }
@@ -148,6 +175,8 @@ void MPISocketServerC::Implementation::NoteReady(std::uint64_t number, bool outp
 {
     if (number == kQuiet)
         return AcknowledgeQuiet();
+    if (number == kPatience)
+        return LosePatience();
     if (number == kPauseOver)
         ResumeListening();
     if (number == kPauseOver || number == kListeners)
@@ -156,7 +185,10 @@ void MPISocketServerC::Implementation::NoteReady(std::uint64_t number, bool outp
     if (connection == nullptr)
         return;
     if (output)
+    {
         connection->SendWaiting();
+        FollowAcknowledgement(*connection);
+    }
     FollowOutput(*connection);
     if (!connection->InQueue())
         m_turn.push_back(number);
@@ -165,12 +197,16 @@ void MPISocketServerC::Implementation::NoteReady(std::uint64_t number, bool outp
 /// Who has something left over from a full batch comes after those who have not had their turn.
 int MPISocketServerC::Implementation::ServeTurn()
 {
-    m_turn.insert(m_turn.end(), m_queue.begin(), m_queue.end());
-    m_queue.clear();
     int handedOver = 0;
-    for (const std::uint64_t number : m_turn)
+    const std::size_t queued = m_queue.size();
+    for (std::size_t index = 0; index < m_turn.size() && !m_closeAsked; ++index)
+        handedOver += ServeConnection(m_turn[index]);
+    for (std::size_t count = 0; count < queued && !m_closeAsked; ++count)
+    {
+        const std::uint64_t number = m_queue.front();
+        m_queue.pop_front();
         handedOver += ServeConnection(number);
-    TellOfQueue();
+    }
     return handedOver;
 }
 
@@ -180,7 +216,18 @@ int MPISocketServerC::Implementation::ServeConnection(std::uint64_t number)
     if (connection == nullptr)
         return 0;
     connection->InQueue(false);
-    const int handedOver = connection->Serve(m_buffer.data(), m_buffer.size());
+    int handedOver = 0;
+    try
+    {
+        if (!connection->Told())
+            connection->Tell();
+        handedOver = connection->Serve(m_buffer.data(), m_buffer.size());
+    }
+    catch (...)
+    {
+        Requeue(*connection);
+        throw;
+    }
     m_wellFilled = m_wellFilled || connection->BytesRead() >= kWellFilledBytes;
     if (connection->Ended())
     {
@@ -188,10 +235,19 @@ int MPISocketServerC::Implementation::ServeConnection(std::uint64_t number)
         return handedOver;
     }
     FollowOutput(*connection);
-    connection->InQueue(connection->HasLeftover());
-    if (connection->InQueue())
-        m_queue.push_back(number);
+    Requeue(*connection);
     return handedOver;
+}
+
+/// Lets a connection that has something to do without new input have another turn.
+void MPISocketServerC::Implementation::Requeue(ServerConnection& connection)
+{
+    if (connection.Held())
+        return Hold(connection);
+    if (!connection.HasWork() || connection.InQueue())
+        return;
+    m_queue.push_back(connection.Peer().connection);
+    connection.InQueue(true);
 }
 
 /// Makes the descriptor have input for as long as there is a queue.
@@ -216,7 +272,7 @@ ServerConnection* MPISocketServerC::Implementation::Find(std::uint64_t number)
 void MPISocketServerC::Implementation::FollowOutput(ServerConnection& connection)
 {
     const bool wanted = connection.Sending();
-    if (wanted == connection.WatchedForOutput() || connection.Descriptor() < 0)
+    if (wanted == connection.WatchedForOutput() || connection.Descriptor() < 0 || !connection.Watched())
         return;
     epoll_event event = {};
     event.events = EPOLLIN | EPOLLRDHUP | (wanted ? EPOLLOUT : 0U);
@@ -244,10 +300,11 @@ void MPISocketServerC::Implementation::Acknowledge(std::uint64_t number, std::ui
     }
 }
 
-/// Has a look at the connection later if it has an acknowledgement to send.
+/// Has a look at the connection later if it has an acknowledgement to send. One whose peer does not read is
+/// looked at when it takes output again.
 void MPISocketServerC::Implementation::FollowAcknowledgement(ServerConnection& connection)
 {
-    if (!connection.AcknowledgementWaits() || connection.InQuietQueue())
+    if (!connection.AcknowledgementWaits() || connection.InQuietQueue() || connection.BytesWaiting() > 0)
         return;
     connection.InQuietQueue(true);
     m_toAcknowledge.push_back(connection.Peer().connection);
@@ -294,12 +351,28 @@ void MPISocketServerC::Implementation::Remove(std::uint64_t number)
 {
     const auto found = m_connections.find(number);
     const MPIPeerC peer = found->second->Peer();
+    const std::string session = found->second->Session();
+    const bool told = found->second->Told();
     m_connections.erase(found);
-    m_handler.PeerDisconnected(peer);
+    if (!session.empty())
+        Release(m_order.Leave(session, number));
+    if (told)
+        m_handler.PeerDisconnected(peer);
 }
 
 void MPISocketServerC::Implementation::Close()
 {
+    if (m_serving)
+    {
+        m_closeAsked = true;
+        for (const auto& entry : m_connections)
+            entry.second->End();
+        return;
+    }
+    m_closeAsked = false;
+    m_order.Clear();
+    if (m_patience.Valid())
+        SetTimer(m_patience, 0);
     m_listeners.Close();
     if (m_pause.Valid())
         SetTimer(m_pause, 0);

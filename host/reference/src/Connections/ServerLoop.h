@@ -32,6 +32,8 @@ public:
     void WelcomePeer(std::uint64_t number, std::uint64_t applied);
     void Acknowledge(std::uint64_t number, std::uint64_t applied);
     bool Answer(std::uint64_t number, const BElementC& message);
+    bool GathersInput() const { return m_gathersInput; }
+    void GathersInput(bool gathersInput) { m_gathersInput = gathersInput; }
     void Close();
 
 private:
@@ -44,11 +46,17 @@ private:
     void ResumeListening();
     bool Fail(const std::string& what, int problem);
     bool MakeEvent();
-    void LetDataGather();
+    void LetDataGather(int timeoutMilliseconds);
+    int Turn(int timeoutMilliseconds);
+    void CloseIfAsked();
     int WaitForEvents(int timeoutMilliseconds);
     void NoteReady(std::uint64_t number, bool output);
     int ServeTurn();
     int ServeConnection(std::uint64_t number);
+    void Requeue(ServerConnection& connection);
+    void Hold(ServerConnection& connection);
+    void Release(std::uint64_t number);
+    void LosePatience();
     ServerConnection* Find(std::uint64_t number);
     void FollowOutput(ServerConnection& connection);
     void FollowAcknowledgement(ServerConnection& connection);
@@ -67,13 +75,18 @@ private:
     FileDescriptor m_spare; // given up for a moment to turn somebody away when the process has no others left
     FileDescriptor m_pause; // a timer that runs while the listeners are not watched
     FileDescriptor m_quiet; // a timer that runs while acknowledgements wait
-    FileDescriptor m_more;  // an event that lasts while the queue is not empty
+    FileDescriptor m_patience; // a timer that runs while connections wait for others of their session
+    FileDescriptor m_more;     // an event that lasts while the queue is not empty
     bool m_moreTold = false;
     std::vector<char> m_buffer;                 // for all connections, one after the other
     std::vector<std::uint64_t> m_turn;          // whom to serve in this turn
     std::deque<std::uint64_t> m_queue;          // who had something left over when the last turn ended
     std::vector<std::uint64_t> m_toAcknowledge; // whose acknowledgements wait
     bool m_wellFilled = false;                  // something read in the last turn
+    bool m_gathersInput = false;                // even if told not to wait
+    bool m_serving = false;
+    bool m_closeAsked = false; // from within the handler
+    SessionOrder m_order;
     std::size_t m_maximumConnections = kMaximumConnections;
     bool m_troubleTold = false;
     LoopbackListeners m_listeners;
