@@ -17,8 +17,9 @@ namespace Faultkeeper
 ///
 /// Sends a "RaiseError" or "ClearError" notification to port 5300 of this machine for every change, and
 /// nothing for a repeat of what it sent last for the same error. What cannot be sent because there is no
-/// connection can be kept and sent later, in order. The connection is asked for once, at construction; the
-/// host's socket tries again.
+/// connection can be kept and sent later, in order, behind the first report that gets through; call
+/// ProcessQueuedErrors before that report where the order of all matters. The connection is asked for once,
+/// at construction; the host's socket tries again.
 ///
 /// Ownership: self-contained. What is still queued at destruction is dropped without being sent.
 /// Threads: none inside; one thread at a time for each object.
