@@ -61,7 +61,7 @@ private:
     }
 };
 
-class HostServerHandler : public HostTest::CServerFixture<Throwing>
+class HostServerTrouble : public HostTest::CServerFixture<Throwing>
 {
 protected:
     /// Serves until one turn has thrown.
@@ -101,7 +101,7 @@ protected:
     }
 };
 
-TEST_F(HostServerHandler, WhatTheHandlerThrowsForIsToldAgain)
+TEST_F(HostServerTrouble, WhatTheHandlerThrowsForIsToldAgain)
 {
     const std::string notification = kPlain;
     const std::string element = "d4:argsl1:ae4:name1:xe";
@@ -119,7 +119,7 @@ TEST_F(HostServerHandler, WhatTheHandlerThrowsForIsToldAgain)
               "0 x number 0\n19 x number 0\ndisconnected\n");
 }
 
-TEST_F(HostServerHandler, TheEndOfABatchThatItThrowsForIsToldAgain)
+TEST_F(HostServerTrouble, TheEndOfABatchThatItThrowsForIsToldAgain)
 {
     CRawConnection connection = Connect();
     m_handler.what = "batch";
@@ -131,7 +131,7 @@ TEST_F(HostServerHandler, TheEndOfABatchThatItThrowsForIsToldAgain)
     EXPECT_FALSE(HasInput(m_server.Descriptor(), 0));
 }
 
-TEST_F(HostServerHandler, AConnectionThatItThrowsForIsToldBeforeItsInput)
+TEST_F(HostServerTrouble, AConnectionThatItThrowsForIsToldBeforeItsInput)
 {
     m_handler.what = "connected";
     m_handler.left = 1;
@@ -142,7 +142,7 @@ TEST_F(HostServerHandler, AConnectionThatItThrowsForIsToldBeforeItsInput)
     EXPECT_EQ(m_handler.last, 1u);
 }
 
-TEST_F(HostServerHandler, WhatOthersHadLeftOverWhenItThrowsIsServed)
+TEST_F(HostServerTrouble, WhatOthersHadLeftOverWhenItThrowsIsServed)
 {
     CRawConnection flood = Connect();
     CRawConnection other = Connect();
@@ -160,7 +160,7 @@ TEST_F(HostServerHandler, WhatOthersHadLeftOverWhenItThrowsIsServed)
     EXPECT_FALSE(HasInput(m_server.Descriptor(), 0)) << "or the owner is kept busy for nothing";
 }
 
-TEST_F(HostServerHandler, CloseFromWithinItEndsTheTurnAndTellsAll)
+TEST_F(HostServerTrouble, CloseFromWithinItEndsTheTurnAndTellsAll)
 {
     const CRawConnection idle = Connect();
     CRawConnection connection = Connect();
@@ -177,7 +177,7 @@ TEST_F(HostServerHandler, CloseFromWithinItEndsTheTurnAndTellsAll)
     EXPECT_TRUE(ServeUntil([&] { return m_handler.counts[3] == 1; }));
 }
 
-TEST_F(HostServerHandler, CloseFromWithinAnyCallDoes)
+TEST_F(HostServerTrouble, CloseFromWithinAnyCallDoes)
 {
     const auto closing = [this](const MPIPeerC&) { m_server.Close(); };
     for (auto* const hook : {&m_handler.onIntroduction, &m_handler.onBatch, &m_handler.onNotification})
@@ -192,7 +192,7 @@ TEST_F(HostServerHandler, CloseFromWithinAnyCallDoes)
     }
 }
 
-TEST_F(HostServerHandler, CloseIsDoneAlsoIfItThrowsAfterThat)
+TEST_F(HostServerTrouble, CloseIsDoneAlsoIfItThrowsAfterThat)
 {
     CRawConnection connection = Connect();
     m_handler.what = "batch";
