@@ -43,6 +43,7 @@ CService::CService(const std::string& runDirectory, const SStoreSettings& store,
     : m_runDirectory(runDirectory), m_begin(Clock::now()), m_server(m_handler), m_keeper(store)
 {
     m_server.MaximumConnections(connections);
+    m_server.GathersInput(true); // its descriptor is polled beside others
     m_handler.Server(&m_server);
 }
 
