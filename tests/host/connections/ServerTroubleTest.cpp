@@ -20,6 +20,8 @@ using HostTest::kShortest;
 const std::string kSession(32, 'a');
 const std::string kHello = "d4:argsl32:" + kSession + "e4:name5:Helloe";
 
+constexpr int kMoreThanABatch = 1500;
+
 /// Throws in place of the next call, or another that is counted from it.
 class Throwing : public CSessionsHandler
 {
@@ -48,6 +50,12 @@ public:
     {
         Count("refused");
         CSessionsHandler::InputRefused(peer, offset, reason);
+    }
+
+    void PeerDisconnected(const MPIPeerC& peer) override
+    {
+        Count("disconnected");
+        CSessionsHandler::PeerDisconnected(peer);
     }
 
     std::string what; // is to throw
@@ -81,6 +89,18 @@ protected:
                     return true;
                 }
             }));
+    }
+
+    /// Has both say more than a turn hands over, and takes one turn.
+    void LeaveSomethingOverOf(CRawConnection& first, CRawConnection& second)
+    {
+        std::string many;
+        for (int count = 0; count < kMoreThanABatch; ++count)
+            many += kShortest;
+        first.Send(many);
+        second.Send(many);
+        ASSERT_TRUE(HasInput(m_server.Descriptor(), 30000));
+        ASSERT_EQ(m_server.Serve(0), 2 * MPISocketServerC::kBatchMessages);
     }
 
     /// How a connection that says this and ends is told, although the handler throws once.
@@ -202,6 +222,71 @@ TEST_F(HostServerTrouble, CloseIsDoneAlsoIfItThrowsAfterThat)
     ServeUntilItThrows();
     EXPECT_TRUE(ServeUntil([&] { return m_server.ConnectionCount() == 0; }));
     EXPECT_EQ(m_server.Port(), 0);
+}
+
+TEST_F(HostServerTrouble, CloseFromWithinItTakesNobodyElseIn)
+{
+    m_handler.onConnection = [this](const MPIPeerC&) { m_server.Close(); };
+    const CRawConnection first = CRawConnection::To("127.0.0.1", m_server.Port());
+    CRawConnection second = CRawConnection::To("127.0.0.1", m_server.Port());
+    EXPECT_TRUE(ServeUntil([&] { return m_server.Port() == 0; }));
+    EXPECT_EQ(m_handler.last, 1u);
+    EXPECT_EQ(m_handler.logs[1], "disconnected\n");
+    EXPECT_TRUE(Eventually([&] { return second.Ended(); }));
+}
+
+TEST_F(HostServerTrouble, CloseFromWithinItHandsOverNothingOfWhatOthersHadLeftOver)
+{
+    CRawConnection first = Connect();
+    CRawConnection second = Connect();
+    LeaveSomethingOverOf(first, second);
+    m_handler.onNotification = [this](const MPIPeerC&) { m_server.Close(); };
+    EXPECT_EQ(m_server.Serve(0), 1);
+    EXPECT_EQ(m_handler.counts[1] + m_handler.counts[2], 2 * MPISocketServerC::kBatchMessages + 1);
+    EXPECT_TRUE(Has(1, "disconnected\n") && Has(2, "disconnected\n"));
+    EXPECT_FALSE(HasInput(m_server.Descriptor(), 0));
+}
+
+TEST_F(HostServerTrouble, CloseFromWithinItIsFinishedByTheNextTurnWhereItThrowsForADisconnection)
+{
+    const CRawConnection idle = Connect();
+    CRawConnection connection = Connect();
+    const CRawConnection another = Connect();
+    m_handler.what = "disconnected";
+    m_handler.left = 2; // the first is that of the idle one
+    m_handler.onNotification = [this](const MPIPeerC&) { m_server.Close(); };
+    connection.Send(kPlain);
+    ServeUntilItThrows();
+    EXPECT_EQ(m_server.Serve(0), 0);
+    EXPECT_EQ(m_server.ConnectionCount(), 0u);
+    EXPECT_TRUE(Has(3, "disconnected\n"));
+    EXPECT_EQ(m_server.Port(), 0);
+}
+
+TEST_F(HostServerTrouble, CloseThatItThrowsInMayBeRepeatedAndTheOthersAreServedUntilThen)
+{
+    CRawConnection first = Connect();
+    CRawConnection second = Connect();
+    LeaveSomethingOverOf(first, second);
+    m_handler.what = "disconnected";
+    m_handler.left = 1;
+    EXPECT_THROW(m_server.Close(), std::runtime_error);
+    EXPECT_TRUE(ServeUntil([&] { return m_handler.counts[2] == kMoreThanABatch; }));
+    EXPECT_EQ(m_handler.counts[1], MPISocketServerC::kBatchMessages) << "it has ended";
+    m_server.Close();
+    EXPECT_EQ(m_server.ConnectionCount(), 0u);
+    EXPECT_TRUE(Has(2, "disconnected\n"));
+}
+
+TEST_F(HostServerTrouble, TheEndOfAConnectionThatWasNeverToldIsNotToldEither)
+{
+    m_handler.what = "connected";
+    m_handler.left = 1;
+    const CRawConnection connection = CRawConnection::To("127.0.0.1", m_server.Port());
+    ServeUntilItThrows();
+    m_server.Close();
+    EXPECT_EQ(m_server.ConnectionCount(), 0u);
+    EXPECT_TRUE(m_handler.logs.empty());
 }
 
 } // namespace

@@ -18,7 +18,12 @@ constexpr char kShortest[] = "d4:argsle4:name0:e"; // of all notifications
 class CSessionsHandler : public MPIServerHandlerC
 {
 public:
-    void PeerConnected(const MPIPeerC& peer) override { last = peer.connection; }
+    void PeerConnected(const MPIPeerC& peer) override
+    {
+        last = peer.connection;
+        if (onConnection)
+            onConnection(peer);
+    }
     void PeerIntroduced(const MPIPeerC& peer) override
     {
         logs[peer.connection] += "introduced " + peer.session + "\n";
@@ -55,6 +60,7 @@ public:
     std::map<std::uint64_t, int> counts; // of notifications
     std::vector<int> batches;            // the count when each ended
     int turnedAway = 0;
+    std::function<void(const MPIPeerC&)> onConnection;
     std::function<void(const MPIPeerC&)> onIntroduction;
     std::function<void(const MPIPeerC&)> onNotification;
     std::function<void(const MPIPeerC&)> onBatch;

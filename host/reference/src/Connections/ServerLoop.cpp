@@ -239,12 +239,13 @@ int MPISocketServerC::Implementation::ServeConnection(std::uint64_t number)
     return handedOver;
 }
 
-/// Lets a connection that has something to do without new input have another turn.
+/// Lets a connection that has something to do without new input have another turn. It is not in the queue: it
+/// has just been served, or was held.
 void MPISocketServerC::Implementation::Requeue(ServerConnection& connection)
 {
     if (connection.Held())
         return Hold(connection);
-    if (!connection.HasWork() || connection.InQueue())
+    if (!connection.HasWork())
         return;
     m_queue.push_back(connection.Peer().connection);
     connection.InQueue(true);
@@ -369,7 +370,6 @@ void MPISocketServerC::Implementation::Close()
             entry.second->End();
         return;
     }
-    m_closeAsked = false;
     m_order.Clear();
     if (m_patience.Valid())
         SetTimer(m_patience, 0);
@@ -383,4 +383,5 @@ void MPISocketServerC::Implementation::Close()
     AcknowledgeQuiet(); // nobody is left; it stops the timer
     m_wellFilled = false;
     TellOfQueue();
+    m_closeAsked = false; // last: where the handler throws, the next turn goes on with it
 }
