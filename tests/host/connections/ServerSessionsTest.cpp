@@ -315,69 +315,20 @@ TEST_F(HostServerSessions, APeerThatDoesNotReadItsAcknowledgementDoesNotKeepTheO
     EXPECT_TRUE(ServeUntil([&] { return !HostTest::HasInput(m_server.Descriptor(), 100); }));
 }
 
-TEST_F(HostServerSessions, ASecondConnectionOfASessionIsHeardWhenTheFirstHasEnded)
+TEST_F(HostServerSessions, AGreatDealIsAcknowledgedOnceThePeerTakesOutputAgain)
 {
-    CRawConnection first = Connect();
-    CRawConnection second = Connect();
-    std::string many = kHello;
-    for (int number = 1; number <= 3000; ++number)
-        many += Numbered(std::to_string(number));
-    first.Send(many.substr(0, 58));
-    ASSERT_TRUE(ServeUntil([&] { return Has(1, "introduced"); }));
-    first.Send(many.substr(58));
-    second.Send(kHello + Numbered("3001"));
-    std::string order;
-    m_handler.onNotification = [&](const MPIPeerC& peer) { order += std::to_string(peer.connection); };
-    ASSERT_TRUE(ServeUntil([&] { return m_handler.counts[1] == 3000; }));
-    EXPECT_EQ(m_handler.logs[2], "");
-    first.Close();
-    ASSERT_TRUE(ServeUntil([&] { return m_handler.counts[2] == 1; }));
-    EXPECT_EQ(order, std::string(3000, '1') + "2");
-    EXPECT_EQ(m_handler.logs[2].find("introduced " + kSession + "\n58 x number 3001\n"), 0u);
-    EXPECT_TRUE(Has(1, "disconnected\n"));
-}
-
-TEST_F(HostServerSessions, ConnectionsOfOtherSessionsDoNotWait)
-{
-    CRawConnection first = Connect();
-    first.Send(kHello);
-    ASSERT_TRUE(ServeUntil([&] { return Has(1, "introduced"); }));
-    CRawConnection other = Connect();
-    other.Send("d4:argsl32:" + std::string(32, 'a') + "e4:name5:Helloe");
-    ASSERT_TRUE(ServeUntil([&] { return Has(2, "introduced"); }));
-    EXPECT_FALSE(Has(1, "disconnected"));
-}
-
-TEST_F(HostServerSessions, AFirstConnectionThatStaysAndSaysNothingIsNotWaitedForLong)
-{
-    CRawConnection first = Connect();
-    first.Send(kHello);
-    ASSERT_TRUE(ServeUntil([&] { return Has(1, "introduced"); }));
-    CRawConnection second = Connect();
-    CRawConnection third = Connect();
-    second.Send(kHello);
-    ASSERT_TRUE(ServeUntil([&] { return !HostTest::HasInput(m_server.Descriptor(), 20); }))
-        << "who waits does not keep the owner busy";
-    third.Send(kHello + kPlain);
-    EXPECT_TRUE(ServeUntil([&] { return m_handler.counts[3] == 1; }));
-    EXPECT_TRUE(Has(2, "introduced"));
-    first.Send(kPlain);
-    EXPECT_TRUE(ServeUntil([&] { return m_handler.counts[1] == 1; })) << "and is heard still";
-}
-
-TEST_F(HostServerSessions, WhoEndsWhileItWaitsIsHeardInItsTurn)
-{
-    CRawConnection first = Connect();
-    first.Send(kHello);
-    ASSERT_TRUE(ServeUntil([&] { return Has(1, "introduced"); }));
-    CRawConnection second = Connect();
-    second.Send(kHello + kPlain);
-    second.Close();
-    ASSERT_TRUE(ServeUntil([&] { return !HostTest::HasInput(m_server.Descriptor(), 20); }));
-    EXPECT_EQ(m_handler.logs[2], "");
-    first.Close();
-    EXPECT_TRUE(ServeUntil([&] { return Has(2, "disconnected"); }));
-    EXPECT_EQ(m_handler.counts[2], 1);
+    CRawConnection connection = Connect();
+    BDictionaryC large;
+    large.Insert("x", std::make_unique<BAtomC>(std::string(60000, 'x')));
+    std::size_t answers = 0;
+    while (m_server.Answer(1, large))
+        ASSERT_LT(++answers, 2000u);
+    SendAGreatDeal(connection);
+    for (std::uint64_t number = 1; number <= 3; ++number)
+        m_server.Acknowledge(1, number);
+    const std::string received = ReceivedFrom(connection, answers * 60011 + 10);
+    EXPECT_EQ(received.size(), answers * 60011 + 10) << "of several that wait the last is sent";
+    EXPECT_EQ(received.substr(received.size() - 10), "d3:acki3ee");
 }
 
 TEST_F(HostServerSessions, TheMostConnectionsCanBeSet)

@@ -73,11 +73,13 @@ TEST_P(HostServerListening, FailsWithTheReasonAndCanBeTriedAgain)
 constexpr SFailure kFailures[] = {
     {"timerfd_create", EMFILE, 0, "timerfd_create: Too many open files"},
     {"timerfd_create", EMFILE, 1, "timerfd_create: Too many open files"},
+    {"timerfd_create", EMFILE, 2, "timerfd_create: Too many open files"},
     {"epoll_ctl", ENOSPC, 0, "epoll_ctl: No space left on device"}, // for the first timer
     {"epoll_ctl", ENOSPC, 1, "epoll_ctl: No space left on device"}, // the second
+    {"epoll_ctl", ENOSPC, 2, "epoll_ctl: No space left on device"}, // the third
     {"eventfd", EMFILE, 0, "eventfd: Too many open files"},
-    {"epoll_ctl", ENOSPC, 2, "epoll_ctl: No space left on device"}, // the event
-    {"epoll_ctl", ENOMEM, 3, "epoll_ctl: Cannot allocate memory"},  // a listener
+    {"epoll_ctl", ENOSPC, 3, "epoll_ctl: No space left on device"}, // the event
+    {"epoll_ctl", ENOMEM, 4, "epoll_ctl: Cannot allocate memory"},  // a listener
     {"socket", EMFILE, 0, "port 0 on 127.0.0.1: Too many open files"},
     {"bind", EACCES, 0, "port 0 on 127.0.0.1: Permission denied"},
     {"listen", EINVAL, 0, "port 0 on 127.0.0.1: Invalid argument"},
@@ -249,6 +251,26 @@ TEST_F(HostServerAccepting, NeedsNoDescriptorForWhoHasGoneMeanwhile)
     EXPECT_EQ(m_server.Error(), "");
     EXPECT_TRUE(ServeUntil([&] { return m_server.ConnectionCount() == 1; }));
     EXPECT_EQ(m_handler.turnedAway, 0);
+}
+
+TEST_F(HostServerAccepting, WhoHasWaitedForItsFormerConnectionAndCannotBeWatchedAgainEnds)
+{
+    const std::string hello = "d4:argsl32:" + std::string(32, 'a') + "e4:name5:Helloe";
+    CRawConnection first = Connect();
+    first.Send(hello);
+    ASSERT_TRUE(ServeUntil([&] { return Has(1, "introduced"); }));
+    CRawConnection second = Connect();
+    second.Send(hello);
+    ASSERT_TRUE(HasInput(m_server.Descriptor(), 30000));
+    EXPECT_EQ(m_server.Serve(0), 0);
+    EXPECT_EQ(m_handler.logs[2], "");
+    m_calls.Fail("epoll_ctl", ENOMEM);
+    first.Close();
+    EXPECT_TRUE(ServeUntil([&] { return Has(2, "disconnected\n"); }));
+    EXPECT_TRUE(second.Ended()) << "so that its client connects anew";
+    CRawConnection third = Connect();
+    third.Send(hello + kPlain);
+    EXPECT_TRUE(ServeUntil([&] { return m_handler.counts[3] == 1; }));
 }
 
 // ---- Serving

@@ -14,8 +14,6 @@ constexpr long kPatienceNanoseconds = 500000000; // 500 ms
 /// It is not watched meanwhile: it may well have input, or have ended.
 void MPISocketServerC::Implementation::Hold(ServerConnection& connection)
 {
-    if (!connection.Watched())
-        return;
     epoll_ctl(m_watch.Number(), EPOLL_CTL_DEL, connection.Descriptor(), nullptr);
     connection.Watched(false);
     connection.WatchedForOutput(false);
@@ -41,10 +39,8 @@ void MPISocketServerC::Implementation::LosePatience()
     SetTimer(m_patience, 0);
     for (const SessionOrder::SWaitedFor& first : m_order.WaitedFor())
     {
-        const ServerConnection* const connection = Find(first.connection);
-        const bool busy = connection != nullptr &&
-                          (connection->HasWork() || SocketCalls::HasInput(connection->Descriptor()));
-        if (!busy)
+        const ServerConnection& connection = *m_connections.at(first.connection); // who goes leaves its line
+        if (!connection.HasWork() && !SocketCalls::HasInput(connection.Descriptor()))
             Release(m_order.Leave(first.session, first.connection));
     }
     if (!m_order.WaitedFor().empty())
