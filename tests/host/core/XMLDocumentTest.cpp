@@ -159,6 +159,19 @@ TEST_F(HostXMLDocument, ReadsUTF16InBothByteOrders)
     }
 }
 
+TEST_F(HostXMLDocument, UTF16WithoutAMarkMayBeginWithABlank)
+{
+    for (const bool bigEndian : {false, true})
+    {
+        XMLDocument document(false);
+        ASSERT_TRUE(document.Parse(File(UTF16(u"\n <a b='\u00e9'/>", bigEndian)))) << document.Error();
+        EXPECT_EQ(Printed(document), "a b=[\xC3\xA9]\n");
+        const XMLNode& top = document.RootNode().Children().front();
+        EXPECT_EQ(top.Line(), 2);
+        EXPECT_EQ(top.Column(), 2);
+    }
+}
+
 TEST_F(HostXMLDocument, UTF16ThatDeclaresAnotherEncodingIsRefused)
 {
     const auto declared = [this](const std::u16string& encoding, bool bigEndian)
@@ -180,6 +193,18 @@ TEST_F(HostXMLDocument, BytesThatDeclareUTF16AreRefused)
 {
     EXPECT_EQ(ErrorOf("<?xml version='1.0' encoding='UTF-16'?><a/>"),
               "1:31: encoding specified in XML declaration is incorrect");
+}
+
+TEST_F(HostXMLDocument, UTF16WithinUTF16IsRefusedForWhatItHolds)
+{
+    const auto errorOf = [this](const std::u16string& text)
+    {
+        const std::string once = UTF16(text, true);
+        return ErrorOf(UTF16(u"\ufeff" + std::u16string(once.begin(), once.end()), true));
+    };
+    EXPECT_NE(errorOf(u"<!DOCTYPE a><a/>").find("document type declarations are refused"), std::string::npos);
+    EXPECT_NE(errorOf(u"<?xml version='1.0' encoding='UTF-8'?><a/>").find("encoding specified"),
+              std::string::npos);
 }
 
 TEST_F(HostXMLDocument, BrokenUTF16IsRefused)

@@ -136,4 +136,22 @@ TEST_F(HostFork, AGrandchildHasItsOwnToo)
     }
 }
 
+TEST(HostForkWithoutSession, AConnectionIsTheChildsAsMuchAsTheParents)
+{
+    CRawListener listener;
+    MPISocketConnectionC connection;
+    ASSERT_TRUE(connection.Connect("127.0.0.1", listener.Port(), 30000));
+    CRawConnection peer = listener.Accept();
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0)
+        _exit(connection.Connected() && connection.SendNotification("child", nullptr) ? 0 : 1);
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(connection.SendNotification("parent", nullptr));
+    const std::string both = "d4:argsle4:name5:childed4:argsle4:name6:parente";
+    EXPECT_EQ(peer.Receive(both.size()), both);
+}
+
 } // namespace

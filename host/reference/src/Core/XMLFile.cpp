@@ -98,10 +98,9 @@ void AppendUTF8(std::string& text, std::uint32_t character)
     append(0x80 | (character & 0x3F));
 }
 
-bool StartsWith(const std::string& text, const char (&beginning)[3])
+bool StartsWith(const std::string& text, const char* beginning)
 {
-    return text.compare(0, 2, beginning, 2) ==
-           0; // the length is given because there are zero bytes among them
+    return text.compare(0, std::strlen(beginning), beginning) == 0;
 }
 
 /// UTF-16 text, unit by unit. A byte order mark is not part of the text.
@@ -110,12 +109,12 @@ class UTF16Text
 public:
     explicit UTF16Text(const std::string& bytes)
         : m_bytes(bytes), m_marked(StartsWith(bytes, "\xFE\xFF") || StartsWith(bytes, "\xFF\xFE")),
-          m_bigEndian(StartsWith(bytes, "\xFE\xFF") || StartsWith(bytes, "\0<")), m_next(m_marked ? 2 : 0)
+          m_bigEndian(StartsWith(bytes, "\xFE\xFF") || bytes.find('\0') == 0), m_next(m_marked ? 2 : 0)
     {
     }
 
-    /// Is it that at all? By its mark, or by how a "<" looks.
-    bool Recognised() const { return m_marked || m_bigEndian || StartsWith(m_bytes, "<\0"); }
+    /// Is it that at all? By its mark, or by half of its first character, which is "<" or a blank.
+    bool Recognised() const { return m_marked || m_bytes.find('\0') < 2; }
 
     const char* Name() const { return m_bigEndian ? "UTF-16BE" : "UTF-16LE"; }
 

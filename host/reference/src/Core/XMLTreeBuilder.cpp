@@ -26,9 +26,9 @@ bool IsSingleByte(const char* encoding)
     return strncasecmp(encoding, "UTF", 3) != 0;
 }
 
-bool SameName(const std::string& one, const char* other)
+bool SameName(const char* one, const char* other)
 {
-    return strcasecmp(one.c_str(), other) == 0;
+    return strcasecmp(one, other) == 0;
 }
 
 /// Does Expat know it?
@@ -190,7 +190,7 @@ void XMLTreeBuilder::CloseElement()
 /// Expat, which was told what it gets, does not look at what is declared.
 void XMLTreeBuilder::CheckDeclared(const char* encoding)
 {
-    if (!SameName("UTF-16", encoding) && !SameName(m_recoded, encoding))
+    if (!SameName("UTF-16", encoding) && !SameName(m_recoded.c_str(), encoding))
         Refuse(DeclaredByte(), XML_ErrorString(IsEncoding(encoding) ? XML_ERROR_INCORRECT_ENCODING
                                                                     : XML_ERROR_UNKNOWN_ENCODING));
 }
