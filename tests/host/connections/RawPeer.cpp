@@ -3,8 +3,10 @@
 #include <arpa/inet.h>
 #include <chrono>
 #include <gtest/gtest.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -206,6 +208,12 @@ bool CRawConnection::Ended()
             return true;
     }
     return false;
+}
+
+bool CRawConnection::Delivered() const
+{
+    int unconfirmed = 0;
+    return ioctl(m_descriptor, SIOCOUTQ, &unconfirmed) == 0 && unconfirmed == 0;
 }
 
 void CRawConnection::EndSending()

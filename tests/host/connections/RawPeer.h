@@ -38,6 +38,8 @@ public:
     std::string ReceivePending();
     /// Has the stream ended or broken? Reads away what comes before.
     bool Ended();
+    /// Has the other end's system got all that was sent? Its program need not have read it.
+    bool Delivered() const;
     void EndSending();
     void Close();
     /// Closes so that the other end's next bytes meet a reset.

@@ -135,7 +135,7 @@ TEST_F(HostServerSuccession, AFirstConnectionWithSomethingLeftOverIsWaitedForOn)
     for (int count = 0; count < 3000; ++count)
         many += HostTest::kShortest;
     m_first->Send(many);
-    ASSERT_TRUE(HasInput(m_server.Descriptor(), 30000));
+    ASSERT_TRUE(HostTest::Eventually([&] { return m_first->Delivered(); }));
     EXPECT_EQ(m_server.Serve(0), MPISocketServerC::kBatchMessages);
     LetPatienceRunOut();
     EXPECT_EQ(m_server.Serve(0), MPISocketServerC::kBatchMessages);

@@ -99,7 +99,7 @@ protected:
             many += kShortest;
         first.Send(many);
         second.Send(many);
-        ASSERT_TRUE(HasInput(m_server.Descriptor(), 30000));
+        ASSERT_TRUE(Eventually([&] { return first.Delivered() && second.Delivered(); }));
         ASSERT_EQ(m_server.Serve(0), 2 * MPISocketServerC::kBatchMessages);
     }
 
@@ -253,7 +253,7 @@ TEST_F(HostServerTrouble, CloseFromWithinItIsFinishedByTheNextTurnWhereItThrowsF
     CRawConnection connection = Connect();
     const CRawConnection another = Connect();
     m_handler.what = "disconnected";
-    m_handler.left = 2; // the first is that of the idle one
+    m_handler.left = 2; // the first is that of the connection being served, which its turn tells
     m_handler.onNotification = [this](const MPIPeerC&) { m_server.Close(); };
     connection.Send(kPlain);
     ServeUntilItThrows();
