@@ -182,6 +182,9 @@ public:
     /// Stops listening and ends all connections; the handler is told of each. Listen may follow. From within
     /// the handler it does so at the end of the turn, before Serve returns: no more is handed over, and
     /// Listen is false until then.
+    ///
+    /// Where the handler throws meanwhile, some may be left: another call ends those, and so does the next
+    /// Serve if Close was called from within the handler.
     void Close();
 
 private:
