@@ -22,9 +22,8 @@ namespace
 class CTemporaryFile
 {
 public:
-    CTemporaryFile()
+    CTemporaryFile() : m_path(TemporaryNamePattern())
     {
-        m_path = TemporaryNamePattern();
         const int descriptor = mkstemp(m_path.data());
         if (descriptor < 0)
             throw CFailure(epsNo, "cannot make the file " + m_path + ": " + std::strerror(errno));
