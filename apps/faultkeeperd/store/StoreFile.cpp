@@ -93,7 +93,7 @@ std::string FreeName(const std::string& path)
     constexpr int kMost = 99; // so that they fill no disk
     for (int number = 1; number <= kMost; ++number)
     {
-        const std::string name = path + ".damaged-" + std::to_string(number);
+        std::string name = path + ".damaged-" + std::to_string(number);
         if (!Taken(name))
             return name;
     }
@@ -146,7 +146,7 @@ void CheckStoreTables(CSqlite& database)
 
 std::string MoveStoreAside(const std::string& path)
 {
-    const std::string target = FreeName(path);
+    std::string target = FreeName(path);
     if (target.empty())
         return target;
     // First what belongs to it: beside a new file it would be taken for that one's.

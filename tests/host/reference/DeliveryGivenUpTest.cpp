@@ -21,7 +21,7 @@ protected:
         {
             ASSERT_TRUE(Eventually([&] { return m_client->VerifyConnection(); }));
             SendAll(range.first, range.second);
-            Received(range.second - range.first + 1);
+            Received(static_cast<std::size_t>(range.second - range.first + 1));
             EndConnection();
             AwaitNext();
         }
