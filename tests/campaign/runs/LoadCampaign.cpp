@@ -84,7 +84,7 @@ public:
 private:
     void Change()
     {
-        const ErrorId& id = m_errors[m_changes / 2 % m_errors.size()];
+        const ErrorId& id = m_errors[static_cast<std::size_t>(m_changes / 2 % m_errors.size())];
         const auto type = static_cast<EProblemType>(id.second);
         while ((m_changes % 2 == 0 ? m_client.RaiseError(id.first, type, false, false)
                                    : m_client.ClearError(id.first, type, false)) != 1)
