@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -21,6 +22,14 @@ namespace
 constexpr int kTableMode = 0644; // as views ask for
 constexpr int kSemaphoreMode = 0666;
 constexpr int kPrivateMode = 0600;
+
+/// Emulators of 32-bit machines have been seen to write the seconds where the upper half of a time belongs,
+/// which is 0 until the year 2106.
+std::int64_t Seconds(std::int64_t time)
+{
+    constexpr int kHalf = 32;
+    return (time >> kHalf) > 0 ? time >> kHalf : time;
+}
 
 bool Operate(int semaphore, short change, short flags)
 {
@@ -87,7 +96,7 @@ bool ReadSegmentFacts(int segment, SSegmentFacts& facts)
     facts.mode = description.shm_perm.mode & 0777U;
     facts.bytes = description.shm_segsz;
     facts.attachments = static_cast<unsigned long>(description.shm_nattch);
-    facts.changed = description.shm_ctime;
+    facts.changed = Seconds(description.shm_ctime);
     return true;
 }
 
@@ -147,7 +156,7 @@ std::int64_t LockUsed(int semaphore)
         struct semid_ds* buf;
     } argument = {}; // passed as the union that the call takes: some machines pass those by address
     argument.buf = &description;
-    return semctl(semaphore, 0, IPC_STAT, argument) == 0 ? description.sem_otime : 0;
+    return semctl(semaphore, 0, IPC_STAT, argument) == 0 ? Seconds(description.sem_otime) : 0;
 }
 
 int TakeDownLock(int semaphore)

@@ -112,7 +112,7 @@ TEST_F(OwnerLife, ANewOwnerTakesOverFromOneThatHasEnded)
 TEST_F(OwnerLife, ANewOwnerTakesOverFromOneThatWasKilled)
 {
     const auto first = StartOwner();
-    Report("raise 0x40C09 9");
+    Report("confirm raise 0x40C09 9");
     ASSERT_TRUE(WaitUntil([&] { return Record(kPosition).counter1 == 1; }));
     first->Process().Signal(SIGKILL);
     ASSERT_EQ(first->Wait(), 128 + SIGKILL);

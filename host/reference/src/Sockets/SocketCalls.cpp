@@ -115,8 +115,10 @@ std::size_t BytesHeldBack(int descriptor)
 {
     int unsent = 0;
     int unconfirmed = 0;
-    if (ioctl(descriptor, SIOCOUTQNSD, &unsent) != 0 || ioctl(descriptor, SIOCOUTQ, &unconfirmed) != 0)
+    if (ioctl(descriptor, SIOCOUTQ, &unconfirmed) != 0)
         return 0;
+    if (ioctl(descriptor, SIOCOUTQNSD, &unsent) != 0)
+        unsent = unconfirmed; // emulators do not tell them apart
     return unsent > 0 || unconfirmed > kFewBytes ? static_cast<std::size_t>(unconfirmed) : 0;
 }
 
