@@ -16,7 +16,7 @@ void LoadWith(const std::string& prefix, const std::string& file, const std::uin
     const CSilence silence;
     Support::WriteFile(prefix + file, CInput(bytes, size).Rest());
     if (Refused(load))
-        const Apps::CConfigurationFiles files(prefix);
+        const Faultkeeper::Apps::CConfigurationFiles files(prefix);
 }
 
 } // namespace Fuzz
