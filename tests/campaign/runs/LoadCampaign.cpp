@@ -1,10 +1,10 @@
+#include "campaign/parts/AlternatingReporter.h"
 #include "campaign/parts/Probe.h"
 #include "campaign/parts/Verdict.h"
 #include "campaign/runs/Campaigns.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/ErrorDatabaseView.h>
-#include <Faultkeeper/FaultkeeperAPI.h>
 
 #include <algorithm>
 #include <chrono>
@@ -24,7 +24,6 @@ constexpr int kDisplays = 8;
 constexpr std::chrono::milliseconds kDisplayPause(100);
 constexpr std::chrono::milliseconds kStep(10);
 constexpr int kChangesAStep = 100; // 10 000 a second
-constexpr int kPatienceMilliseconds = 60000;
 
 std::unique_ptr<Support::CChildProcess> StartDisplay(const std::string& configuration)
 {
@@ -59,43 +58,22 @@ struct SResources
     }
 };
 
-/// Raises and clears errors in turn at an even pace.
-class CPacedReporter
+/// Reports at an even pace. @return false if not everything is acknowledged in the end
+bool ReportEvenly(CAlternatingReporter& reporter, std::chrono::seconds duration, const CScene& scene,
+                  SResources& resources)
 {
-public:
-    /// @return false if not everything is acknowledged in the end
-    bool Report(std::chrono::seconds duration, const CScene& scene, SResources& resources)
+    const auto steps = static_cast<int>(duration / kStep);
+    const Clock::time_point begin = Clock::now();
+    for (int step = 0; step < steps; ++step)
     {
-        const auto steps = static_cast<int>(duration / kStep);
-        const Clock::time_point begin = Clock::now();
-        for (int step = 0; step < steps; ++step)
-        {
-            for (int i = 0; i < kChangesAStep; ++i)
-                Change();
-            if (step % 100 == 99) // the first second is for getting started
-                resources.Look(scene);
-            std::this_thread::sleep_until(begin + kStep * (step + 1));
-        }
-        return m_client.WaitUntilAcknowledged(kPatienceMilliseconds);
+        for (int i = 0; i < kChangesAStep; ++i)
+            reporter.Change();
+        if (step % 100 == 99) // the first second is for getting started
+            resources.Look(scene);
+        std::this_thread::sleep_until(begin + kStep * (step + 1));
     }
-
-    std::uint64_t Changes() const { return m_changes; }
-
-private:
-    void Change()
-    {
-        const ErrorId& id = m_errors[static_cast<std::size_t>(m_changes / 2 % m_errors.size())];
-        const auto type = static_cast<EProblemType>(id.second);
-        while ((m_changes % 2 == 0 ? m_client.RaiseError(id.first, type, false, false)
-                                   : m_client.ClearError(id.first, type, false)) != 1)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        ++m_changes;
-    }
-
-    CFaultkeeperAPI m_client;
-    const std::vector<ErrorId> m_errors = ErrorsOf(0);
-    std::uint64_t m_changes = 0;
-};
+    return reporter.Finish();
+}
 } // namespace
 
 bool RunLoad(int rounds, unsigned)
@@ -107,11 +85,11 @@ bool RunLoad(int rounds, unsigned)
     for (int i = 0; i < kDisplays; ++i)
         displays.push_back(StartDisplay(scene.ConfigurationPrefix()));
     SResources resources;
-    CPacedReporter reporter;
+    CAlternatingReporter reporter;
     const ErrorId probed = ErrorsOf(1).front();
     CProbe probe(scene.ConfigurationPrefix(), probed);
     const Clock::time_point begin = Clock::now();
-    good = reporter.Report(std::chrono::seconds(rounds), scene, resources) && good;
+    good = ReportEvenly(reporter, std::chrono::seconds(rounds), scene, resources) && good;
     const std::chrono::duration<double> seconds = Clock::now() - begin;
     probe.Finish();
     displays.clear();

@@ -1,12 +1,10 @@
+#include "campaign/parts/AlternatingReporter.h"
 #include "campaign/parts/DisplayProcess.h"
 #include "campaign/parts/Verdict.h"
 #include "campaign/runs/Campaigns.h"
 
-#include <Faultkeeper/FaultkeeperAPI.h>
-
 #include <chrono>
 #include <cstdio>
-#include <thread>
 
 namespace Campaign
 {
@@ -14,24 +12,14 @@ namespace Campaign
 namespace
 {
 constexpr int kCopiers = 2;
-constexpr int kPatienceMilliseconds = 600000;
 
-/// Raises and clears the errors of one reporter in turn, each change once. @return false if it could not
+/// Makes each change once. @return false if not everything is acknowledged in the end
 bool ReportAll(int changes)
 {
-    Faultkeeper::CFaultkeeperAPI client;
-    const std::vector<ErrorId> errors = ErrorsOf(0);
-    for (int change = 0; change < changes;)
-    {
-        const ErrorId& id = errors[static_cast<std::size_t>(change / 2) % errors.size()];
-        const auto type = static_cast<Faultkeeper::EProblemType>(id.second);
-        const int result = change % 2 == 0 ? client.RaiseError(id.first, type, false, false)
-                                           : client.ClearError(id.first, type, false);
-        change += result == 1 ? 1 : 0;
-        if (result != 1)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return client.WaitUntilAcknowledged(kPatienceMilliseconds);
+    CAlternatingReporter reporter;
+    while (reporter.Changes() < static_cast<std::uint64_t>(changes))
+        reporter.Change();
+    return reporter.Finish();
 }
 } // namespace
 
