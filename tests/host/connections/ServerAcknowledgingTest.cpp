@@ -3,6 +3,7 @@
 #include <MPI/MPISocketServerC.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <map>
@@ -10,12 +11,16 @@
 #include <thread>
 #include <vector>
 
-#include "host/connections/RawPeer.h"
+#include "host/connections/ServerFixture.h"
+#include "host/connections/SessionsHandler.h"
 
 namespace
 {
 
+using HostTest::CRawConnection;
 using HostTest::Eventually;
+
+constexpr std::chrono::milliseconds kLongerThanAPause(10);
 
 /// Serves on a thread of its own, as an owner that is there all the time.
 class Served
@@ -98,6 +103,34 @@ TEST(HostServerAcknowledging, AClientThatEndsWhileItIsAcknowledgedIsHeardToTheEn
     }
     for (std::uint64_t index = 0; index < kClients; ++index)
         EXPECT_EQ(counter.counts[index + 1], sent[static_cast<std::size_t>(index)]);
+}
+
+class HostServerPauses : public HostTest::CServerFixture<HostTest::CSessionsHandler>
+{
+protected:
+    /// Sends a notification, which the server's system has when this returns.
+    static void Send(CRawConnection& connection)
+    {
+        connection.Send(HostTest::kPlain);
+        EXPECT_TRUE(Eventually([&] { return connection.Delivered(); }));
+    }
+};
+
+TEST_F(HostServerPauses, WhatHasComeInByTheEndOfAPauseIsAcknowledgedAlongWithWhatCameBefore)
+{
+    m_handler.onBatch = [&](const MPIPeerC& peer)
+    { m_server.Acknowledge(peer.connection, static_cast<std::uint64_t>(m_handler.counts[peer.connection])); };
+    CRawConnection connection = Connect();
+    Send(connection);
+    ASSERT_TRUE(ServeUntil([&] { return m_handler.counts[1] == 1; }));
+    std::this_thread::sleep_for(kLongerThanAPause);
+    EXPECT_EQ(m_server.Serve(0), 0) << "the pause after what has just been read";
+    Send(connection);
+    std::this_thread::sleep_for(kLongerThanAPause);
+    EXPECT_EQ(m_server.Serve(0), 1) << "its end and the next notification in one turn";
+    std::string received;
+    ASSERT_TRUE(ServeUntil([&] { return (received += connection.ReceivePending()).size() >= 10; }));
+    EXPECT_EQ(received, "d3:acki2ee");
 }
 
 } // namespace
