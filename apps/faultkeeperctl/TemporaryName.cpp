@@ -11,7 +11,7 @@ std::string TemporaryNamePattern()
     std::error_code failed;
     const std::filesystem::path set = std::filesystem::temp_directory_path(failed);
     const std::filesystem::path base = failed ? std::filesystem::path("/tmp") : set;
-    return (base / "faultkeeperctl-XXXXXX").string(); // the Xs are what those calls want
+    return (base / "faultkeeperctl-").string() + std::string(6, 'X'); // as those calls want it
 }
 
 } // namespace Faultkeeper::Apps

@@ -27,7 +27,7 @@ std::string NewDirectory()
     const std::string inMemory = "/dev/shm";
     const std::string place =
         access(inMemory.c_str(), W_OK) == 0 ? inMemory : std::filesystem::temp_directory_path().string();
-    const std::string pattern = place + "/faultkeeper-fuzz-XXXXXX"; // mkdtemp fills in the Xs
+    const std::string pattern = place + "/faultkeeper-fuzz-" + std::string(6, 'X'); // for mkdtemp to fill in
     std::vector<char> path(pattern.c_str(), pattern.c_str() + pattern.size() + 1);
     if (mkdtemp(path.data()) == nullptr)
         throw std::runtime_error("no directory " + pattern);

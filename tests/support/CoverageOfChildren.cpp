@@ -4,7 +4,8 @@
 #include <unistd.h>
 
 // <gcov.h> is for C only. The linker gives every call of _exit to the second and the system's function the
-// third name. NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
+// third name.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the tools chose these names
 extern "C" void __gcov_dump();
 extern "C" [[noreturn]] void __wrap__exit(int status);
 extern "C" [[noreturn]] void __real__exit(int status);
@@ -14,7 +15,7 @@ void __wrap__exit(int status)
     __gcov_dump();
     __real__exit(status);
 }
-// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming): names of our own from here on
 
 namespace
 {

@@ -12,7 +12,8 @@ namespace Support
 
 CFreshDirectory::CFreshDirectory()
 {
-    const std::string pattern = (std::filesystem::temp_directory_path() / "faultkeeper-test-XXXXXX").string();
+    const std::string pattern = (std::filesystem::temp_directory_path() / "faultkeeper-test-").string() +
+                                std::string(6, 'X'); // for mkdtemp to fill in
     std::vector<char> path(pattern.c_str(), pattern.c_str() + pattern.size() + 1);
     if (mkdtemp(path.data()) == nullptr)
         throw std::runtime_error("no fresh directory " + pattern);

@@ -82,8 +82,8 @@ void CFailingCalls::Leave(const std::string& call)
 
 } // namespace HostTest
 
-// NOLINTBEGIN(readability-identifier-naming)
-// The executable's definitions win over the C library's. Names and parameters are the system's.
+// NOLINTBEGIN(readability-identifier-naming): names and parameters are the system's. The executable's
+// definitions win over the C library's.
 extern "C"
 {
 
@@ -207,4 +207,4 @@ extern "C"
     }
 
 } // extern "C"
-// NOLINTEND(readability-identifier-naming)
+// NOLINTEND(readability-identifier-naming): the system's names end here

@@ -94,7 +94,7 @@ extern "C"
     }
 
 } // extern "C"
-// NOLINTEND(readability-identifier-naming)
+// NOLINTEND(readability-identifier-naming): the system's names end here
 
 namespace
 {

@@ -20,8 +20,8 @@
 #define FAULTKEEPER_SYSTEM_MEMORY(name) __libc_##name
 #endif
 
-// The allocator under its own names, which are reserved and whose parameters have none that one could repeat.
-// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming,readability-inconsistent-declaration-parameter-name)
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the allocator's own names
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): they have none to repeat
 extern "C"
 {
     void* FAULTKEEPER_SYSTEM_MEMORY(malloc)(std::size_t size);
@@ -96,7 +96,8 @@ extern "C"
     }
 
 } // extern "C"
-// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming,readability-inconsistent-declaration-parameter-name)
+// NOLINTEND(readability-inconsistent-declaration-parameter-name): repeated from here on
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming): names of our own from here on
 
 void* operator new(std::size_t size)
 {

@@ -147,4 +147,4 @@ extern "C"
     }
 
 } // extern "C"
-// NOLINTEND(readability-identifier-naming)
+// NOLINTEND(readability-identifier-naming): the system's names end here
