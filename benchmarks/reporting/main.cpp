@@ -17,7 +17,7 @@ int main(int argumentCount, char** arguments)
     const Support::CFreshDirectory storage;
     if (stored == others.end())
     {
-        CMeasuredOwner owner({});
+        CMeasuredOwner owner({"--state", "none"});
         RegisterLatencies(owner);
         RegisterThroughput(owner);
         return RunAll(argumentCount, arguments);

@@ -83,11 +83,11 @@ def _raise_all(run, port):
         _wait_for("all reports", lambda: run.raised() == ERRORS)
 
 
-def _owner(build, configuration, run):
+def _owner(build, configuration, run, state):
     log = run.path / "log"
     with log.open("wb") as errors:
         process = subprocess.Popen([build.program("faultkeeperd"), "--config", configuration, "--run-dir", run.path,
-                                    "--port", "0"], stdin=subprocess.DEVNULL, stdout=errors, stderr=errors)
+                                    "--port", "0", "--state", state], stdin=subprocess.DEVNULL, stdout=errors, stderr=errors)
     try:
         _wait_for("the owner", lambda: process.poll() is not None or "ready:" in log.read_text())
         found = re.search(r"port (\d+)", log.read_text())
@@ -100,27 +100,42 @@ def _owner(build, configuration, run):
         raise
 
 
-def _measure_programs(build, configuration, run):
-    process, port = _owner(build, configuration, run)
-    try:
-        found = {"faultkeeperd ready": _memory(process, "VmRSS")}
-        _raise_all(run, port)
-        found["faultkeeperd resident"] = _memory(process, "VmRSS")
-        peaks = {}
-        for command in _COMMANDS:
-            words = [build.program("peak_memory"), build.program("faultkeeperctl"), "--config", configuration,
-                     "--run-dir", run.path, *command]
-            result = subprocess.run(words, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False)
-            if result.returncode != 0:
-                raise Failure(f"faultkeeperctl {' '.join(command)}: {result.stderr}")
-            peaks[" ".join(command)] = int(result.stdout) / 1024
-        found["faultkeeperd peak"] = _memory(process, "VmHWM")
-        largest = max(peaks, key=peaks.get)
-        found[f"faultkeeperctl peak ({largest})"] = peaks[largest]
+def _command_peaks(build, configuration, run):
+    """The most memory of the commands that show what the run directory's owner has."""
+    peaks = {}
+    for command in _COMMANDS:
+        words = [build.program("peak_memory"), build.program("faultkeeperctl"), "--config", configuration,
+                 "--run-dir", run.path, *command]
+        result = subprocess.run(words, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False)
+        if result.returncode != 0:
+            raise Failure(f"faultkeeperctl {' '.join(command)}: {result.stderr}")
+        peaks[" ".join(command)] = int(result.stdout) / 1024
+    largest = max(peaks, key=peaks.get)
+    return {f"faultkeeperctl peak ({largest})": peaks[largest]}
+
+
+def _measure_owner(build, configuration, state, name, others):
+    """@param others: what else is measured while all errors are raised"""
+    with _RunDirectory() as run:
+        process, port = _owner(build, configuration, run, state)
+        try:
+            found = {f"{name} ready": _memory(process, "VmRSS")}
+            _raise_all(run, port)
+            found[f"{name} resident"] = _memory(process, "VmRSS")
+            found.update(others(build, configuration, run))
+            found[f"{name} peak"] = _memory(process, "VmHWM")
+            return found
+        finally:
+            process.send_signal(signal.SIGTERM)
+            process.wait()
+
+
+def _measure_programs(build, configuration):
+    with tempfile.TemporaryDirectory(prefix="faultkeeper-bench-") as storage:
+        store = Path(storage) / "state"
+        found = _measure_owner(build, configuration, "none", "faultkeeperd", lambda *_: {})
+        found.update(_measure_owner(build, configuration, store, "faultkeeperd with a store", _command_peaks))
         return found
-    finally:
-        process.send_signal(signal.SIGTERM)
-        process.wait()
 
 
 def _sections(path):
@@ -162,9 +177,9 @@ def _measure_sizes(project, build):
 
 def measure(project, build):
     """{"memory": {what: MiB}, "sizes": {library: {"text": bytes, "data": bytes}}}"""
-    with tempfile.TemporaryDirectory(prefix="faultkeeper-bench-") as configuration, _RunDirectory() as run:
+    with tempfile.TemporaryDirectory(prefix="faultkeeper-bench-") as configuration:
         subprocess.run([build.program("write_configuration"), str(ERRORS), configuration], check=True)
-        memory = _measure_programs(build, configuration, run)
+        memory = _measure_programs(build, configuration)
     return {"memory": memory, "sizes": _measure_sizes(project, build)}
 
 

@@ -76,7 +76,8 @@ LINES = (
          "bare messages, no-delay", least=1e6, times=1.5),
     Rate("the same, confirmed and stored", "throughput-stored/ours", "throughput-stored/base", "bare messages, no-delay",
          least=3e5),
-    Memory("faultkeeperd with 400 errors, resident", "faultkeeperd resident", limit=8.0),
+    Memory("faultkeeperd with 400 errors, no store, resident", "faultkeeperd resident", limit=8.0),
+    Memory("the same, with its store", "faultkeeperd with a store resident", limit=8.0),
     # What follows has no limit of its own.
     Rate("reports whose parents follow", "throughput-families/ours", "throughput/base", "bare messages, no-delay",
          least=0.0),
