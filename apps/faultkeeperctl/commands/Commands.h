@@ -20,6 +20,7 @@ void AddHierarchy(CCommandLine& commandLine);
 void AddTree(CCommandLine& commandLine);
 void AddSymbols(CCommandLine& commandLine);
 void AddStrings(CCommandLine& commandLine);
+void AddSimulate(CCommandLine& commandLine);
 
 /// All of them, in the order in which help lists them.
 inline void AddCommands(CCommandLine& commandLine)
@@ -35,6 +36,7 @@ inline void AddCommands(CCommandLine& commandLine)
     AddTree(commandLine);
     AddSymbols(commandLine);
     AddStrings(commandLine);
+    AddSimulate(commandLine);
     AddStatistics(commandLine);
     AddTable(commandLine);
 }
