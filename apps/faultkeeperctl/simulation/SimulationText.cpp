@@ -42,7 +42,7 @@ std::string StepText(const SSimulatedStep& played, int number)
         text += ChangeText(change);
     for (const SSimulatedRest& rest : played.rests)
         text += RestText(rest);
-    return text + "\n" + TreesText(played.trees, kWidth, ettWithoutTimes);
+    return text + "\n" + TreesText(played.trees, kWidth, ethCounters);
 }
 
 Json ChangeDocument(const SSimulatedChange& change)

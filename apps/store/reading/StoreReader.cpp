@@ -11,11 +11,12 @@
 namespace Faultkeeper::Apps
 {
 
-CStoreReader::CStoreReader(const std::string& path) : m_database(ReadStoreImage(path))
+CStoreReader::CStoreReader(const std::string& path, EStoreCheck check) : m_database(ReadStoreImage(path))
 {
     m_database.Run("PRAGMA cell_size_check = ON");
     CheckStoreTables(m_database);
-    m_database.Check();
+    if (check == escWholeFile)
+        m_database.Check();
 }
 
 std::string CStoreReader::Boot()
@@ -56,6 +57,11 @@ std::vector<STransition> CStoreReader::Journal(std::uint64_t from)
             m_dropped.push_back("transition numbered " + std::to_string(transition.number));
     }
     return transitions;
+}
+
+std::uint64_t CStoreReader::NextNumber()
+{
+    return static_cast<std::uint64_t>(m_database.Integer("SELECT max(number) FROM journal")) + 1;
 }
 
 } // namespace Faultkeeper::Apps

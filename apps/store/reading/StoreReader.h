@@ -11,6 +11,13 @@
 namespace Faultkeeper::Apps
 {
 
+/// How much of a store is looked at before anything of it counts.
+enum EStoreCheck : int
+{
+    escWholeFile = 0, ///< does the file hold together? Cost: a pass over all of it
+    escRowsOnly       ///< each row by its own checksum, when it is read
+};
+
 /// What an owner's store held when this was made, for everybody but the owner.
 ///
 /// Nothing of the store is locked or changed, and an owner does not notice. Later commits are not in it.
@@ -19,7 +26,7 @@ class CStoreReader
 {
 public:
     /// @throws CSqliteFailure; likewise below. Damage if it does not hold together
-    explicit CStoreReader(const std::string& path);
+    CStoreReader(const std::string& path, EStoreCheck check);
 
     /// Which start of the machine it was written in last; empty if that is not known.
     std::string Boot();
@@ -28,6 +35,10 @@ public:
 
     /// All transitions from that number on, in the order of their numbers.
     std::vector<STransition> Journal(std::uint64_t from = 0);
+
+    /// The number that the next transition is going to have, 1 if there was none. Rows that cannot be trusted
+    /// have theirs.
+    std::uint64_t NextNumber();
 
     /// Rows that were not as they were written, in words; left out of what the other functions have given.
     const std::vector<std::string>& Dropped() const { return m_dropped; }
