@@ -106,6 +106,14 @@ void CCommand::Flag(const std::string& name, bool& value, const std::string& wha
     m_app.add_flag(name, value, what);
 }
 
+void CCommand::Text(const std::string& name, std::string& value, const std::string& kind,
+                    const std::string& what)
+{
+    const auto given = [name](const std::string& text)
+    { return text.empty() ? name + " names nothing" : ""; };
+    m_app.add_option(name, value, what)->check(given, "")->type_name(kind);
+}
+
 void CCommand::Number(const std::string& name, int& value, int most, const std::string& what)
 {
     m_app.add_option(name, value, what)->check(CLI::Range(0, most))->capture_default_str();

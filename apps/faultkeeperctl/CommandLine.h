@@ -36,6 +36,11 @@ public:
     /// @param value  borrowed; true if the flag is given
     void Flag(const std::string& name, bool& value, const std::string& what);
 
+    /// Adds an option that takes a text, which must not be empty.
+    /// @param value  borrowed; untouched if the option is not given
+    /// @param kind   what the text is, for help: "FILE"
+    void Text(const std::string& name, std::string& value, const std::string& kind, const std::string& what);
+
     /// Adds an option that takes a number.
     /// @param value  borrowed; what it holds is used if the option is not given
     /// @param most   the greatest number that is taken; the least is 0

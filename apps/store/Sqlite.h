@@ -1,10 +1,11 @@
-#ifndef FAULTKEEPER_FAULTKEEPERD_STORE_SQLITE_H
-#define FAULTKEEPER_FAULTKEEPERD_STORE_SQLITE_H
+#ifndef FAULTKEEPER_APPS_STORE_SQLITE_H
+#define FAULTKEEPER_APPS_STORE_SQLITE_H
 
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -46,6 +47,9 @@ public:
     /// @param patienceMilliseconds  how long to wait for another process that uses the file
     /// @throws CSqliteFailure; likewise below
     explicit CSqlite(const std::string& path, ESqliteAccess access = esaWrite, int patienceMilliseconds = 0);
+    /// A database in memory, to be read only.
+    /// @param image  the bytes of a database file that has no log beside it
+    explicit CSqlite(std::vector<unsigned char> image);
     ~CSqlite();
     CSqlite(const CSqlite&) = delete;
     CSqlite& operator=(const CSqlite&) = delete;
@@ -70,6 +74,7 @@ private:
     [[noreturn]] void Fail(int code) const;
     void ReadThrough() const;
 
+    std::vector<unsigned char> m_image; // of a database in memory
     sqlite3* m_handle;
 };
 

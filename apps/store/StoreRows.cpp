@@ -1,4 +1,4 @@
-#include "faultkeeperd/store/StoreRows.h"
+#include "store/StoreRows.h"
 
 #include "common/Checksum.h"
 #include "common/ErrorNames.h"

@@ -1,8 +1,8 @@
-#ifndef FAULTKEEPER_FAULTKEEPERD_STORE_STOREROWS_H
-#define FAULTKEEPER_FAULTKEEPERD_STORE_STOREROWS_H
+#ifndef FAULTKEEPER_APPS_STORE_STOREROWS_H
+#define FAULTKEEPER_APPS_STORE_STOREROWS_H
 
-#include "faultkeeperd/store/Sqlite.h"
-#include "faultkeeperd/store/StoreRecords.h"
+#include "store/Sqlite.h"
+#include "store/StoreRecords.h"
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-#include "faultkeeperd/store/BootClock.h"
+#include "store/BootClock.h"
 
 #include <ctime>
 #include <fstream>

@@ -1,4 +1,4 @@
-#include "faultkeeperd/store/TransitionCauses.h"
+#include "store/TransitionCauses.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 

@@ -1,12 +1,15 @@
-#ifndef FAULTKEEPER_FAULTKEEPERD_STORE_STOREFILE_H
-#define FAULTKEEPER_FAULTKEEPERD_STORE_STOREFILE_H
+#ifndef FAULTKEEPER_APPS_STORE_STOREFILE_H
+#define FAULTKEEPER_APPS_STORE_STOREFILE_H
 
-#include "faultkeeperd/store/Sqlite.h"
+#include "store/Sqlite.h"
 
 #include <string>
 
 namespace Faultkeeper::Apps
 {
+
+/// Where an owner keeps its store if nothing else is said.
+std::string UsualStorePath(const std::string& runDirectory);
 
 /// Looks at a file from outside, before it is opened: opening a database can already change it, or what lies
 /// beside it. Another program's database, and a store of a later format, are not ours to change.

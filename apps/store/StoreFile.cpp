@@ -1,4 +1,4 @@
-#include "faultkeeperd/store/StoreFile.h"
+#include "store/StoreFile.h"
 
 #include <sqlite3.h>
 #include <unistd.h>
@@ -100,6 +100,11 @@ std::string FreeName(const std::string& path)
     return std::string();
 }
 } // namespace
+
+std::string UsualStorePath(const std::string& runDirectory)
+{
+    return runDirectory + "/faultkeeper.db";
+}
 
 void CheckStoreHead(const std::string& path)
 {

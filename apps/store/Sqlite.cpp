@@ -1,9 +1,10 @@
-#include "faultkeeperd/store/Sqlite.h"
+#include "store/Sqlite.h"
 
 #include <sqlite3.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace Faultkeeper::Apps
 {
@@ -72,6 +73,18 @@ CSqlite::CSqlite(const std::string& path, ESqliteAccess access, int patienceMill
     else
         Open(name + "?immutable=1", SQLITE_OPEN_READONLY, "unix-none");
     sqlite3_busy_timeout(m_handle, patienceMilliseconds);
+}
+
+CSqlite::CSqlite(std::vector<unsigned char> image) : m_image(std::move(image)), m_handle(nullptr)
+{
+    Open(":memory:", SQLITE_OPEN_READWRITE, nullptr);
+    const auto bytes = static_cast<sqlite3_int64>(m_image.size());
+    const int code =
+        sqlite3_deserialize(m_handle, "main", m_image.data(), bytes, bytes, SQLITE_DESERIALIZE_READONLY);
+    if (code == SQLITE_OK)
+        return;
+    sqlite3_close(m_handle);
+    throw CSqliteFailure(code, sqlite3_errstr(code));
 }
 
 void CSqlite::Open(const std::string& name, int flags, const char* system)
