@@ -101,6 +101,12 @@ void CCommand::Argument(const std::string& name, std::string& value, const std::
     m_app.add_option(name, value, what)->required();
 }
 
+void CCommand::OptionalArgument(const std::string& name, std::string& value, const std::string& what)
+{
+    m_app.add_option(name, value, what)
+        ->check([name](const std::string& given) { return given.empty() ? name + " is empty" : ""; });
+}
+
 void CCommand::Flag(const std::string& name, bool& value, const std::string& what)
 {
     m_app.add_flag(name, value, what);

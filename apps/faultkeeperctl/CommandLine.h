@@ -32,6 +32,10 @@ public:
     /// @param value  borrowed
     void Argument(const std::string& name, std::string& value, const std::string& what);
 
+    /// Adds an argument that may be left out, but not be empty.
+    /// @param value  borrowed; as it is if the argument is not given
+    void OptionalArgument(const std::string& name, std::string& value, const std::string& what);
+
     /// @param name   with its dashes
     /// @param value  borrowed; true if the flag is given
     void Flag(const std::string& name, bool& value, const std::string& what);

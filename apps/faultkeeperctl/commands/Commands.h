@@ -9,7 +9,8 @@ namespace Faultkeeper::Apps
 class CCommand;
 class CCommandLine;
 
-/// Each adds one command (the first one two) in a file of its own, CommandXxx.cpp.
+/// Each adds one command (the first one two) in a file of its own, CommandXxx.cpp, here or where its subject
+/// is.
 void AddReport(CCommandLine& commandLine);
 void AddStatus(CCommandLine& commandLine);
 void AddList(CCommandLine& commandLine);
@@ -20,6 +21,7 @@ void AddActive(CCommandLine& commandLine);
 void AddStatistics(CCommandLine& commandLine);
 void AddTable(CCommandLine& commandLine);
 void AddHierarchy(CCommandLine& commandLine);
+void AddCheck(CCommandLine& commandLine);
 void AddTree(CCommandLine& commandLine);
 void AddSymbols(CCommandLine& commandLine);
 void AddStrings(CCommandLine& commandLine);
@@ -45,6 +47,7 @@ inline void AddCommands(CCommandLine& commandLine)
     AddJournal(commandLine);
     AddAt(commandLine);
     AddDecode(commandLine);
+    AddCheck(commandLine);
     AddHierarchy(commandLine);
     AddTree(commandLine);
     AddSymbols(commandLine);
