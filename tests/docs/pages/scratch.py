@@ -8,7 +8,7 @@ import subprocess
 import tempfile
 from pathlib import Path
 
-_COPIED = ["config", "docs/examples", "examples"]  # pages may change them
+_COPIED = ["config", "docs/examples", "docs/pictures", "examples"]  # pages may change them
 _RUN_DIRECTORY = "run"  # there from the start, as its key must be free
 
 
