@@ -17,14 +17,6 @@ namespace
 using Core::IO::XMLDocument;
 using Core::IO::XMLNode;
 
-/// Why a file could not be read, taken apart.
-struct SParseFailure
-{
-    int line; // 0 if the file could not be read at all
-    int column;
-    std::string reason;
-};
-
 SParseFailure FailureOf(const XMLDocument& document)
 {
     // "line:column: reason"
@@ -36,19 +28,6 @@ SParseFailure FailureOf(const XMLDocument& document)
     const std::size_t start = reason.find_first_not_of(' ');
     return {static_cast<int>(line), static_cast<int>(column),
             start == std::string::npos ? "not readable" : reason.substr(start)};
-}
-
-/// Reads a file, but nothing that may never end: a pipe, a terminal, a device.
-bool ParseRegularFile(XMLDocument& document, const std::string& path, SParseFailure& failure)
-{
-    std::error_code ignored; // the document itself tells best why a file cannot be read
-    failure = {0, 0, "Not a regular file"};
-    if (std::filesystem::is_other(path, ignored))
-        return false;
-    const bool parsed = document.Parse(path);
-    if (!parsed)
-        failure = FailureOf(document);
-    return parsed;
 }
 
 /// What a module file holds: definitions, and elements that the database is going to refuse.
@@ -80,6 +59,16 @@ std::string AttributeOf(const XMLNode& node, const std::string& name)
     return found == node.Attributes().end() ? std::string() : found->second;
 }
 } // namespace
+
+bool ParseRegularFile(XMLDocument& document, const std::string& path, SParseFailure& failure)
+{
+    std::error_code ignored; // the document itself tells best why a file cannot be read
+    const bool endless = std::filesystem::is_other(path, ignored);
+    if (!endless && document.Parse(path))
+        return true;
+    failure = endless ? SParseFailure{0, 0, "Not a regular file"} : FailureOf(document);
+    return false;
+}
 
 std::string SConfigurationFinding::Line() const
 {

@@ -30,6 +30,18 @@ struct SConfigurationFinding
     std::string Line() const;
 };
 
+/// Why a file could not be read.
+struct SParseFailure
+{
+    int line = 0; ///< 0 if the file could not be read at all
+    int column = 0;
+    std::string reason;
+};
+
+/// Reads a file, but nothing that may never end: a pipe, a terminal, a device.
+/// @param failure  untouched if all went well
+bool ParseRegularFile(Core::IO::XMLDocument& document, const std::string& path, SParseFailure& failure);
+
 /// Tells, before anything depends on it, whether the files of a configuration are there, well-formed and not
 /// empty.
 ///

@@ -77,15 +77,6 @@ bool Describes(int code)
            !NameOf<EProblemIdentifier>(TranslateProblemId, code & kProblemMask).empty();
 }
 
-std::vector<std::string> NamesOnly(const std::vector<SNamedValue>& table)
-{
-    std::vector<std::string> names;
-    names.reserve(table.size());
-    for (const SNamedValue& row : table)
-        names.push_back(row.name);
-    return names;
-}
-
 void Complain(std::string& problem, const std::string& what)
 {
     problem += (problem.empty() ? "" : "; ") + what;
@@ -101,7 +92,7 @@ int FieldValue(const char* what, std::string& field, const std::vector<SNamedVal
         if (row.name == field)
             return row.value;
     }
-    const std::string nearest = NearestName(field, NamesOnly(table));
+    const std::string nearest = NearestName(field, NamesOf(table));
     Complain(problem, "no " + std::string(what) + " is called " + QuotedTyped(field) +
                           (nearest.empty() ? "" : ", the nearest is \"" + nearest + "\""));
     field = nearest;
@@ -186,6 +177,15 @@ const std::vector<SNamedValue>& SeverityNames()
 {
     static const std::vector<SNamedValue> names =
         AllNames<EErrorSeverity>(TranslateSeverity, eesLow, eesCritical + 1, 1);
+    return names;
+}
+
+std::vector<std::string> NamesOf(const std::vector<SNamedValue>& table)
+{
+    std::vector<std::string> names;
+    names.reserve(table.size());
+    for (const SNamedValue& row : table)
+        names.push_back(row.name);
     return names;
 }
 

@@ -30,6 +30,9 @@ const std::vector<SNamedValue>& ProblemNames();
 const std::vector<SNamedValue>& FailureModeNames();
 const std::vector<SNamedValue>& SeverityNames();
 
+/// The names alone, in the order of the table.
+std::vector<std::string> NamesOf(const std::vector<SNamedValue>& table);
+
 /// "Positioning:GPS:No Data:2"; a coordinate without a name leaves its field empty.
 std::string ErrorName(int problemCode, int problemType);
 

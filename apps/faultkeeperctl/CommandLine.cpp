@@ -101,9 +101,23 @@ void CCommand::Argument(const std::string& name, std::string& value, const std::
     m_app.add_option(name, value, what)->required();
 }
 
+void CCommand::OptionalArgument(const std::string& name, std::string& value, const std::string& what)
+{
+    m_app.add_option(name, value, what)
+        ->check([name](const std::string& given) { return given.empty() ? name + " is empty" : ""; });
+}
+
 void CCommand::Flag(const std::string& name, bool& value, const std::string& what)
 {
     m_app.add_flag(name, value, what);
+}
+
+void CCommand::Text(const std::string& name, std::string& value, const std::string& kind,
+                    const std::string& what)
+{
+    const auto given = [name](const std::string& text)
+    { return text.empty() ? name + " names nothing" : ""; };
+    m_app.add_option(name, value, what)->check(given, "")->type_name(kind);
 }
 
 void CCommand::Number(const std::string& name, int& value, int most, const std::string& what)

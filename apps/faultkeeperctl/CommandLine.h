@@ -32,9 +32,18 @@ public:
     /// @param value  borrowed
     void Argument(const std::string& name, std::string& value, const std::string& what);
 
+    /// Adds an argument that may be left out, but not be empty.
+    /// @param value  borrowed; as it is if the argument is not given
+    void OptionalArgument(const std::string& name, std::string& value, const std::string& what);
+
     /// @param name   with its dashes
     /// @param value  borrowed; true if the flag is given
     void Flag(const std::string& name, bool& value, const std::string& what);
+
+    /// Adds an option that takes a text, which must not be empty.
+    /// @param value  borrowed; untouched if the option is not given
+    /// @param kind   what the text is, for help: "FILE"
+    void Text(const std::string& name, std::string& value, const std::string& kind, const std::string& what);
 
     /// Adds an option that takes a number.
     /// @param value  borrowed; what it holds is used if the option is not given

@@ -167,6 +167,20 @@ std::vector<SErrorTree> CDisplay::Trees() const
     return trees;
 }
 
+std::vector<ErrorId> CDisplay::ErrorsOfKey(const std::string& key)
+{
+    std::vector<ErrorId> codes;
+    for (int attempt = 0; attempt < kCopyAttempts && codes.empty() && m_view != nullptr; ++attempt)
+    {
+        if (ProbeTable(m_attached).state != etsReady) // waits for a lock that is busy
+            continue;
+        SErrorTree tree;
+        std::vector<std::string> lines;
+        CErrorPresentation::RegenerateErrorTree(key, *m_database, *m_view, tree, lines, codes, true);
+    }
+    return codes;
+}
+
 std::vector<std::string> CDisplay::UnknownRaised() const
 {
     std::vector<std::string> names;

@@ -1,6 +1,7 @@
 #ifndef FAULTKEEPERCTL_DISPLAY_H
 #define FAULTKEEPERCTL_DISPLAY_H
 
+#include "common/ErrorNames.h"
 #include "common/TableProbe.h"
 #include "faultkeeperctl/Settings.h"
 
@@ -55,6 +56,11 @@ public:
 
     /// The trees of all active top errors in identifier order, with texts.
     std::vector<SErrorTree> Trees() const;
+
+    /// The errors that a state key stands for, the top one first, by the positions of the owner's table.
+    /// @param key  capital hexadecimal digits, three or more
+    /// @return none if the key names none
+    std::vector<ErrorId> ErrorsOfKey(const std::string& key);
 
     /// Names of the errors that are raised and that this configuration does not know, so that no tree shows
     /// them.

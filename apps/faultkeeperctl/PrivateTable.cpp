@@ -89,9 +89,10 @@ bool CPrivateTable::TryDirectory()
 void CPrivateTable::Attach(const CErrorDatabase& database)
 {
     m_view = std::make_unique<CErrorDatabaseView>(true, eViewOwner);
-    RemoveSegment(m_segment); // stays until this process ends, because the view is attached
+    m_reader = std::make_unique<CErrorDatabaseView>(false, eViewReader);
+    RemoveSegment(m_segment); // stays until this process ends, because the views are attached
     m_segment = -1;
-    if (m_view->Failed() || !m_view->LoadErrors(database))
+    if (m_view->Failed() || m_reader->Failed() || !m_view->LoadErrors(database))
         throw CFailure(epsNo, "cannot use a private table");
 }
 

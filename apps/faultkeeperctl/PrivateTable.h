@@ -34,6 +34,9 @@ public:
 
     CErrorDatabaseView& View() { return *m_view; }
 
+    /// What a display of the same table would hold.
+    CErrorDatabaseView& Reader() { return *m_reader; }
+
 private:
     bool TryDirectory();
     void Attach(const CErrorDatabase& database);
@@ -45,6 +48,7 @@ private:
     int m_semaphore = -1;
     int m_segment = -1;
     std::unique_ptr<CErrorDatabaseView> m_view;
+    std::unique_ptr<CErrorDatabaseView> m_reader;
 };
 
 } // namespace Faultkeeper::Apps

@@ -4,6 +4,7 @@
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/Options.h"
 #include "faultkeeperd/service/Service.h"
+#include "store/StoreFile.h"
 
 #include <cstdio>
 #include <exception>
@@ -37,7 +38,7 @@ SStoreSettings StoreSettings(const COptions& options, const std::string& runDire
 {
     SStoreSettings settings;
     if (options.State().empty())
-        settings.path = runDirectory + "/faultkeeper.db";
+        settings.path = UsualStorePath(runDirectory);
     else if (options.State() != "none")
         settings.path = AbsolutePath(options.State());
     settings.journalLimit = options.JournalLimit();

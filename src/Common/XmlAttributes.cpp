@@ -1,5 +1,7 @@
 #include "Common/XmlAttributes.h"
 
+#include "Common/database/ConfigurationFormat.h"
+
 #include <Core/IO/XMLNode.h>
 
 namespace Faultkeeper
@@ -14,7 +16,7 @@ const std::string& Attribute(const Core::IO::XMLNode& node, const char* name)
 
 bool Flag(const Core::IO::XMLNode& node, const char* name)
 {
-    return Attribute(node, name) == "yes";
+    return Attribute(node, name) == ConfigurationFormat::kFlagOn;
 }
 
 } // namespace Faultkeeper

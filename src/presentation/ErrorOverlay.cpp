@@ -2,6 +2,7 @@
 
 #include "Common/Numbers.h"
 #include "Common/XmlAttributes.h"
+#include "Common/database/ConfigurationFormat.h"
 
 #include <Faultkeeper/Identifiers.h>
 
@@ -14,6 +15,8 @@
 namespace Faultkeeper
 {
 
+using namespace ConfigurationFormat;
+
 namespace
 {
 typedef std::pair<int, int> ErrorId;
@@ -23,7 +26,7 @@ const Core::IO::XMLNode* FindPatterns(const Core::IO::XMLNode& root)
 {
     if (root.Children().empty())
         return nullptr;
-    return root.Children().front().Child("Patterns");
+    return root.Children().front().Child(kPatterns);
 }
 
 // A name that is not known is -1, which sets every bit of the code: such an id is kept and matches no error.
@@ -43,12 +46,12 @@ bool ReadId(const std::string& text, ErrorId& id)
 SPattern ReadPattern(const Core::IO::XMLNode& node)
 {
     SPattern pattern;
-    pattern.code = Attribute(node, "fixedCode");
-    pattern.allowPartialMatch = Flag(node, "allowPartialMatch");
+    pattern.code = Attribute(node, kFixedCode);
+    pattern.allowPartialMatch = Flag(node, kAllowPartialMatch);
     for (const Core::IO::XMLNode& child : node.Children())
     {
         ErrorId id;
-        if (ReadId(Attribute(child, "id"), id))
+        if (ReadId(Attribute(child, kId), id))
             pattern.ids.push_back(id);
     }
     std::sort(pattern.ids.begin(), pattern.ids.end());
@@ -74,7 +77,7 @@ CErrorOverlay::CErrorOverlay(const std::string& directory)
     if (patterns == nullptr)
         return;
     for (const Core::IO::XMLNode& node : patterns->Children())
-        if (node.Name() == "pattern" && !Attribute(node, "fixedCode").empty())
+        if (node.Name() == kPattern && !Attribute(node, kFixedCode).empty())
             m_patterns.push_back(ReadPattern(node));
 }
 

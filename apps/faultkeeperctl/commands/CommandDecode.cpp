@@ -6,6 +6,7 @@
 #include "common/TypedText.h"
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/PrivateTable.h"
+#include "faultkeeperctl/StateKeys.h"
 #include "faultkeeperctl/json/Json.h"
 #include "faultkeeperctl/text/TextTable.h"
 #include "faultkeeperctl/text/TextWidth.h"
@@ -15,8 +16,6 @@
 #include <Faultkeeper/ErrorPresentation.h>
 #include <Faultkeeper/Identifiers.h>
 
-#include <cctype>
-#include <cstddef>
 #include <iostream>
 #include <memory>
 #include <vector>
@@ -27,7 +26,6 @@ namespace Faultkeeper::Apps
 namespace
 {
 constexpr int kLockAttempts = 20;
-constexpr std::size_t kLeastDigits = 3;
 
 /// A key taken apart.
 struct SDecoded
@@ -37,25 +35,6 @@ struct SDecoded
     std::vector<ErrorId> codes; // one for each line, except below the last errors of a key without padding
     bool fromOwner = false;     // positions taken from the owner's table, otherwise from the configuration
 };
-
-// Keys are read out on the phone: small letters mean the same.
-std::string UpperCase(std::string key)
-{
-    for (char& c : key)
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return key;
-}
-
-// Before anything is loaded: what is no key is none with any configuration.
-void CheckKey(const std::string& key)
-{
-    if (key.find_first_not_of("0123456789ABCDEF") != std::string::npos)
-        throw CFailure(epsUsage,
-                       QuotedTyped(key) + " is no state key: it holds other characters than 0-9 and A-F");
-    if (key.size() < kLeastDigits)
-        throw CFailure(epsUsage, "the key " + QuotedTyped(key) +
-                                     " is too short: at least 10 bits, that is 3 digits, name an error");
-}
 
 void Regenerate(const std::string& key, const CErrorDatabase& database, CErrorDatabaseView& view,
                 SDecoded& decoded)
@@ -141,8 +120,7 @@ std::string DecodedText(const std::string& key, const SDecoded& decoded, int wid
 
 EProgramStatus Decode(const SSettings& settings, const std::string& typed)
 {
-    const std::string key = UpperCase(typed);
-    CheckKey(key);
+    const std::string key = CheckedKey(typed);
     const SDecoded decoded = DecodeKey(settings, key);
     if (settings.json)
         PrintDocument(DecodedDocument(key, decoded));

@@ -2,6 +2,7 @@
 
 #include "common/ErrorNames.h"
 #include "faultkeeperctl/CommandLine.h"
+#include "faultkeeperctl/ConfiguredErrors.h"
 #include "faultkeeperctl/json/Json.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
@@ -43,10 +44,8 @@ void CheckConfigured(const SSettings& settings, const std::string& typed, const 
     const std::unique_ptr<CErrorDatabase> database = LoadConfiguration(settings);
     if (database->RetrieveError(id.first, id.second) != nullptr)
         return;
-    const std::string nearest = NearestConfigured(typed, *database);
-    throw CFailure(epsNo, "the configuration in " + settings.configuration + " defines no error \"" +
-                              ErrorName(id.first, id.second) + "\"" +
-                              (nearest.empty() ? "" : "; the nearest is \"" + nearest + "\""));
+    throw CFailure(epsNo,
+                   "the configuration in " + settings.configuration + NotDefined(typed, id, *database));
 }
 
 // For a name with a slip: what the configuration, if there is one, has nearest to it.
@@ -55,9 +54,7 @@ std::string ConfiguredHint(const SSettings& settings, const std::string& typed, 
     if (!settings.configured)
         return "";
     const CFailure slip(epsUsage, problem); // told also if no hint can be had
-    const std::string nearest = NearestConfigured(typed, *LoadConfiguration(settings, &slip));
-    const bool told = nearest.empty() || problem.find("\"" + nearest + "\"") != std::string::npos;
-    return told ? "" : "; the nearest configured error is \"" + nearest + "\"";
+    return NearestHint(typed, problem, *LoadConfiguration(settings, &slip));
 }
 
 ErrorId CheckedId(const SSettings& settings, const std::string& typed)

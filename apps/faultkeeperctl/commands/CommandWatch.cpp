@@ -2,12 +2,11 @@
 
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/Display.h"
+#include "faultkeeperctl/following/Ending.h"
 #include "faultkeeperctl/json/DisplayDocuments.h"
 #include "faultkeeperctl/text/TextWidth.h"
 #include "faultkeeperctl/text/TreeText.h"
 
-#include <poll.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -25,25 +24,6 @@ constexpr int kIdleMilliseconds = 1000;                 // then it is seen wheth
 constexpr std::chrono::milliseconds kDrawingPause(100); // a picture that changes faster cannot be read
 constexpr const char* kClearScreen = "\x1b[H\x1b[2J";
 constexpr const char* kSeparator = "----------------------------------------\n";
-
-volatile sig_atomic_t endRequested = 0;
-volatile sig_atomic_t drawing = 0;
-
-// Nobody may be reading what is being drawn, so that writing would never end.
-void RequestEnd(int)
-{
-    endRequested = 1;
-    if (drawing != 0)
-        _exit(epsDone);
-}
-
-void EndOnSignals()
-{
-    struct sigaction action = {};
-    action.sa_handler = RequestEnd;
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-}
 
 std::string PictureText(const CDisplay& display, const SSettings& settings)
 {
@@ -64,13 +44,6 @@ bool CanClearScreen()
            std::strcmp(terminal, "dumb") != 0;
 }
 
-// A reader that goes away is noticed also when there is nothing to tell it.
-bool ReaderGone()
-{
-    struct pollfd output = {STDOUT_FILENO, 0, 0};
-    return poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP)) != 0;
-}
-
 void Write(const CDisplay& display, const SSettings& settings, bool first)
 {
     if (settings.json)
@@ -87,10 +60,9 @@ void Write(const CDisplay& display, const SSettings& settings, bool first)
 
 void Draw(const CDisplay& display, const SSettings& settings, bool first)
 {
-    drawing = 1;
-    if (endRequested == 0)
+    const CPrinting printing;
+    if (!EndRequested())
         Write(display, settings, first);
-    drawing = 0;
 }
 
 // An owner that goes is told, and its faults stay to be seen; when an owner is back they are replaced.
@@ -100,7 +72,7 @@ EProgramStatus Watch(const SSettings& settings)
     EndOnSignals();
     display.RequirePicture();
     Draw(display, settings, true);
-    while (endRequested == 0 && std::cout.good() && !ReaderGone())
+    while (!EndRequested() && std::cout.good() && !ReaderGone())
     {
         display.Wait(kIdleMilliseconds);
         const ETableState before = display.Facts().state;
@@ -110,7 +82,7 @@ EProgramStatus Watch(const SSettings& settings)
         if (now == etsReady && before != etsReady)
             display.WarnOfOtherConfiguration(); // it may be another owner
         Draw(display, settings, false);
-        if (endRequested == 0)
+        if (!EndRequested())
             std::this_thread::sleep_for(kDrawingPause);
     }
     return epsDone;

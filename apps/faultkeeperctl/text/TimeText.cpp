@@ -3,6 +3,7 @@
 #include <Core/Time.h>
 
 #include <cmath>
+#include <cstddef>
 #include <ctime>
 
 namespace Faultkeeper::Apps
@@ -18,6 +19,17 @@ std::string TimeText(std::int64_t secondsSince1970)
         return std::to_string(secondsSince1970);
     std::string result = text;
     return result.insert(result.size() - 2, ":"); // %z writes +0100
+}
+
+std::string ExactTimeText(const Core::Time& time, int digits)
+{
+    constexpr std::int64_t kSecond = 1000000000;
+    constexpr std::size_t kZoneLength = 6;
+    const std::int64_t rest = (time.Nanoseconds() % kSecond + kSecond) % kSecond;
+    std::string fraction = std::to_string(kSecond + rest).substr(0, static_cast<std::size_t>(digits) + 1);
+    fraction.front() = '.';
+    std::string text = TimeText((time.Nanoseconds() - rest) / kSecond);
+    return text.size() > kZoneLength ? text.insert(text.size() - kZoneLength, fraction) : text;
 }
 
 std::string TimeOrNever(std::int64_t secondsSince1970)

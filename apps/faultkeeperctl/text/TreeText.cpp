@@ -63,21 +63,23 @@ std::vector<std::string> TreeFlags(const SErrorTree& tree)
     return flags;
 }
 
-std::string TreeText(const SErrorTree& tree, int number, int width)
+std::string TreeText(const SErrorTree& tree, int number, int width, ETreeHistory history)
 {
     const auto field = [width](const char* label, const std::string& value)
     { return value.empty() ? "" : FieldText(label, {value}, width); };
     return Headline(tree, number, width) + field("Short", tree.shortTitle) +
            FieldText("Problem", tree.problems, width) + FieldText("Solution", tree.solutions, width) +
-           field("Raised", TimeOrNever(tree.raisedTime)) + field("Cleared", TimeOrNever(tree.clearedTime)) +
-           field("Counters", Counters(tree)) + field("Key", tree.stateKey) +
+           (history == ethAll ? field("Raised", TimeOrNever(tree.raisedTime)) +
+                                    field("Cleared", TimeOrNever(tree.clearedTime))
+                              : "") +
+           (history != ethNone ? field("Counters", Counters(tree)) : "") + field("Key", tree.stateKey) +
            field("Code", tree.friendlyCode.empty() ? "none" : tree.friendlyCode) +
            field("Error", ErrorName(tree.problemCode, tree.problemType) + " (" +
                               ErrorNumber(tree.problemCode, tree.problemType) + ")") +
            field("Display", Joined(TreeFlags(tree)));
 }
 
-std::string TreesText(const std::vector<SErrorTree>& trees, int width)
+std::string TreesText(const std::vector<SErrorTree>& trees, int width, ETreeHistory history)
 {
     if (trees.empty())
         return "No active faults.\n";
@@ -85,7 +87,7 @@ std::string TreesText(const std::vector<SErrorTree>& trees, int width)
         trees.size() == 1 ? "1 active fault\n" : std::to_string(trees.size()) + " active faults\n";
     int number = 0;
     for (const SErrorTree& tree : trees)
-        text += "\n" + TreeText(tree, ++number, width);
+        text += "\n" + TreeText(tree, ++number, width, history);
     return text;
 }
 

@@ -16,12 +16,20 @@ namespace Faultkeeper::Apps
 /// if so.
 std::vector<std::string> TreeFlags(const SErrorTree& tree);
 
+/// How much of the past is shown with a tree.
+enum ETreeHistory : int
+{
+    ethAll,      ///< times of the last raise and clear, and counters
+    ethCounters, ///< counters only
+    ethNone
+};
+
 /// A tree as a technician reads it: a headline with number, title and severity, then labelled lines.
 /// @param number  shown in front of the title
-std::string TreeText(const SErrorTree& tree, int number, int width);
+std::string TreeText(const SErrorTree& tree, int number, int width, ETreeHistory history = ethAll);
 
 /// All trees with an empty line between them, below a line that counts them.
-std::string TreesText(const std::vector<SErrorTree>& trees, int width);
+std::string TreesText(const std::vector<SErrorTree>& trees, int width, ETreeHistory history = ethAll);
 
 } // namespace Faultkeeper::Apps
 

@@ -2,7 +2,7 @@
 #define FAULTKEEPER_FAULTKEEPERD_OWNER_FORMERSTATE_H
 
 #include "common/ErrorNames.h"
-#include "faultkeeperd/store/StoreRecords.h"
+#include "store/StoreRecords.h"
 
 #include <Core/Time.h>
 

@@ -1,7 +1,7 @@
 #include "faultkeeperd/owner/StateRecorder.h"
 
-#include "faultkeeperd/store/BootClock.h"
 #include "faultkeeperd/store/StateKeeper.h"
+#include "store/BootClock.h"
 
 #include <Faultkeeper/Error.h>
 

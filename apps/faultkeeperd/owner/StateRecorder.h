@@ -2,8 +2,8 @@
 #define FAULTKEEPER_FAULTKEEPERD_OWNER_STATERECORDER_H
 
 #include "common/ErrorNames.h"
-#include "faultkeeperd/store/StoreRecords.h"
-#include "faultkeeperd/store/TransitionCauses.h"
+#include "store/StoreRecords.h"
+#include "store/TransitionCauses.h"
 
 #include <map>
 #include <set>

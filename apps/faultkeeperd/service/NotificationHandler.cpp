@@ -3,8 +3,8 @@
 #include "common/ErrorNames.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/owner/Owner.h"
-#include "faultkeeperd/store/BootClock.h"
 #include "faultkeeperd/store/StateKeeper.h"
+#include "store/BootClock.h"
 
 #include <MPI/BAtomC.h>
 #include <MPI/BDictionaryC.h>

@@ -2,7 +2,7 @@
 #define FAULTKEEPER_FAULTKEEPERD_SERVICE_NOTIFICATIONHANDLER_H
 
 #include "faultkeeperd/service/Sessions.h"
-#include "faultkeeperd/store/StoreRecords.h"
+#include "store/StoreRecords.h"
 
 #include <MPI/MPISocketServerC.h>
 

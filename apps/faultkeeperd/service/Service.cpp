@@ -3,7 +3,7 @@
 #include "common/ConfigurationFingerprint.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/owner/FormerState.h"
-#include "faultkeeperd/store/BootClock.h"
+#include "store/BootClock.h"
 
 #include <Faultkeeper/Version.h>
 

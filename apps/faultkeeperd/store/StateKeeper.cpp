@@ -1,7 +1,7 @@
 #include "faultkeeperd/store/StateKeeper.h"
 
 #include "faultkeeperd/Log.h"
-#include "faultkeeperd/store/StoreFile.h"
+#include "store/StoreFile.h"
 
 #include <algorithm>
 

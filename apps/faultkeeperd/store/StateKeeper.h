@@ -2,7 +2,7 @@
 #define FAULTKEEPER_FAULTKEEPERD_STORE_STATEKEEPER_H
 
 #include "faultkeeperd/store/StateStore.h"
-#include "faultkeeperd/store/StoreRecords.h"
+#include "store/StoreRecords.h"
 
 #include <chrono>
 #include <cstddef>

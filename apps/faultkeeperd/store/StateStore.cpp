@@ -1,7 +1,8 @@
 #include "faultkeeperd/store/StateStore.h"
 
-#include "faultkeeperd/store/StoreFile.h"
-#include "faultkeeperd/store/StoreRows.h"
+#include "store/StoreFacts.h"
+#include "store/StoreFile.h"
+#include "store/StoreRows.h"
 
 #include <algorithm>
 #include <ctime>
@@ -13,28 +14,6 @@ namespace Faultkeeper::Apps
 namespace
 {
 constexpr int kPatienceMilliseconds = 2000;
-
-/// Numbers of the rows of facts: append only.
-enum EFact
-{
-    efBoot = 1,
-    efConfiguration,
-    efTry, // when it was last tried whether the disk takes something
-    efLast = efTry
-};
-constexpr const char* kFacts[] = {"", "boot id", "configuration", "time of trying"};
-
-/// Each fact is there twice: without the boot, whatever is raised would be forgotten.
-constexpr std::int64_t CopyOf(EFact fact)
-{
-    return efLast + fact;
-}
-
-std::string NameOfFact(std::int64_t id)
-{
-    const bool known = id >= efBoot && id <= CopyOf(efLast);
-    return known ? kFacts[(id - 1) % efLast + 1] : "fact numbered " + std::to_string(id);
-}
 
 const SStoreSettings& Checked(const SStoreSettings& settings)
 {
@@ -115,7 +94,7 @@ void CStateStore::FindJournalEnd()
 
 void CStateStore::TryWriting()
 {
-    PutFactRow(m_statements->putFact, efTry, std::to_string(std::time(nullptr)));
+    PutFactRow(m_statements->putFact, esfTry, std::to_string(std::time(nullptr)));
     m_statements->putFact.Run();
 }
 
@@ -153,25 +132,12 @@ SStoreContents CStateStore::Read()
 
 void CStateStore::ReadFacts(SStoreContents& contents)
 {
-    m_badFacts.clear();
-    std::map<std::int64_t, std::string> facts;
-    std::int64_t id = 0;
-    std::string value;
-    CSqliteStatement rows(m_database, "SELECT * FROM facts");
-    while (rows.Next())
-    {
-        if (GetFactRow(rows, id, value))
-        {
-            facts.emplace(id, value);
-            continue;
-        }
-        m_badFacts.push_back(id);
+    const SStoreFacts facts = ReadStoreFacts(m_database);
+    m_badFacts = facts.bad;
+    for (const std::int64_t id : facts.bad)
         contents.dropped.push_back(NameOfFact(id));
-    }
-    const auto fact = [&facts](EFact which)
-    { return facts.count(which) > 0 ? facts[which] : facts[CopyOf(which)]; };
-    contents.boot = fact(efBoot);
-    contents.configuration = fact(efConfiguration);
+    contents.boot = facts.Value(esfBoot);
+    contents.configuration = facts.Value(esfConfiguration);
 }
 
 void CStateStore::ReadErrors(SStoreContents& contents)
@@ -220,12 +186,12 @@ void CStateStore::Begin(const std::string& boot, const std::string& configuratio
     DropBadRows();
     if (!before.OfBoot(boot))
         BeginBoot();
-    for (const std::int64_t copy : {std::int64_t(efBoot), CopyOf(efBoot)})
+    for (const std::int64_t copy : {std::int64_t(esfBoot), CopyOf(esfBoot)})
     {
         PutFactRow(m_statements->putFact, copy, boot);
         m_statements->putFact.Run();
     }
-    for (const std::int64_t copy : {std::int64_t(efConfiguration), CopyOf(efConfiguration)})
+    for (const std::int64_t copy : {std::int64_t(esfConfiguration), CopyOf(esfConfiguration)})
     {
         PutFactRow(m_statements->putFact, copy, configuration);
         m_statements->putFact.Run();

@@ -1,8 +1,8 @@
 #ifndef FAULTKEEPER_FAULTKEEPERD_STORE_STATESTORE_H
 #define FAULTKEEPER_FAULTKEEPERD_STORE_STATESTORE_H
 
-#include "faultkeeperd/store/Sqlite.h"
-#include "faultkeeperd/store/StoreRecords.h"
+#include "store/Sqlite.h"
+#include "store/StoreRecords.h"
 
 #include <cstddef>
 #include <cstdint>

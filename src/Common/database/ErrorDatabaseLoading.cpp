@@ -2,7 +2,7 @@
 
 #include "Common/Numbers.h"
 #include "Common/XmlAttributes.h"
-#include "Common/database/ConfigurationRules.h"
+#include "Common/database/ConfigurationFormat.h"
 #include "Common/hierarchy/ErrorGroups.h"
 #include "Common/hierarchy/ErrorTops.h"
 
@@ -15,6 +15,7 @@
 namespace Faultkeeper
 {
 
+using namespace ConfigurationFormat;
 using namespace ConfigurationRules;
 
 namespace
@@ -22,31 +23,37 @@ namespace
 /// The list of modules in a configuration document, or null.
 const Core::IO::XMLNode* FindErrorList(const Core::IO::XMLDocument& document)
 {
-    const Core::IO::XMLNode* const top = document.RootNode().Child("Faultkeeper");
-    return top == nullptr ? nullptr : top->Child("ErrorList");
+    const Core::IO::XMLNode* const top = document.RootNode().Child(kFaultkeeper);
+    return top == nullptr ? nullptr : top->Child(kErrorList);
 }
 
 void SetText(CError& newError, const Core::IO::XMLNode& textNode)
 {
-    const std::string& textType = Attribute(textNode, "type");
-    const std::string& textContent = Attribute(textNode, "text");
+    const std::string& textType = Attribute(textNode, kType);
+    const std::string& textContent = Attribute(textNode, kContent);
     Require(!textType.empty(), kTextHasType);
     Require(!textContent.empty(), kTextHasContent);
-    if (textType == "problem")
-        newError.ProblemText(textContent);
-    else if (textType == "solution")
-        newError.SolutionText(textContent);
-    else if (textType == "shortProblem")
-        newError.ShortProblemText(textContent);
-    else if (textType == "title")
-        newError.TitleText(textContent);
+    for (const STextForm& form : kTextForms)
+    {
+        if (textType == form.type)
+            (newError.*form.set)(textContent);
+    }
+}
+
+void RequireTexts(const CError& newError)
+{
+    for (const STextForm& form : kTextForms)
+    {
+        if (form.required != nullptr)
+            Require(!(newError.*form.get)().empty(), *form.required);
+    }
 }
 
 /// How many errors a module's document defines. Counts what stands where errors stand; what does not belong
 /// there ends the loading later.
 std::size_t CountErrors(const Core::IO::XMLDocument& document)
 {
-    const Core::IO::XMLNode* const module = document.RootNode().Child("Module");
+    const Core::IO::XMLNode* const module = document.RootNode().Child(kModule);
     std::size_t errors = 0;
     if (module == nullptr)
         return errors;
@@ -65,13 +72,13 @@ const Core::IO::XMLNode* ReadErrorChildren(CError& newError, const Core::IO::XML
     const Core::IO::XMLNode* triggerSets = nullptr;
     for (const Core::IO::XMLNode& node : errorNode.Children())
     {
-        if (node.Name() == "TriggerSets")
+        if (node.Name() == kTriggerSets)
         {
             triggerSets = &node;
         }
-        else if (node.Name() != "ServiceDescription") // notes for technicians, not shown on the console
+        else if (node.Name() != kServiceDescription) // notes for technicians, not shown on the console
         {
-            Require(node.Name() == "Text", kErrorHoldsTexts);
+            Require(node.Name() == kText, kErrorHoldsTexts);
             SetText(newError, node);
         }
     }
@@ -91,10 +98,10 @@ CErrorDatabase::CErrorDatabase(const std::string& directory)
     ReadModules(*errorList);
     for (const Core::IO::XMLNode& moduleNode : errorList->Children())
     {
-        Require(moduleNode.Name() == "Module", kListHoldsModules);
-        const EModuleIdentifier moduleId = TranslateModuleId(Attribute(moduleNode, "identifier"));
+        Require(moduleNode.Name() == kModule, kListHoldsModules);
+        const EModuleIdentifier moduleId = TranslateModuleId(Attribute(moduleNode, kIdentifier));
         Require(moduleId != emiUnknown, kModuleIsKnown);
-        LoadModule(moduleId, m_directory + Attribute(moduleNode, "file"));
+        LoadModule(moduleId, m_directory + Attribute(moduleNode, kFile));
     }
     // Only now is the error list complete, so that triggers may name errors of later modules and pointers
     // into the list stay valid.
@@ -110,7 +117,7 @@ void CErrorDatabase::ReadModules(const Core::IO::XMLNode& errorList)
     std::size_t errors = 0;
     for (const Core::IO::XMLNode& moduleNode : errorList.Children())
     {
-        const std::string path = m_directory + Attribute(moduleNode, "file");
+        const std::string path = m_directory + Attribute(moduleNode, kFile);
         std::unique_ptr<Core::IO::XMLDocument>& document = m_documents[path];
         if (document == nullptr)
         {
@@ -124,13 +131,13 @@ void CErrorDatabase::ReadModules(const Core::IO::XMLNode& errorList)
 
 void CErrorDatabase::LoadModule(EModuleIdentifier moduleId, const std::string& path)
 {
-    const Core::IO::XMLNode* const module = m_documents.at(path)->RootNode().Child("Module");
+    const Core::IO::XMLNode* const module = m_documents.at(path)->RootNode().Child(kModule);
     if (module == nullptr)
         return;
     for (const Core::IO::XMLNode& subModuleNode : module->Children())
     {
-        Require(subModuleNode.Name() == "SubModule", kModuleHoldsSubModules);
-        const ESubModuleIdentifier subModuleId = TranslateSubModuleId(Attribute(subModuleNode, "identifier"));
+        Require(subModuleNode.Name() == kSubModule, kModuleHoldsSubModules);
+        const ESubModuleIdentifier subModuleId = TranslateSubModuleId(Attribute(subModuleNode, kIdentifier));
         Require(subModuleId != esmiUnknown, kSubModuleIsKnown);
         LoadSubModule(moduleId, subModuleId, subModuleNode);
     }
@@ -141,21 +148,21 @@ void CErrorDatabase::LoadSubModule(EModuleIdentifier moduleId, ESubModuleIdentif
 {
     for (const Core::IO::XMLNode& problemNode : subModuleNode.Children())
     {
-        Require(problemNode.Name() == "Problem", kSubModuleHoldsProblems);
-        const EProblemIdentifier problemId = TranslateProblemId(Attribute(problemNode, "identifier"));
+        Require(problemNode.Name() == kProblem, kSubModuleHoldsProblems);
+        const EProblemIdentifier problemId = TranslateProblemId(Attribute(problemNode, kIdentifier));
         Require(problemId != epiUnknown, kProblemIsKnown);
         for (const Core::IO::XMLNode& errorNode : problemNode.Children())
         {
-            Require(errorNode.Name() == "Error", kProblemHoldsErrors);
-            const std::string& errorIdentifier = Attribute(errorNode, "identifier");
+            Require(errorNode.Name() == kError, kProblemHoldsErrors);
+            const std::string& errorIdentifier = Attribute(errorNode, kIdentifier);
             Require(!errorIdentifier.empty(), kErrorHasIdentifier);
             const EProblemType problemType = TranslateProblemType(errorIdentifier);
-            const EErrorSeverity errorSeverity = TranslateSeverity(Attribute(errorNode, "severity"));
+            const EErrorSeverity errorSeverity = TranslateSeverity(Attribute(errorNode, kSeverity));
             Require(errorSeverity != eesUnknown, kSeverityIsKnown);
             LoadError(moduleId, subModuleId, problemId, problemType, errorSeverity, errorNode,
-                      Flag(errorNode, "visible"), Flag(errorNode, "fullScreen"),
-                      Flag(errorNode, "forceShutdown"), Flag(errorNode, "includeServiceNumber"),
-                      Flag(errorNode, "shouldBeep"), Flag(errorNode, "shouldBeepIfGuiding"));
+                      Flag(errorNode, kVisible), Flag(errorNode, kFullScreen),
+                      Flag(errorNode, kForceShutdown), Flag(errorNode, kIncludeServiceNumber),
+                      Flag(errorNode, kShouldBeep), Flag(errorNode, kShouldBeepIfGuiding));
         }
     }
 }
@@ -171,9 +178,7 @@ void CErrorDatabase::LoadError(EModuleIdentifier moduleId, ESubModuleIdentifier 
                           forceShutdown, includeServiceNumber, shouldBeep, shouldBeepIfGuiding);
     CError& newError = m_errors.back();
     const Core::IO::XMLNode* const triggerSets = ReadErrorChildren(newError, errorNode);
-    Require(!newError.ProblemText().empty(), kErrorHasProblemText);
-    Require(!newError.SolutionText().empty(), kErrorHasSolutionText);
-    Require(!newError.ShortProblemText().empty(), kErrorHasShortProblemText);
+    RequireTexts(newError);
     m_index[ErrorId(newError.ProblemCode(), problemType)] =
         position; // of two definitions the later one is found
     if (triggerSets != nullptr)

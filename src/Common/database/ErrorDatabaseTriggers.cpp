@@ -2,7 +2,7 @@
 
 #include "Common/Numbers.h"
 #include "Common/XmlAttributes.h"
-#include "Common/database/ConfigurationRules.h"
+#include "Common/database/ConfigurationFormat.h"
 
 #include <Core/IO/XMLNode.h>
 #include <Core/Utilities/SplitString.h>
@@ -14,30 +14,30 @@
 namespace Faultkeeper
 {
 
+using namespace ConfigurationFormat;
 using namespace ConfigurationRules;
 
 namespace
 {
 void ApplyLinking(CTriggerSet& triggerSet, const std::string& value)
 {
-    if (value == "verbose")
-        triggerSet.LinkingMode(eelmVerbose);
-    else if (value == "shallow")
-        triggerSet.LinkingMode(eelmShallow);
-    else if (value == "childOnly")
-        triggerSet.LinkingMode(eelmChildOnly);
+    for (const SLinkingWord& linking : kLinkingWords)
+    {
+        if (value == linking.word)
+            triggerSet.LinkingMode(linking.mode);
+    }
 }
 
 /// Options and words that are not known are passed over, so that older consoles read newer files.
 void ApplyOption(CTriggerSet& triggerSet, const std::string& name, const std::string& value)
 {
-    if (name == "autoTrigger")
-        triggerSet.AutoTrigger(value == "yes");
-    else if (name == "triggersNeeded")
+    if (name == kAutoTrigger)
+        triggerSet.AutoTrigger(value == kFlagOn);
+    else if (name == kTriggersNeeded)
         triggerSet.TriggersRequired(NumberOrZero(value));
-    else if (name == "errorLinking")
+    else if (name == kErrorLinking)
         ApplyLinking(triggerSet, value);
-    else if (name == "titleSource" && value == "trigger")
+    else if (name == kTitleSource && value == kTitleFromTrigger)
         triggerSet.TitleSource(eetsTrigger);
 }
 
@@ -63,13 +63,13 @@ void CErrorDatabase::LoadTriggerSet(CError& error, const Core::IO::XMLNode& trig
 {
     for (const Core::IO::XMLNode& node : triggerSetsNode.Children())
     {
-        Require(node.Name() == "TriggerSet", kTriggerSetsHoldTriggerSets);
+        Require(node.Name() == kTriggerSet, kTriggerSetsHoldTriggerSets);
         CTriggerSet triggerSet(false, 1, eelmDeep, eetsParent);
         for (const Core::IO::XMLNode& child : node.Children())
         {
-            if (child.Name() == "Options")
+            if (child.Name() == kOptions)
                 LoadTriggerSetOptions(triggerSet, child);
-            else if (child.Name() == "Triggers")
+            else if (child.Name() == kTriggers)
                 LoadTriggerSetTriggers(error, triggerSet, child);
         }
         error.AddTriggerSet(triggerSet);
@@ -80,9 +80,9 @@ void CErrorDatabase::LoadTriggerSetOptions(CTriggerSet& triggerSet, const Core::
 {
     for (const Core::IO::XMLNode& optionNode : optionsNode.Children())
     {
-        Require(optionNode.Name() == "Option", kOptionsHoldOptions);
-        const std::string& name = Attribute(optionNode, "name");
-        const std::string& value = Attribute(optionNode, "value");
+        Require(optionNode.Name() == kOption, kOptionsHoldOptions);
+        const std::string& name = Attribute(optionNode, kName);
+        const std::string& value = Attribute(optionNode, kValue);
         Require(!name.empty(), kOptionHasName);
         Require(!value.empty(), kOptionHasValue);
         ApplyOption(triggerSet, name, value);
@@ -94,8 +94,8 @@ void CErrorDatabase::LoadTriggerSetTriggers(CError& error, CTriggerSet& triggerS
 {
     for (const Core::IO::XMLNode& triggerNode : triggersNode.Children())
     {
-        Require(triggerNode.Name() == "Trigger", kTriggersHoldTriggers);
-        const std::string& identifier = Attribute(triggerNode, "id");
+        Require(triggerNode.Name() == kTrigger, kTriggersHoldTriggers);
+        const std::string& identifier = Attribute(triggerNode, kId);
         const std::pair<int, int> id = ReadTriggerId(identifier);
         if (id.first == error.ProblemCode() && id.second == error.ProblemType())
         {

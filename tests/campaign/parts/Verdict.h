@@ -2,7 +2,7 @@
 
 #include "campaign/parts/Account.h"
 #include "campaign/parts/Scene.h"
-#include "faultkeeperd/store/StoreRecords.h"
+#include "store/StoreRecords.h"
 
 #include <cstdint>
 #include <map>

@@ -1,8 +1,8 @@
 #include "FailingDisk.h"
 #include "StoreFixture.h"
 
-#include "faultkeeperd/store/Sqlite.h"
 #include "faultkeeperd/store/StateKeeper.h"
+#include "store/Sqlite.h"
 #include "support/CapturedOutput.h"
 
 #include <cerrno>

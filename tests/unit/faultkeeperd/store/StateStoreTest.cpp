@@ -1,6 +1,6 @@
 #include "StoreFixture.h"
 
-#include "faultkeeperd/store/Sqlite.h"
+#include "store/Sqlite.h"
 
 #include <limits>
 

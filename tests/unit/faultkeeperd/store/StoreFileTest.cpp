@@ -1,7 +1,7 @@
 #include "StoreFixture.h"
 
-#include "faultkeeperd/store/Sqlite.h"
 #include "faultkeeperd/store/StateKeeper.h"
+#include "store/Sqlite.h"
 #include "support/CapturedOutput.h"
 
 #include <cstdio>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "faultkeeperd/store/StateStore.h"
-#include "faultkeeperd/store/StoreFile.h"
+#include "store/StoreFile.h"
 #include "support/FreshDirectory.h"
 
 #include <gtest/gtest.h>

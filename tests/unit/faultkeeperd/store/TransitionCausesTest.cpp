@@ -1,4 +1,4 @@
-#include "faultkeeperd/store/TransitionCauses.h"
+#include "store/TransitionCauses.h"
 
 #include "support/ConfigurationBuilder.h"
 #include "support/FreshDirectory.h"

@@ -1,0 +1,102 @@
+#ifndef FAULTKEEPERCTL_CHECK_READING_CONFIGURATIONMODEL_H
+#define FAULTKEEPERCTL_CHECK_READING_CONFIGURATIONMODEL_H
+
+#include "common/ErrorNames.h"
+#include "faultkeeperctl/check/Findings.h"
+
+#include <Faultkeeper/Identifiers.h>
+#include <Faultkeeper/TriggerSet.h>
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace Faultkeeper::Apps
+{
+
+/// Where an error would stand that is not there.
+constexpr std::size_t kNoError = static_cast<std::size_t>(-1);
+
+/// An error as another element names it.
+struct SReference
+{
+    SPlace place;
+    std::string text;              ///< as written
+    ErrorId id = ErrorId(-1, -1);  ///< names that are not known stand for the nearest ones
+    bool doubtful = true;          ///< something is wrong with the text and has been told
+    std::size_t target = kNoError; ///< the error of that identifier, unless it is the one that names it
+    bool toItself = false;
+};
+
+struct STriggerSetModel
+{
+    SPlace place;
+    bool autoTrigger = false;
+    int needed = 1;
+    SPlace neededPlace; ///< of the threshold; of the set if it has none of its own
+    EErrorLinkingMode linking = eelmDeep;
+    EErrorTitleSource title = eetsParent;
+    std::vector<SReference> triggers; ///< as written, those that lead nowhere included
+    bool whole = true;                ///< false if something in it was skipped
+
+    /// The errors that are linked, in order; one named twice stands twice.
+    std::vector<std::size_t> Linked() const;
+};
+
+struct STextModel
+{
+    SPlace place;
+    std::string text;
+};
+
+/// One "Error" element.
+struct SDefinition
+{
+    SPlace place;
+    ErrorId id = ErrorId(-1, -1);
+    int meantMode = -1;      ///< of a failure mode that is not known, the one that comes nearest
+    bool identified = false; ///< all its names are known, or come near one that is
+    bool visible = false;
+    int severity = eesUnknown;
+    std::map<std::string, STextModel> texts; ///< by type
+    std::vector<STriggerSetModel> sets;
+
+    std::string Name() const { return ErrorName(id.first, id.second); }
+};
+
+/// One "pattern" element.
+struct SPatternModel
+{
+    SPlace place;
+    std::string code;
+    bool partial = false;
+    std::vector<SReference> ids; ///< those that are read
+    bool doubtful = false;       ///< something is wrong with an id, and has been told
+
+    /// The identifiers in their order.
+    std::vector<ErrorId> SortedIds() const;
+};
+
+/// What the files of a configuration say, wherever it can be made out.
+struct SConfigurationModel
+{
+    bool listed = false;                  ///< the list of modules could be read
+    std::vector<SDefinition> errors;      ///< in the order of loading
+    std::map<ErrorId, std::size_t> index; ///< of two definitions the later one
+    std::set<ErrorId> meant;              ///< identifiers that errors would have but for a slip that was told
+    std::set<int> unreadModules;          ///< modules with a file that could not be read
+    std::vector<SPatternModel> patterns;  ///< in the order of the file
+
+    /// The error of that identifier, or kNoError.
+    std::size_t Find(const ErrorId& id) const;
+    /// May it be that the error is there, and only something that was told hides it?
+    bool MayExist(const ErrorId& id) const;
+    /// Of all errors that can be found, in the order of their identifiers.
+    std::vector<std::string> Names() const;
+};
+
+} // namespace Faultkeeper::Apps
+
+#endif

@@ -1,0 +1,183 @@
+#include "faultkeeperctl/check/reading/ModuleReader.h"
+
+#include "faultkeeperctl/check/reading/ReferenceReader.h"
+
+#include "common/TypedText.h"
+
+#include <Faultkeeper/Identifiers.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace Faultkeeper::Apps
+{
+
+using namespace ConfigurationFormat;
+using namespace ConfigurationRules;
+
+namespace
+{
+constexpr int kNotNear = -1;
+
+int ValueIn(const std::vector<SNamedValue>& names, const std::string& name)
+{
+    const auto found = std::find_if(names.begin(), names.end(),
+                                    [&name](const SNamedValue& row) { return row.name == name; });
+    return found == names.end() ? kNotNear : found->value;
+}
+
+int Joined(int code, int value)
+{
+    return code < 0 || value < 0 ? kNotNear : code | value;
+}
+
+std::vector<std::string> TextTypes()
+{
+    std::vector<std::string> types;
+    for (const STextForm& form : kTextForms)
+        types.emplace_back(form.type);
+    return types;
+}
+} // namespace
+
+SNameRead ReadName(const CElement& element, const char* attribute, const std::string& what,
+                   const std::vector<SNamedValue>& names, const SConfigurationRule& rule, CFindings& findings)
+{
+    const std::string& name = element.Value(attribute);
+    const int value = ValueIn(names, name);
+    if (value >= 0)
+        return {value, true};
+    const SMessage message =
+        name.empty() ? SMessage(element.Lacks(attribute)) : UnknownName(what, name, NamesOf(names));
+    findings.BrokenRule(element.Place(attribute), rule, message);
+    return {ValueIn(names, message.suggestion), false};
+}
+
+void CModuleReader::Read(int module, const CElement& top)
+{
+    top.TellUnread(m_findings);
+    top.VisitChildren(m_findings, [&](const CElement& child) { ReadSubModule(module, child); });
+}
+
+void CModuleReader::ReadSubModule(int module, const CElement& subModule)
+{
+    const SNameRead name =
+        ReadName(subModule, kIdentifier, "sub-module", SubModuleNames(), kSubModuleIsKnown, m_findings);
+    const int code = Joined(module, name.value);
+    subModule.VisitChildren(m_findings, [&](const CElement& child) { ReadProblem(code, child); });
+}
+
+void CModuleReader::ReadProblem(int code, const CElement& problem)
+{
+    const SNameRead name =
+        ReadName(problem, kIdentifier, "problem", ProblemNames(), kProblemIsKnown, m_findings);
+    const int whole = Joined(code, name.value);
+    problem.VisitChildren(m_findings, [&](const CElement& child) { ReadError(whole, child); });
+}
+
+void CModuleReader::ReadError(int code, const CElement& error)
+{
+    SDefinition definition;
+    definition.place = error.Place();
+    definition.id.first = code;
+    definition.visible = error.Value(kVisible) == kFlagOn;
+    definition.id.second = ReadFailureMode(error, definition);
+    definition.identified = code >= 0 && definition.id.second >= 0;
+    definition.severity =
+        ReadName(error, kSeverity, "severity", SeverityNames(), kSeverityIsKnown, m_findings).value;
+    ReadContent(error, definition);
+    RequireTexts(definition);
+    Define(definition);
+}
+
+/// @return as the library reads it; -1 if there is none
+int CModuleReader::ReadFailureMode(const CElement& error, SDefinition& definition)
+{
+    const std::string& name = error.Value(kIdentifier);
+    const int mode = TranslateProblemType(name);
+    if (name.empty())
+    {
+        m_findings.BrokenRule(error.Place(kIdentifier), kErrorHasIdentifier, error.Lacks(kIdentifier));
+        return kNotNear;
+    }
+    const bool exact = mode != eptUnknown && (IsPlainNumber(name) || ValueIn(FailureModeNames(), name) >= 0);
+    if (exact)
+        return mode;
+    const SMessage unknown = UnknownName("failure mode", name, NamesOf(FailureModeNames()));
+    m_findings.Warning(error.Place(kIdentifier), {unknown.text + (unknown.suggestion.empty() ? ": " : " ") +
+                                                      "the error gets number " + std::to_string(mode),
+                                                  unknown.suggestion});
+    definition.meantMode = ValueIn(FailureModeNames(), unknown.suggestion);
+    return mode;
+}
+
+void CModuleReader::ReadContent(const CElement& error, SDefinition& definition)
+{
+    const std::size_t before = m_pending.size();
+    error.VisitChildren(m_findings,
+                        [&](const CElement& child)
+                        {
+                            if (child.Is(kText))
+                                ReadText(child, definition);
+                            else if (child.Is(kTriggerSets))
+                                RememberSets(child, before);
+                        });
+}
+
+/// Of several, the last one counts.
+void CModuleReader::RememberSets(const CElement& triggerSets, std::size_t before)
+{
+    if (m_pending.size() > before)
+    {
+        m_findings.Warning(triggerSets.Place(), "a second \"TriggerSets\" in one error: the one in line " +
+                                                    std::to_string(m_pending.back().second.Place().line) +
+                                                    " is not read");
+        m_pending.pop_back();
+    }
+    m_pending.emplace_back(m_model.errors.size(), triggerSets);
+}
+
+void CModuleReader::ReadText(const CElement& text, SDefinition& definition)
+{
+    const std::string& type = text.Value(kType);
+    const std::string& content = text.Value(kContent);
+    if (type.empty())
+        m_findings.BrokenRule(text.Place(kType), kTextHasType, text.Lacks(kType));
+    if (content.empty())
+        m_findings.BrokenRule(text.Place(kContent), kTextHasContent, text.Lacks(kContent));
+    const std::vector<std::string> types = TextTypes();
+    if (type.empty() || std::find(types.begin(), types.end(), type) == types.end())
+    {
+        if (!type.empty())
+            m_findings.Warning(text.Place(kType), UnknownName("type of text", type, types));
+        return;
+    }
+    const auto added = definition.texts.emplace(type, STextModel());
+    if (!added.second)
+        m_findings.Warning(text.Place(kType), "a second text \"" + type +
+                                                  "\" in one error takes the place of the one in line " +
+                                                  std::to_string(added.first->second.place.line));
+    added.first->second = {text.Place(kContent), content};
+}
+
+void CModuleReader::RequireTexts(const SDefinition& definition)
+{
+    for (const STextForm& form : kTextForms)
+    {
+        if (form.required != nullptr && definition.texts.count(form.type) == 0)
+            m_findings.BrokenRule(definition.place, *form.required,
+                                  "this \"Error\" has no text \"" + std::string(form.type) + "\"");
+    }
+}
+
+void CModuleReader::Define(const SDefinition& definition)
+{
+    m_model.errors.push_back(definition);
+    if (!definition.identified)
+        return;
+    m_model.index[definition.id] = m_model.errors.size() - 1;
+    if (definition.meantMode >= 0)
+        m_model.meant.insert(ErrorId(definition.id.first, definition.meantMode));
+}
+
+} // namespace Faultkeeper::Apps

@@ -1,0 +1,153 @@
+#include "faultkeeperctl/check/reading/ReferenceReader.h"
+
+#include "common/NearestName.h"
+#include "common/TypedText.h"
+
+#include "Common/Numbers.h"
+
+#include <Core/Utilities/SplitString.h>
+
+#include <algorithm>
+#include <functional>
+
+namespace Faultkeeper::Apps
+{
+
+using namespace ConfigurationFormat;
+using namespace ConfigurationRules;
+
+namespace
+{
+constexpr const char* kFormHint = "it takes four fields, Module:Sub-module:Problem:Failure mode, such as "
+                                  "\"Positioning:GPS:No Data:2\"";
+constexpr std::size_t kModeField = 3;
+
+/// A field that holds a name.
+struct SNameField
+{
+    const char* what;
+    const std::vector<SNamedValue>& (*names)();
+    const SConfigurationRule& rule; // for triggers
+};
+
+const SNameField kNameFields[] = {
+    {"module", &ModuleNames, kTriggerModuleIsKnown},
+    {"sub-module", &SubModuleNames, kTriggerSubModuleIsKnown},
+    {"problem", &ProblemNames, kTriggerProblemIsKnown},
+};
+
+typedef std::function<void(const SConfigurationRule&, const SMessage&)> Tell;
+
+bool Split(const std::string& text, std::vector<std::string>& fields, const Tell& tell)
+{
+    if (!Core::Utilities::SplitString(text, ":", fields, 0))
+        tell(kTriggerIdSplits, "the id " + QuotedTyped(text) + " cannot be split at its colons");
+    else if (fields.size() != kModeField + 1)
+        tell(kTriggerIdHasFourFields, "the id " + QuotedTyped(text) + " has " +
+                                          std::to_string(fields.size()) +
+                                          (fields.size() == 1 ? " field: " : " fields: ") + kFormHint);
+    else
+        return true;
+    return false;
+}
+
+/// Value of a name, or of the one that comes nearest; -1 if none does.
+int ValueOf(const SNameField& field, const std::string& name, bool& doubtful, const Tell& tell)
+{
+    const auto named = [&field](const std::string& wanted)
+    {
+        for (const SNamedValue& row : field.names())
+        {
+            if (row.name == wanted)
+                return row.value;
+        }
+        return -1;
+    };
+    const int value = named(name);
+    if (value >= 0)
+        return value;
+    const SMessage unknown = UnknownName(field.what, name, NamesOf(field.names()));
+    doubtful = true;
+    tell(field.rule, {unknown.text + " (in the id)", unknown.suggestion});
+    return named(unknown.suggestion);
+}
+
+/// Reads the names of the split text.
+void ReadNames(const std::vector<std::string>& fields, SReference& reference, const Tell& tell)
+{
+    int code = 0;
+    bool doubtful = false;
+    for (std::size_t i = 0; i < kModeField; ++i)
+        code |= ValueOf(kNameFields[i], fields[i], doubtful, tell);
+    reference.id = ErrorId(code, NumberOrZero(fields[kModeField]));
+    reference.doubtful = doubtful;
+}
+
+/// Failure modes are names where errors are defined, but numbers where they are named.
+void CheckMode(const std::string& field, SReference& reference, CFindings& findings)
+{
+    if (IsPlainNumber(field))
+        return;
+    reference.doubtful = true;
+    const std::string read = ", which is read as " + std::to_string(reference.id.second);
+    const std::string nearest = NearestName(field, NamesOf(FailureModeNames()));
+    std::string number;
+    for (const SNamedValue& mode : FailureModeNames())
+    {
+        if (mode.name == nearest)
+            number = std::to_string(mode.value);
+    }
+    findings.Warning(reference.place,
+                     {"the failure mode in an id is a number, but here it is " + QuotedTyped(field) + read +
+                          (number.empty() ? "" : "; did you mean \"" + number + "\"?"),
+                      number});
+}
+
+SReference Begun(const CElement& element)
+{
+    SReference reference;
+    reference.place = element.Place(kId);
+    reference.text = element.Value(kId);
+    return reference;
+}
+} // namespace
+
+bool IsPlainNumber(const std::string& text)
+{
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+SReference ReadTriggerReference(const CElement& element, CFindings& findings)
+{
+    SReference reference = Begun(element);
+    const Tell tell = [&](const SConfigurationRule& rule, const SMessage& message)
+    { findings.BrokenRule(reference.place, rule, message); };
+    std::vector<std::string> fields;
+    if (reference.text.empty())
+        tell(kTriggerHasId, element.Lacks(kId));
+    else if (Split(reference.text, fields, tell))
+    {
+        ReadNames(fields, reference, tell);
+        CheckMode(fields[kModeField], reference, findings);
+    }
+    return reference;
+}
+
+bool ReadPatternReference(const CElement& element, CFindings& findings, SReference& reference)
+{
+    SReference read = Begun(element);
+    const Tell tell = [&](const SConfigurationRule&, const SMessage& message)
+    { findings.Warning(read.place, message); };
+    std::vector<std::string> fields;
+    if (read.text.empty())
+        findings.Warning(read.place, element.Lacks(kId) + " and is not read");
+    if (read.text.empty() || !Split(read.text, fields, tell))
+        return false;
+    ReadNames(fields, read, tell);
+    CheckMode(fields[kModeField], read, findings);
+    reference = read;
+    return true;
+}
+
+} // namespace Faultkeeper::Apps

@@ -1,0 +1,23 @@
+#ifndef FAULTKEEPERCTL_CHECK_READING_REFERENCEREADER_H
+#define FAULTKEEPERCTL_CHECK_READING_REFERENCEREADER_H
+
+#include "faultkeeperctl/check/reading/ConfigurationModel.h"
+#include "faultkeeperctl/check/reading/Element.h"
+
+namespace Faultkeeper::Apps
+{
+
+/// How an identifier's failure mode is written, if it is a number: digits and nothing else.
+bool IsPlainNumber(const std::string& text);
+
+/// Reads the "id" of a trigger, as the library does. What breaks a rule is told as such.
+SReference ReadTriggerReference(const CElement& element, CFindings& findings);
+
+/// Reads the "id" of an element in a pattern. There nothing breaks a rule: what cannot be read is a warning.
+/// @param reference  untouched if the result is false
+/// @return false if the library skips the element
+bool ReadPatternReference(const CElement& element, CFindings& findings, SReference& reference);
+
+} // namespace Faultkeeper::Apps
+
+#endif

@@ -1,0 +1,48 @@
+#ifndef FAULTKEEPERCTL_CHECK_RULES_HIERARCHY_H
+#define FAULTKEEPERCTL_CHECK_RULES_HIERARCHY_H
+
+#include "faultkeeperctl/check/reading/ConfigurationModel.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace Faultkeeper::Apps
+{
+
+/// Who is linked to whom in a configuration. Errors are numbered in the order of loading.
+class CHierarchy
+{
+public:
+    typedef std::vector<std::size_t> Errors;
+
+    /// @param model  borrowed
+    explicit CHierarchy(const SConfigurationModel& model);
+
+    const SConfigurationModel& Model() const { return m_model; }
+
+    /// The triggers of all sets of an error, as often as they stand there.
+    const Errors& Triggers(std::size_t error) const { return m_triggers[error]; }
+    const Errors& Parents(std::size_t error) const { return m_parents[error]; }
+
+    /// All errors from the leaves upward, each behind its triggers, but for those on a cycle or above one.
+    const Errors& FromLeaves() const { return m_fromLeaves; }
+    bool Acyclic() const { return m_fromLeaves.size() == m_triggers.size(); }
+
+    /// For each error on a cycle that no cycle before it holds, the shortest one from that error down to
+    /// itself, which stands at its beginning only.
+    std::vector<Errors> Cycles() const;
+
+private:
+    void Sort();
+    Errors CycleFrom(std::size_t start) const;
+
+    const SConfigurationModel& m_model;
+    std::vector<Errors> m_triggers;
+    std::vector<Errors> m_parents;
+    Errors m_fromLeaves;
+};
+
+} // namespace Faultkeeper::Apps
+
+#endif

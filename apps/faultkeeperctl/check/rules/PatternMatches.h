@@ -1,0 +1,46 @@
+#ifndef FAULTKEEPERCTL_CHECK_RULES_PATTERNMATCHES_H
+#define FAULTKEEPERCTL_CHECK_RULES_PATTERNMATCHES_H
+
+#include "faultkeeperctl/check/rules/Hierarchy.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <vector>
+
+namespace Faultkeeper::Apps
+{
+
+/// Tells which combinations of errors can stand in one tree. The errors of a tree are its top and the active
+/// triggers below it, down to and including those of shallow sets.
+class CPatternMatches
+{
+public:
+    /// @param hierarchy  borrowed; without cycles if it is to be asked
+    explicit CPatternMatches(const CHierarchy& hierarchy);
+
+    /// Can a tree hold all errors of the pattern, and perhaps others?
+    bool CanHold(const SPatternModel& pattern) const;
+
+    /// Can a tree hold the errors of the pattern, each as often as it is listed, and no others? What is
+    /// raised because of them is in the tree as well, or above it.
+    bool CanEqual(const SPatternModel& pattern) const;
+
+private:
+    typedef std::set<std::size_t> Errors;
+
+    static Errors ErrorsOf(const SPatternModel& pattern);
+    bool HoldsBelow(std::size_t top, const Errors& wanted) const;
+    Errors RaisedWith(Errors active) const;
+    bool IsRaised(std::size_t error, const Errors& active) const;
+    bool IsTop(std::size_t error, const Errors& active) const;
+    void Collect(std::size_t error, const Errors& active, std::size_t most,
+                 std::vector<ErrorId>& collected) const;
+
+    const CHierarchy& m_hierarchy;
+    std::vector<std::uint64_t> m_positions; // the largest of a group heads the tree
+};
+
+} // namespace Faultkeeper::Apps
+
+#endif
