@@ -101,6 +101,12 @@ void CCommand::Argument(const std::string& name, std::string& value, const std::
     m_app.add_option(name, value, what)->required();
 }
 
+void CCommand::Words(const std::string& name, std::vector<std::string>& values, bool required,
+                     const std::string& what)
+{
+    m_app.add_option(name, values, what)->required(required);
+}
+
 void CCommand::Flag(const std::string& name, bool& value, const std::string& what)
 {
     m_app.add_flag(name, value, what);

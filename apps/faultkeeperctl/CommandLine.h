@@ -32,6 +32,12 @@ public:
     /// @param value  borrowed
     void Argument(const std::string& name, std::string& value, const std::string& what);
 
+    /// Adds an argument of several words.
+    /// @param values    borrowed
+    /// @param required  whether there must be at least one
+    void Words(const std::string& name, std::vector<std::string>& values, bool required,
+               const std::string& what);
+
     /// @param name   with its dashes
     /// @param value  borrowed; true if the flag is given
     void Flag(const std::string& name, bool& value, const std::string& what);

@@ -7,6 +7,7 @@
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/PrivateTable.h"
 #include "faultkeeperctl/json/Json.h"
+#include "faultkeeperctl/keys/TypedKey.h"
 #include "faultkeeperctl/text/TextTable.h"
 #include "faultkeeperctl/text/TextWidth.h"
 #include "faultkeeperctl/text/TreeText.h"
@@ -15,8 +16,6 @@
 #include <Faultkeeper/ErrorPresentation.h>
 #include <Faultkeeper/Identifiers.h>
 
-#include <cctype>
-#include <cstddef>
 #include <iostream>
 #include <memory>
 #include <vector>
@@ -27,7 +26,6 @@ namespace Faultkeeper::Apps
 namespace
 {
 constexpr int kLockAttempts = 20;
-constexpr std::size_t kLeastDigits = 3;
 
 /// A key taken apart.
 struct SDecoded
@@ -37,25 +35,6 @@ struct SDecoded
     std::vector<ErrorId> codes; // one for each line, except below the last errors of a key without padding
     bool fromOwner = false;     // positions taken from the owner's table, otherwise from the configuration
 };
-
-// Keys are read out on the phone: small letters mean the same.
-std::string UpperCase(std::string key)
-{
-    for (char& c : key)
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return key;
-}
-
-// Before anything is loaded: what is no key is none with any configuration.
-void CheckKey(const std::string& key)
-{
-    if (key.find_first_not_of("0123456789ABCDEF") != std::string::npos)
-        throw CFailure(epsUsage,
-                       QuotedTyped(key) + " is no state key: it holds other characters than 0-9 and A-F");
-    if (key.size() < kLeastDigits)
-        throw CFailure(epsUsage, "the key " + QuotedTyped(key) +
-                                     " is too short: at least 10 bits, that is 3 digits, name an error");
-}
 
 void Regenerate(const std::string& key, const CErrorDatabase& database, CErrorDatabaseView& view,
                 SDecoded& decoded)
@@ -139,10 +118,9 @@ std::string DecodedText(const std::string& key, const SDecoded& decoded, int wid
                                                 : "the order of the configuration; there is no owner");
 }
 
-EProgramStatus Decode(const SSettings& settings, const std::string& typed)
+EProgramStatus Decode(const SSettings& settings, const std::vector<std::string>& typed)
 {
-    const std::string key = UpperCase(typed);
-    CheckKey(key);
+    const std::string key = KeyFromTyped(typed); // what is no key is none with any configuration
     const SDecoded decoded = DecodeKey(settings, key);
     if (settings.json)
         PrintDocument(DecodedDocument(key, decoded));
@@ -154,16 +132,18 @@ EProgramStatus Decode(const SSettings& settings, const std::string& typed)
 
 void AddDecode(CCommandLine& commandLine)
 {
-    const auto key = std::make_shared<std::string>();
+    const auto words = std::make_shared<std::vector<std::string>>();
     CCommand command = commandLine.Add(
         "decode", "Tell which errors a state key stands for",
         "Prints the errors of the tree, their codes and its texts, whatever is active now. Without an\n"
         "owner the configuration alone is used; it must be the one that the key was made with. "
         "\"Positions\"\n"
-        "tells which of the two was used.\n"
-        "Example: faultkeeperctl --config /etc/faultkeeper decode 0140",
-        [key](const SSettings& settings) { return Decode(settings, *key); });
-    command.Argument("KEY", *key, "the key as shown in a tree");
+        "tells which of the two was used. A key in the form for the phone may have blanks, dashes and small\n"
+        "letters; a group that is wrong, missing or out of place is named.\n"
+        "Example: faultkeeperctl --config /etc/faultkeeper decode 0140\n"
+        "Example: faultkeeperctl decode GHLGP",
+        [words](const SSettings& settings) { return Decode(settings, *words); });
+    command.Words("KEY", *words, true, "the key as shown in a tree, or its groups of letters");
 }
 
 } // namespace Faultkeeper::Apps

@@ -12,6 +12,7 @@ void AddStatus(CCommandLine& commandLine);
 void AddList(CCommandLine& commandLine);
 void AddHistory(CCommandLine& commandLine);
 void AddWatch(CCommandLine& commandLine);
+void AddKey(CCommandLine& commandLine);
 void AddDecode(CCommandLine& commandLine);
 void AddActive(CCommandLine& commandLine);
 void AddStatistics(CCommandLine& commandLine);
@@ -30,6 +31,7 @@ inline void AddCommands(CCommandLine& commandLine)
     AddHistory(commandLine);
     AddWatch(commandLine);
     AddActive(commandLine);
+    AddKey(commandLine);
     AddDecode(commandLine);
     AddHierarchy(commandLine);
     AddTree(commandLine);
