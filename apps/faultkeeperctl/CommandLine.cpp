@@ -112,6 +112,13 @@ void CCommand::Flag(const std::string& name, bool& value, const std::string& wha
     m_app.add_flag(name, value, what);
 }
 
+void CCommand::File(const std::string& name, std::string& value, const std::string& what)
+{
+    const auto refuseNothing = [](const std::string& path)
+    { return path.empty() ? std::string("it names no file") : std::string(); };
+    m_app.add_option(name, value, what)->type_name("FILE")->check(CLI::Validator(refuseNothing, ""));
+}
+
 void CCommand::Number(const std::string& name, int& value, int most, const std::string& what)
 {
     m_app.add_option(name, value, what)->check(CLI::Range(0, most))->capture_default_str();

@@ -42,6 +42,10 @@ public:
     /// @param value  borrowed; true if the flag is given
     void Flag(const std::string& name, bool& value, const std::string& what);
 
+    /// Adds an option that takes a file's path; a path without a name is refused.
+    /// @param value  borrowed; untouched if the option is not given
+    void File(const std::string& name, std::string& value, const std::string& what);
+
     /// Adds an option that takes a number.
     /// @param value  borrowed; what it holds is used if the option is not given
     /// @param most   the greatest number that is taken; the least is 0

@@ -53,8 +53,9 @@ public:
     const std::vector<SErrorEntry>& Records() const { return m_records; }
     const CErrorDatabase& Database() const { return *m_database; }
 
-    /// The trees of all active top errors in identifier order, with texts.
-    std::vector<SErrorTree> Trees() const;
+    /// The trees of all active top errors in identifier order.
+    /// @param useTextKeys  with the keys of translations in the place of texts
+    std::vector<SErrorTree> Trees(bool useTextKeys = false) const;
 
     /// Names of the errors that are raised and that this configuration does not know, so that no tree shows
     /// them.
