@@ -107,6 +107,12 @@ void CCommand::OptionalArgument(const std::string& name, std::string& value, con
         ->check([name](const std::string& given) { return given.empty() ? name + " is empty" : ""; });
 }
 
+void CCommand::Words(const std::string& name, std::vector<std::string>& values, bool required,
+                     const std::string& what)
+{
+    m_app.add_option(name, values, what)->required(required);
+}
+
 void CCommand::Flag(const std::string& name, bool& value, const std::string& what)
 {
     m_app.add_flag(name, value, what);
@@ -118,6 +124,13 @@ void CCommand::Text(const std::string& name, std::string& value, const std::stri
     const auto given = [name](const std::string& text)
     { return text.empty() ? name + " names nothing" : ""; };
     m_app.add_option(name, value, what)->check(given, "")->type_name(kind);
+}
+
+void CCommand::File(const std::string& name, std::string& value, const std::string& what)
+{
+    const auto refuseNothing = [](const std::string& path)
+    { return path.empty() ? std::string("it names no file") : std::string(); };
+    m_app.add_option(name, value, what)->type_name("FILE")->check(CLI::Validator(refuseNothing, ""));
 }
 
 void CCommand::Number(const std::string& name, int& value, int most, const std::string& what)

@@ -36,6 +36,12 @@ public:
     /// @param value  borrowed; as it is if the argument is not given
     void OptionalArgument(const std::string& name, std::string& value, const std::string& what);
 
+    /// Adds an argument of several words.
+    /// @param values    borrowed
+    /// @param required  whether there must be at least one
+    void Words(const std::string& name, std::vector<std::string>& values, bool required,
+               const std::string& what);
+
     /// @param name   with its dashes
     /// @param value  borrowed; true if the flag is given
     void Flag(const std::string& name, bool& value, const std::string& what);
@@ -44,6 +50,10 @@ public:
     /// @param value  borrowed; untouched if the option is not given
     /// @param kind   what the text is, for help: "FILE"
     void Text(const std::string& name, std::string& value, const std::string& kind, const std::string& what);
+
+    /// Adds an option that takes a file's path; a path without a name is refused.
+    /// @param value  borrowed; untouched if the option is not given
+    void File(const std::string& name, std::string& value, const std::string& what);
 
     /// Adds an option that takes a number.
     /// @param value  borrowed; what it holds is used if the option is not given

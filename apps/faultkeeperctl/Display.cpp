@@ -159,11 +159,12 @@ void CDisplay::CorrectDatabase()
         m_database->SynchronisationComplete();
 }
 
-std::vector<SErrorTree> CDisplay::Trees() const
+std::vector<SErrorTree> CDisplay::Trees(bool useTextKeys) const
 {
     std::vector<SErrorTree> trees;
     if (m_view != nullptr)
-        CErrorPresentation::GetErrorTree(*m_view, m_overlay, m_database->ActiveErrors(false), trees, false);
+        CErrorPresentation::GetErrorTree(*m_view, m_overlay, m_database->ActiveErrors(false), trees,
+                                         useTextKeys);
     return trees;
 }
 

@@ -54,8 +54,9 @@ public:
     const std::vector<SErrorEntry>& Records() const { return m_records; }
     const CErrorDatabase& Database() const { return *m_database; }
 
-    /// The trees of all active top errors in identifier order, with texts.
-    std::vector<SErrorTree> Trees() const;
+    /// The trees of all active top errors in identifier order.
+    /// @param useTextKeys  with the keys of translations in the place of texts
+    std::vector<SErrorTree> Trees(bool useTextKeys = false) const;
 
     /// The errors that a state key stands for, the top one first, by the positions of the owner's table.
     /// @param key  capital hexadecimal digits, three or more

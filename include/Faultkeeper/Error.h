@@ -52,48 +52,64 @@ public:
 
     /// Module | sub-module | problem.
     int ProblemCode() const { return static_cast<int>(m_problemCode); }
+    /// The module part of the problem code.
     EModuleIdentifier ModuleId() const { return static_cast<EModuleIdentifier>(m_problemCode & 0xFF0000U); }
+    /// The sub-module part of the problem code.
     ESubModuleIdentifier SubModuleId() const
     {
         return static_cast<ESubModuleIdentifier>(m_problemCode & 0xFF00U);
     }
+    /// The problem part of the problem code.
     EProblemIdentifier ProblemId() const { return static_cast<EProblemIdentifier>(m_problemCode & 0xFFU); }
     /// The failure mode: 0..21 of an error that was loaded, whatever the constructor was given of another.
     EProblemType ProblemType() const { return m_problemType; }
 
     /// What is wrong, for the driver.
     const std::string& ProblemText() const { return m_problemText; }
+    /// Replaces what is wrong.
     void ProblemText(const std::string& text) { m_problemText = text; }
     /// What to do about it.
     const std::string& SolutionText() const { return m_solutionText; }
+    /// Replaces what to do.
     void SolutionText(const std::string& text) { m_solutionText = text; }
     /// What is wrong, for small displays.
     const std::string& ShortProblemText() const { return m_shortProblemText; }
+    /// Replaces the text for small displays.
     void ShortProblemText(const std::string& text) { m_shortProblemText = text; }
     /// Heading of the error's screen; may be empty.
     const std::string& TitleText() const { return m_titleText; }
+    /// Replaces the heading.
     void TitleText(const std::string& text) { m_titleText = text; }
 
+    /// Is the error shown at all?
     bool Visible() const { return m_visible; }
     /// True while the error is raised.
     bool Active() const { return m_active; }
+    /// Is the error shown over the whole screen?
     bool FullScreen() const { return m_fullScreen; }
+    /// Does the error force the console to shut down?
     bool ForceShutdown() const { return m_forceShutdown; }
+    /// Is the number of the service shown with the error?
     bool IncludeServiceNumber() const { return m_includeServiceNumber; }
+    /// Is a beep wanted when the error is raised?
     bool ShouldBeep() const { return m_shouldBeep; }
+    /// Is a beep wanted when the error is raised while the vehicle is guiding?
     bool ShouldBeepIfGuiding() const { return m_shouldBeepIfGuiding; }
 
     /// Did a raise or clear request reach the error since the last CErrorDatabase::UpdateErrorTree()? A
     /// request counts even when it changed nothing; what follows from triggers does not count.
     bool Changed() const { return m_changed; }
+    /// Sets or takes back the mark; the database does both.
     void Changed(bool changed);
 
+    /// How bad the error is.
     EErrorSeverity Severity() const { return m_severity; }
 
     /// Size of the hierarchy below: 1 for a leaf, otherwise 1 plus the positions of all triggers. The error
     /// with the largest position in a group of linked errors is the group's top.
     int Position() const { return m_position; }
 
+    /// The trigger sets in the order added; none for a leaf.
     const std::vector<CTriggerSet>& TriggerSets() const { return m_triggerSets; }
 
     /// The errors in whose trigger sets this one stands, once for each time it does.

@@ -66,6 +66,7 @@ public:
 
     /// Passes a change on to the listener, if there is one. Called by CError.
     void ErrorRaised(int problemCode, int problemType);
+    /// The same for an error that was cleared.
     void ErrorCleared(int problemCode, int problemType);
 
     /// The error with that identifier, or null.

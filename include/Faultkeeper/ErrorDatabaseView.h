@@ -29,7 +29,7 @@ enum EViewType : int
 /// One raise or clear that the owner publishes together with others.
 struct SErrorChange
 {
-    int problemCode;
+    int problemCode; ///< module | sub-module | problem
     int problemType; ///< failure mode; only its lower 16 bits count
     bool raised;     ///< true raises, false clears
 };
@@ -101,6 +101,7 @@ public:
 
     /// The same for each identifier in order, under one taking of the lock and with one time for all.
     bool RaiseErrors(const std::vector<std::pair<int, int>>& ids);
+    /// As RaiseErrors, clearing.
     bool ClearErrors(const std::vector<std::pair<int, int>>& ids);
 
     /// Raises and clears in the given order, each as RaiseError or ClearError would do it, with times of its

@@ -12,14 +12,14 @@ namespace Faultkeeper
 /// A snapshot: it holds copies and does not follow later changes.
 struct SErrorTree
 {
-    bool visible = false; ///< of the top error, as the next three
-    bool forceShutdown = false;
-    bool fullScreen = false;
-    bool includeServiceNumber = false;
-    bool shouldBeep = false;          ///< of the top error or of any trigger that contributes
-    bool shouldBeepIfGuiding = false; ///< likewise
-    std::int32_t problemCode = 0;     ///< identifier of the top error
-    std::int32_t problemType = 0;
+    bool visible = false;               ///< is the top error shown at all?
+    bool forceShutdown = false;         ///< does the top error force the console to shut down?
+    bool fullScreen = false;            ///< is the top error shown over the whole screen?
+    bool includeServiceNumber = false;  ///< is the service's number shown with the top error?
+    bool shouldBeep = false;            ///< of the top error or of any trigger that contributes
+    bool shouldBeepIfGuiding = false;   ///< likewise
+    std::int32_t problemCode = 0;       ///< identifier of the top error: module | sub-module | problem
+    std::int32_t problemType = 0;       ///< and failure mode
     std::int32_t severity = 0;          ///< EErrorSeverity of the top error
     std::string title;                  ///< title text, or its key "<name>.shortTitle"
     std::string shortTitle;             ///< short problem text, or its key "<name>.vtTitle"

@@ -48,6 +48,7 @@ public:
     /// As above with queue true; in silent mode nothing happens and the result is 0.
     /// @param id  problem code, failure mode
     int RaiseError(const std::pair<int, int>& id, bool flag);
+    /// Likewise for an error as cleared.
     int ClearError(const std::pair<int, int>& id);
 
     /// Sends what was kept, oldest first. An event that meets a lost connection stays, and so does its place.

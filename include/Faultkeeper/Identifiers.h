@@ -265,6 +265,7 @@ FAULTKEEPER_EXPORT void DumpXMLSymbols();
 /// listing shows them.
 struct FAULTKEEPER_EXPORT SErrorIDComparer
 {
+    /// Does `left` come before `right`?
     bool operator()(const std::pair<int, int>& left, const std::pair<int, int>& right) const
     {
         return left.first != right.first ? left.first < right.first : left.second < right.second;

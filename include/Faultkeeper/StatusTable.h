@@ -32,7 +32,7 @@ struct SStatusHeader
 /// The shared segment, byte for byte. Only the first `header.count` records mean anything.
 struct SStatusTable
 {
-    SStatusHeader header;
+    SStatusHeader header;                      ///< bytes 0..31
     SErrorEntry records[kStatusTableCapacity]; ///< in the order of the owning database's error list
 };
 

@@ -44,16 +44,22 @@ public:
 
     /// True if this set may raise and clear its owner by itself.
     bool AutoTrigger() const { return m_autoTrigger; }
+    /// May the set raise and clear its owner by itself from now on? Changes no state.
     void AutoTrigger(bool autoTrigger) { m_autoTrigger = autoTrigger; }
 
     /// How many triggers must be active for the set to raise its owner; 0 or less: any one does.
     int TriggersRequired() const { return m_triggersRequired; }
+    /// Replaces how many are required. Changes no state.
     void TriggersRequired(int triggersRequired) { m_triggersRequired = triggersRequired; }
 
+    /// How the owner is joined to these triggers in displayed trees.
     EErrorLinkingMode LinkingMode() const { return m_linkingMode; }
+    /// Replaces how the owner is joined to them.
     void LinkingMode(EErrorLinkingMode linkingMode) { m_linkingMode = linkingMode; }
 
+    /// Where the title of a displayed tree comes from while a trigger of this set is active.
     EErrorTitleSource TitleSource() const { return m_titleSource; }
+    /// Replaces where the title comes from.
     void TitleSource(EErrorTitleSource titleSource) { m_titleSource = titleSource; }
 
     /// The triggers in the order in which they were added, duplicates included.

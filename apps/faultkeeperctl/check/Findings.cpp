@@ -24,11 +24,12 @@ std::string PlaceText(const SPlace& place)
     return place.file + ":" + std::to_string(place.line) + ":" + std::to_string(place.column);
 }
 
-SMessage UnknownName(const std::string& what, const std::string& typed, const std::vector<std::string>& names)
+SMessage UnknownName(const std::string& what, const std::string& typed, const std::vector<std::string>& names,
+                     const std::string& consequence)
 {
     const std::string nearest = NearestName(typed, names);
     const std::string question = nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?";
-    return {"unknown " + what + " " + QuotedTyped(typed) + question, nearest};
+    return {"unknown " + what + " " + QuotedTyped(typed) + consequence + question, nearest};
 }
 
 std::string SCheckFinding::Line() const

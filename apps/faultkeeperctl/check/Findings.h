@@ -38,9 +38,9 @@ struct SMessage
     std::string suggestion; ///< "" if there is none
 };
 
-/// "unknown <what> "typed"; did you mean "name"?", the question only if a name comes near.
-SMessage UnknownName(const std::string& what, const std::string& typed,
-                     const std::vector<std::string>& names);
+/// "unknown <what> "typed"<consequence>; did you mean "name"?", the question only if a name comes near.
+SMessage UnknownName(const std::string& what, const std::string& typed, const std::vector<std::string>& names,
+                     const std::string& consequence = "");
 
 /// Something that is wrong with a configuration.
 struct SCheckFinding

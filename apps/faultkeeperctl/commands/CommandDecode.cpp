@@ -6,8 +6,8 @@
 #include "common/TypedText.h"
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/PrivateTable.h"
-#include "faultkeeperctl/StateKeys.h"
 #include "faultkeeperctl/json/Json.h"
+#include "faultkeeperctl/keys/TypedKey.h"
 #include "faultkeeperctl/text/TextTable.h"
 #include "faultkeeperctl/text/TextWidth.h"
 #include "faultkeeperctl/text/TreeText.h"
@@ -118,9 +118,9 @@ std::string DecodedText(const std::string& key, const SDecoded& decoded, int wid
                                                 : "the order of the configuration; there is no owner");
 }
 
-EProgramStatus Decode(const SSettings& settings, const std::string& typed)
+EProgramStatus Decode(const SSettings& settings, const std::vector<std::string>& typed)
 {
-    const std::string key = CheckedKey(typed);
+    const std::string key = KeyFromTyped(typed); // what is no key is none with any configuration
     const SDecoded decoded = DecodeKey(settings, key);
     if (settings.json)
         PrintDocument(DecodedDocument(key, decoded));
@@ -132,16 +132,18 @@ EProgramStatus Decode(const SSettings& settings, const std::string& typed)
 
 void AddDecode(CCommandLine& commandLine)
 {
-    const auto key = std::make_shared<std::string>();
+    const auto words = std::make_shared<std::vector<std::string>>();
     CCommand command = commandLine.Add(
         "decode", "Tell which errors a state key stands for",
         "Prints the errors of the tree, their codes and its texts, whatever is active now. Without an\n"
         "owner the configuration alone is used; it must be the one that the key was made with. "
         "\"Positions\"\n"
-        "tells which of the two was used.\n"
-        "Example: faultkeeperctl --config /etc/faultkeeper decode 0140",
-        [key](const SSettings& settings) { return Decode(settings, *key); });
-    command.Argument("KEY", *key, "the key as shown in a tree");
+        "tells which of the two was used. A key in the form for the phone may have blanks, dashes and small\n"
+        "letters; a group that is wrong, missing or out of place is named.\n"
+        "Example: faultkeeperctl --config /etc/faultkeeper decode 0140\n"
+        "Example: faultkeeperctl decode GHLGP",
+        [words](const SSettings& settings) { return Decode(settings, *words); });
+    command.Words("KEY", *words, true, "the key as shown in a tree, or its groups of letters");
 }
 
 } // namespace Faultkeeper::Apps

@@ -16,6 +16,7 @@ void AddStatus(CCommandLine& commandLine);
 void AddList(CCommandLine& commandLine);
 void AddHistory(CCommandLine& commandLine);
 void AddWatch(CCommandLine& commandLine);
+void AddKey(CCommandLine& commandLine);
 void AddDecode(CCommandLine& commandLine);
 void AddActive(CCommandLine& commandLine);
 void AddStatistics(CCommandLine& commandLine);
@@ -46,6 +47,7 @@ inline void AddCommands(CCommandLine& commandLine)
     AddWhy(commandLine);
     AddJournal(commandLine);
     AddAt(commandLine);
+    AddKey(commandLine);
     AddDecode(commandLine);
     AddCheck(commandLine);
     AddHierarchy(commandLine);

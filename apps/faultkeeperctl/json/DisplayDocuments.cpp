@@ -15,10 +15,15 @@ Json TextOrNull(const SHistoryEntry& entry, const std::string& text)
 
 Json PictureDocument(const CDisplay& display)
 {
+    return PictureDocument(display, display.Trees());
+}
+
+Json PictureDocument(const CDisplay& display, const std::vector<SErrorTree>& trees)
+{
     Json document;
     document["state"] = StateName(display.Facts().state);
     document["trees"] = Json::array();
-    for (const SErrorTree& tree : display.Trees())
+    for (const SErrorTree& tree : trees)
         document["trees"].push_back(TreeDocument(tree));
     document["unknown"] = display.UnknownRaised();
     return document;

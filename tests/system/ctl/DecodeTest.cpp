@@ -181,6 +181,25 @@ TEST_F(Decode, TellsAKeyThatIsNone)
               "faultkeeperctl: \"00G0\" is no state key: it holds other characters than 0-9 and A-F\n");
 }
 
+TEST_F(Decode, TakesTheFormForThePhoneInOneWordOrSeveral)
+{
+    const std::string expected = Ctl({"decode", "00F0"}).output;
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {"decode", "GGYGL"}, {"decode", "ggyg-l"}, {"decode", "G", "gyg", "L"}, {"decode", "00 f0"}})
+        EXPECT_EQ(Ctl(arguments).output, expected);
+    EXPECT_EQ(Document({"decode", "GGYGL"})["key"], "00F0");
+}
+
+TEST_F(Decode, TellsWhichGroupIsWrong)
+{
+    const SFinished finished = Ctl({"decode", "GGYGT SHYZQ"});
+    EXPECT_EQ(finished.status, 2);
+    EXPECT_EQ(finished.output, "");
+    EXPECT_EQ(finished.errors, "faultkeeperctl: group 2 of the key, \"SHYZQ\", is wrong\n");
+    EXPECT_EQ(Json::parse(Ctl({"--json", "decode", "SHZZQ", "GGYGT"}).output)["error"],
+              "groups 1 and 2 of the key are wrong, as if they had changed places");
+}
+
 TEST_F(Decode, GoesOnInTheUsualPlaceIfTheTemporaryDirectoryIsNotThere)
 {
     const CVariable nowhere("TMPDIR", m_temporary.File("none"));

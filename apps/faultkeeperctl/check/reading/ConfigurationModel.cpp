@@ -38,7 +38,23 @@ std::size_t SConfigurationModel::Find(const ErrorId& id) const
 
 bool SConfigurationModel::MayExist(const ErrorId& id) const
 {
-    return index.count(id) != 0 || meant.count(id) != 0 || unreadModules.count(id.first & kModuleMask) != 0;
+    const bool unidentified = unidentifiedModes.count(id.second) != 0 || unidentifiedModes.count(-1) != 0;
+    return !listed || unidentified || index.count(id) != 0 || meant.count(id) != 0 ||
+           unreadModules.count(id.first & kModuleMask) != 0;
+}
+
+bool SConfigurationModel::LeadsNowhere(const SReference& reference) const
+{
+    return !reference.doubtful && !reference.toItself && reference.target == kNoError &&
+           !MayExist(reference.id);
+}
+
+bool SConfigurationModel::IsCertain(const STriggerSetModel& set) const
+{
+    return set.whole &&
+           std::all_of(set.triggers.begin(), set.triggers.end(),
+                       [this](const SReference& trigger)
+                       { return trigger.toItself || trigger.target != kNoError || LeadsNowhere(trigger); });
 }
 
 std::vector<std::string> SConfigurationModel::Names() const

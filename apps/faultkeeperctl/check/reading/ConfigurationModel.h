@@ -86,13 +86,18 @@ struct SConfigurationModel
     std::vector<SDefinition> errors;      ///< in the order of loading
     std::map<ErrorId, std::size_t> index; ///< of two definitions the later one
     std::set<ErrorId> meant;              ///< identifiers that errors would have but for a slip that was told
-    std::set<int> unreadModules;          ///< modules with a file that could not be read
-    std::vector<SPatternModel> patterns;  ///< in the order of the file
+    std::set<int> unidentifiedModes;     ///< failure modes of errors that are not identified; -1: nor is that
+    std::set<int> unreadModules;         ///< modules with a file that could not be read
+    std::vector<SPatternModel> patterns; ///< in the order of the file
 
     /// The error of that identifier, or kNoError.
     std::size_t Find(const ErrorId& id) const;
     /// May it be that the error is there, and only something that was told hides it?
     bool MayExist(const ErrorId& id) const;
+    /// Is it known which errors the set holds?
+    bool IsCertain(const STriggerSetModel& set) const;
+    /// Does the reference name an error that is certainly not there?
+    bool LeadsNowhere(const SReference& reference) const;
     /// Of all errors that can be found, in the order of their identifiers.
     std::vector<std::string> Names() const;
 };

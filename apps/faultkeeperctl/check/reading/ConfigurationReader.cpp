@@ -43,7 +43,6 @@ void CConfigurationReader::ReadList()
     const SFile& file = File("FaultkeeperConfig.xml");
     if (file.top == nullptr || file.top->Name() != kFaultkeeper)
         return;
-    m_model.listed = true;
     const CElement top(ListForm(), file.path, *file.top);
     top.TellUnread(m_findings);
     int lists = 0;
@@ -59,6 +58,7 @@ void CConfigurationReader::ReadList()
 
 void CConfigurationReader::ReadEntries(const CElement& list)
 {
+    m_model.listed = true;
     list.VisitChildren(m_findings, [this](const CElement& entry) { ReadEntry(entry); });
 }
 

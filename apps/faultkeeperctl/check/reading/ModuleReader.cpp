@@ -103,10 +103,9 @@ int CModuleReader::ReadFailureMode(const CElement& error, SDefinition& definitio
     const bool exact = mode != eptUnknown && (IsPlainNumber(name) || ValueIn(FailureModeNames(), name) >= 0);
     if (exact)
         return mode;
-    const SMessage unknown = UnknownName("failure mode", name, NamesOf(FailureModeNames()));
-    m_findings.Warning(error.Place(kIdentifier), {unknown.text + (unknown.suggestion.empty() ? ": " : " ") +
-                                                      "the error gets number " + std::to_string(mode),
-                                                  unknown.suggestion});
+    const SMessage unknown = UnknownName("failure mode", name, NamesOf(FailureModeNames()),
+                                         ", so that the error gets number " + std::to_string(mode));
+    m_findings.Warning(error.Place(kIdentifier), unknown);
     definition.meantMode = ValueIn(FailureModeNames(), unknown.suggestion);
     return mode;
 }
@@ -174,7 +173,10 @@ void CModuleReader::Define(const SDefinition& definition)
 {
     m_model.errors.push_back(definition);
     if (!definition.identified)
+    {
+        m_model.unidentifiedModes.insert(definition.id.second);
         return;
+    }
     m_model.index[definition.id] = m_model.errors.size() - 1;
     if (definition.meantMode >= 0)
         m_model.meant.insert(ErrorId(definition.id.first, definition.meantMode));

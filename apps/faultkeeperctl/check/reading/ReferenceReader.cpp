@@ -66,9 +66,9 @@ int ValueOf(const SNameField& field, const std::string& name, bool& doubtful, co
     const int value = named(name);
     if (value >= 0)
         return value;
-    const SMessage unknown = UnknownName(field.what, name, NamesOf(field.names()));
+    const SMessage unknown = UnknownName(field.what, name, NamesOf(field.names()), " in an id");
     doubtful = true;
-    tell(field.rule, {unknown.text + " (in the id)", unknown.suggestion});
+    tell(field.rule, unknown);
     return named(unknown.suggestion);
 }
 

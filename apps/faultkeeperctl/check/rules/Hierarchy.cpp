@@ -41,6 +41,18 @@ void CHierarchy::Sort()
     }
 }
 
+bool CHierarchy::Certain() const
+{
+    const auto certain = [this](const SDefinition& error)
+    {
+        return error.identified && error.meantMode < 0 &&
+               std::all_of(error.sets.begin(), error.sets.end(),
+                           [this](const STriggerSetModel& set) { return m_model.IsCertain(set); });
+    };
+    return m_fromLeaves.size() == m_triggers.size() &&
+           std::all_of(m_model.errors.begin(), m_model.errors.end(), certain);
+}
+
 std::vector<CHierarchy::Errors> CHierarchy::Cycles() const
 {
     std::vector<char> told(m_triggers.size(), 0);

@@ -27,7 +27,9 @@ public:
 
     /// All errors from the leaves upward, each behind its triggers, but for those on a cycle or above one.
     const Errors& FromLeaves() const { return m_fromLeaves; }
-    bool Acyclic() const { return m_fromLeaves.size() == m_triggers.size(); }
+
+    /// Is it known of all errors which triggers they have, and are there no cycles?
+    bool Certain() const;
 
     /// For each error on a cycle that no cycle before it holds, the shortest one from that error down to
     /// itself, which stands at its beginning only.

@@ -19,7 +19,7 @@ bool CheckIds(const SPatternModel& pattern, const SConfigurationModel& model, CF
     for (const SReference& reference : pattern.ids)
     {
         defined = defined && reference.target != kNoError;
-        if (reference.target == kNoError && !reference.doubtful && !model.MayExist(reference.id))
+        if (model.LeadsNowhere(reference))
             findings.Warning(reference.place, UndefinedError(reference, model));
     }
     return defined;
@@ -89,7 +89,7 @@ void CheckPatterns(const CHierarchy& hierarchy, CFindings& findings)
             findings.Warning(pattern.place, "this pattern never matches: the one in line " +
                                                 std::to_string(hiding->place.line) +
                                                 " stands before it and matches wherever it would");
-        else if (hierarchy.Acyclic())
+        else if (hierarchy.Certain())
             CheckReachable(pattern, matches, findings);
     }
 }

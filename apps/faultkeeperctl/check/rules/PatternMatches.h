@@ -16,7 +16,7 @@ namespace Faultkeeper::Apps
 class CPatternMatches
 {
 public:
-    /// @param hierarchy  borrowed; without cycles if it is to be asked
+    /// @param hierarchy  borrowed; certain if it is to be asked
     explicit CPatternMatches(const CHierarchy& hierarchy);
 
     /// Can a tree hold all errors of the pattern, and perhaps others?

@@ -10,18 +10,12 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-bool LeadsNowhere(const SReference& reference, const SConfigurationModel& model)
-{
-    return !reference.doubtful && !reference.toItself && reference.target == kNoError &&
-           !model.MayExist(reference.id);
-}
-
 void CheckTarget(const SReference& trigger, const SConfigurationModel& model, CFindings& findings)
 {
     if (trigger.toItself)
         findings.Warning(trigger.place, "the error " + QuotedTyped(trigger.text) +
                                             " links to itself: the trigger is skipped");
-    else if (LeadsNowhere(trigger, model))
+    else if (model.LeadsNowhere(trigger))
         findings.Warning(trigger.place, UndefinedError(trigger, model));
 }
 
@@ -36,20 +30,14 @@ void CheckRepeated(const STriggerSetModel& set, CFindings& findings)
     }
 }
 
-bool IsCertain(const STriggerSetModel& set, const SConfigurationModel& model)
-{
-    bool certain = set.whole;
-    for (const SReference& trigger : set.triggers)
-        certain = certain && (trigger.toItself || trigger.target != kNoError || LeadsNowhere(trigger, model));
-    return certain;
-}
-
 void CheckEmpty(const STriggerSetModel& set, const SConfigurationModel& model, CFindings& findings)
 {
-    if (!IsCertain(set, model) || !set.Linked().empty())
+    if (!model.IsCertain(set) || !set.Linked().empty())
         return;
-    findings.Warning(set.place, set.triggers.empty() ? "this \"TriggerSet\" has no triggers"
-                                                     : "no trigger of this \"TriggerSet\" is left");
+    findings.Warning(set.place,
+                     set.triggers.empty()
+                         ? "this \"TriggerSet\" has no triggers"
+                         : "this \"TriggerSet\" is left without triggers: none names another error");
 }
 
 void CheckThreshold(const STriggerSetModel& set, CFindings& findings)
@@ -94,7 +82,7 @@ void CheckThresholds(const SConfigurationModel& model, CFindings& findings)
     {
         for (const STriggerSetModel& set : error.sets)
         {
-            if (set.autoTrigger && !set.Linked().empty() && IsCertain(set, model))
+            if (set.autoTrigger && !set.Linked().empty() && model.IsCertain(set))
                 CheckThreshold(set, findings);
         }
     }

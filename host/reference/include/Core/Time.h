@@ -51,11 +51,17 @@ public:
     /// Seconds since 1970, cut towards zero to whole microseconds.
     double AsDouble() const;
 
+    /// The same moment? Type words may differ.
     bool operator==(const Time& other) const { return Nanoseconds() == other.Nanoseconds(); }
+    /// Different moments?
     bool operator!=(const Time& other) const { return Nanoseconds() != other.Nanoseconds(); }
+    /// Earlier than `other`?
     bool operator<(const Time& other) const { return Nanoseconds() < other.Nanoseconds(); }
+    /// Later than `other`?
     bool operator>(const Time& other) const { return Nanoseconds() > other.Nanoseconds(); }
+    /// Earlier than `other`, or the same moment?
     bool operator<=(const Time& other) const { return Nanoseconds() <= other.Nanoseconds(); }
+    /// Later than `other`, or the same moment?
     bool operator>=(const Time& other) const { return Nanoseconds() >= other.Nanoseconds(); }
 
 private:

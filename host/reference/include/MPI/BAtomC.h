@@ -23,6 +23,7 @@ public:
     void Encode(BEncoderC& encoder) const override;
     const BAtomC* AsAtom() const override { return this; }
 
+    /// A number, and not a text?
     bool IsInteger() const { return m_isInteger; }
 
     /// The number; 0 if this is a text.

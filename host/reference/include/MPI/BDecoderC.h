@@ -23,7 +23,7 @@ class BScanner;
 class CORE_EXPORT BDecoderC
 {
 public:
-    static constexpr std::size_t kMaximumMessageBytes = 65536;
+    static constexpr std::size_t kMaximumMessageBytes = 65536; ///< its outermost "d" and "e" included
     static constexpr int kMaximumDepth = 8; ///< levels of lists and dictionaries, the message being the first
 
     BDecoderC();

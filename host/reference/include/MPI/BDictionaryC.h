@@ -30,10 +30,13 @@ public:
 
     /// The element of that key, or null.
     const BElementC* Find(const std::string& key) const;
+    /// The same to be changed.
     BElementC* Find(const std::string& key);
 
+    /// How many keys there are.
     std::size_t Size() const { return m_elements.size(); }
 
+    /// All elements by their keys.
     const std::map<std::string, std::unique_ptr<BElementC>>& Elements() const { return m_elements; }
 
 private:

@@ -25,13 +25,18 @@ public:
 
     /// This element as what it is; null if it is something else.
     virtual const BAtomC* AsAtom() const { return nullptr; }
+    /// As a list, or null.
     virtual const BListC* AsList() const { return nullptr; }
+    /// As a dictionary, or null.
     virtual const BDictionaryC* AsDictionary() const { return nullptr; }
+    /// As a list that may be changed, or null.
     virtual BListC* AsList() { return nullptr; }
+    /// As a dictionary that may be changed, or null.
     virtual BDictionaryC* AsDictionary() { return nullptr; }
 
     /// The list or dictionary that this was made for or is in; null if none.
     BElementC* Parent() const { return m_parent; }
+    /// Remembers another one; puts the element nowhere.
     void Parent(BElementC* parent) { m_parent = parent; }
 
 private:

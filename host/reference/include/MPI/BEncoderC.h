@@ -21,9 +21,13 @@ public:
     /// The single steps, for messages put together without elements. Whoever uses them ends every list and
     /// dictionary begun, and writes dictionaries as key, value, key, value with the keys in ascending order.
     void Integer(std::int64_t value);
+    /// A text of any bytes.
     void Text(std::string_view text);
+    /// Begins a list; what follows up to its End lies in it.
     void BeginList() { Begin('l'); }
+    /// Begins a dictionary; what follows up to its End lies in it.
     void BeginDictionary() { Begin('d'); }
+    /// Ends the list or dictionary begun last.
     void End();
 
     /// What has been written so far.

@@ -29,11 +29,13 @@ public:
     /// @param element  not null
     void Append(std::unique_ptr<BElementC> element);
 
+    /// How many elements there are.
     std::size_t Size() const { return m_elements.size(); }
 
     /// The element at a position counted from 0; null past the end.
     const BElementC* At(std::size_t position) const;
 
+    /// All elements in the order appended.
     const std::vector<std::unique_ptr<BElementC>>& Elements() const { return m_elements; }
 
 private:

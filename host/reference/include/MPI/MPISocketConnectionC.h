@@ -96,6 +96,7 @@ public:
     /// Between the two, messages are gathered in the outbox and sent in large pieces, the last by the last
     /// EndBatch. For many messages in a row; whether each can be sent is found out as without. May be nested.
     void BeginBatch();
+    /// Ends the batch begun last.
     void EndBatch();
 
     /// Has the outbox room for a message of the largest size?
@@ -139,8 +140,9 @@ public:
     /// True if this or, before the next one, the last connection was closed because of its input.
     bool Refused() const { return m_decoder.Failed(); }
 
-    /// What was wrong and where, counted in bytes from the beginning of the connection.
+    /// What was wrong, in words; empty if nothing was.
     const std::string& RefusalReason() const { return m_decoder.FaultReason(); }
+    /// Where: the first wrong byte, counted from the beginning of the connection.
     std::uint64_t RefusalOffset() const { return m_decoder.FaultOffset(); }
 
 protected:
@@ -156,6 +158,7 @@ protected:
 
     /// Is a lost connection made again from CheckCallbacks? No at first.
     bool ConnectsAgain() const { return m_connectsAgain; }
+    /// Sets whether it is.
     void ConnectsAgain(bool connectsAgain) { m_connectsAgain = connectsAgain; }
 
 private:

@@ -24,8 +24,8 @@ struct CORE_EXPORT MPIPeerC
 /// A notification that a server has received; everything is borrowed for the call.
 struct CORE_EXPORT MPINotificationC
 {
-    const std::string& name;
-    const BListC& arguments;
+    const std::string& name;     ///< such as "RaiseError"
+    const BListC& arguments;     ///< in the order sent; empty if there are none
     const BDictionaryC& message; ///< all of it: the two above and whatever else the sender put in
     std::uint64_t offset; ///< of the message's first byte, counted in bytes from the connection's beginning
     std::uint64_t number = 0; ///< its "seq", from 1 on and rising within the connection; 0 if it has none
@@ -35,13 +35,14 @@ struct CORE_EXPORT MPINotificationC
 /// and its own number: most are. No elements are made for it. Everything is borrowed for the call.
 struct CORE_EXPORT MPINumbersC
 {
+    /// Notifications with more arguments come as elements.
     static constexpr std::size_t kMaximumCount = 16;
 
-    std::string_view name;
-    const std::int64_t* arguments;
-    std::size_t count;    ///< of arguments
-    std::uint64_t offset; ///< as in MPINotificationC
-    std::uint64_t number; ///< likewise
+    std::string_view name;         ///< as in MPINotificationC
+    const std::int64_t* arguments; ///< `count` of them, in the order sent
+    std::size_t count;             ///< of arguments
+    std::uint64_t offset;          ///< as in MPINotificationC
+    std::uint64_t number;          ///< likewise
 };
 
 /// What a server tells its owner. All calls come from within MPISocketServerC::Serve or Close, on that
@@ -106,6 +107,7 @@ class CORE_EXPORT MPISocketServerC
 {
 public:
     static constexpr std::size_t kMaximumConnections = 256; ///< unless told otherwise
+    /// Notifications of one connection that are handed over before the others get their turn.
     static constexpr int kBatchMessages = 1024;
 
     /// A server that does not listen yet.
@@ -117,6 +119,7 @@ public:
 
     /// How many connections may be up. Fewer than there are ends none.
     std::size_t MaximumConnections() const;
+    /// Sets how many may be up.
     void MaximumConnections(std::size_t count);
 
     /// Listens on the loopback only: on 127.0.0.1, and on ::1 where there is one.
@@ -157,6 +160,7 @@ public:
     /// wait? Then more comes in larger pieces, which costs each message less. It does so anyway if it may
     /// wait. For a program that polls Descriptor itself and then calls Serve(0). Off at first.
     bool GathersInput() const;
+    /// Switches that rest on or off.
     void GathersInput(bool gathersInput);
 
     /// Answers an introduction: everything of that session up to `number` has been applied, and what comes

@@ -62,8 +62,9 @@ public:
     /// Called by a wait when the extra descriptor has input. Does nothing by default.
     virtual void ReadExtra();
 
-    /// Called after bytes have come in. Do nothing by default.
+    /// Called after bytes have come in. Does nothing by default.
     virtual void DataReceived();
+    /// Called behind DataReceived, with the peer that they came from. Does nothing by default.
     virtual void DataReceivedFrom(std::string address, unsigned short port);
 
     /// Called when the outbox has become empty: the kernel has everything. Does nothing by default.
@@ -123,6 +124,7 @@ protected:
     void StartSession(bool bridgesOutages);
     SessionDelivery* Session() const; ///< null without
 
+    /// What waits to be sent.
     const MessageOutbox& Outbox() const;
 
     /// While on, small messages go out at once. Off, they may wait until the peer's system has acknowledged

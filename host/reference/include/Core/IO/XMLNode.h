@@ -43,6 +43,7 @@ public:
 
     /// Where the element's "<" stands; 0 for the node above the top element.
     int Line() const;
+    /// Its column in that line; 0 for the node above the top element.
     int Column() const;
 
     /// Finds where the name of an attribute starts in the file.

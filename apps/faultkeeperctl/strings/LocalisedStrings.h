@@ -1,6 +1,8 @@
 #ifndef FAULTKEEPERCTL_LOCALISEDSTRINGS_H
 #define FAULTKEEPERCTL_LOCALISEDSTRINGS_H
 
+#include "faultkeeperctl/strings/TextFile.h"
+
 #include <string>
 #include <vector>
 
@@ -16,6 +18,9 @@ namespace Faultkeeper::Apps
 /// because the library tells nobody when writing fails.
 /// @throws CFailure (epsNo) if the temporary file cannot be made or written whole
 std::string LocalisedStrings(const std::vector<CError>& errors);
+
+/// The same, taken apart.
+std::vector<STextRecord> OriginalTexts(const std::vector<CError>& errors);
 
 } // namespace Faultkeeper::Apps
 

@@ -1,4 +1,4 @@
-#include "faultkeeperctl/LocalisedStrings.h"
+#include "faultkeeperctl/strings/LocalisedStrings.h"
 
 #include "faultkeeperctl/Settings.h"
 #include "faultkeeperctl/TemporaryName.h"
@@ -55,6 +55,11 @@ std::string LocalisedStrings(const std::vector<CError>& errors)
     if (!errors.empty() && !EndsWith(text.str(), "\n" + errors.back().ShortProblemText() + "\n"))
         throw CFailure(epsNo, "the temporary file " + file.Path() + " could not be written whole");
     return text.str();
+}
+
+std::vector<STextRecord> OriginalTexts(const std::vector<CError>& errors)
+{
+    return ParsedTexts(LocalisedStrings(errors));
 }
 
 } // namespace Faultkeeper::Apps
