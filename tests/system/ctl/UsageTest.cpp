@@ -11,7 +11,7 @@ class Usage : public CtlTest
 };
 
 const char* const kCommands[] = {"raise",     "clear",  "status",  "list",    "history", "watch", "active",
-                                 "hierarchy", "decode", "symbols", "strings", "tree",    "table"};
+                                 "hierarchy", "decode", "symbols", "strings", "tree",    "table", "check"};
 } // namespace
 
 TEST_F(Usage, VersionIsTold)
