@@ -132,6 +132,14 @@ class PageTest(unittest.TestCase):
         self.is_content(text % "setup", 0)
         self.finds(text % "never", "page.md:4: .ci/run does not run scripts/never")
 
+    def test_what_a_test_runs_is_looked_up(self):
+        (self.project / "tests").mkdir()
+        (self.project / "tests/CMakeLists.txt").write_text(
+            "add_test(NAME demo_works COMMAND \"${X}/scripts/demo\")\nadd_test(NAME other COMMAND scripts/never)\n")
+        text = "*Run by the test `demo_works`.*\n\n```console\n$ scripts/%s\n```\n"
+        self.is_content(text % "demo", 0)
+        self.finds(text % "never", "page.md:4: demo_works does not run scripts/never")
+
     # Other rules
 
     def test_commands_elsewhere_are_told(self):

@@ -50,7 +50,7 @@ def _check(options):
 def _summary(page, outcome):
     lines = [f"{page.name}: {outcome.commands} commands run, {outcome.not_run} blocks not run"]
     lines += [f"{page.name}:{block.line}: not run: {block.not_run}" for block in page.blocks if block.not_run]
-    lines += [f"{page.name}:{block.line}: run by .ci/run" for block in page.blocks if block.run_by_ci]
+    lines += [f"{page.name}:{block.line}: run by {block.run_by}" for block in page.blocks if block.run_by]
     return "\n".join(lines)
 
 

@@ -5,7 +5,7 @@ from dataclasses import dataclass, field
 
 _FENCE = re.compile(r"^( *)(`{3,})(.*)$")
 _NOT_RUN = re.compile(r"^\*Not run here: (.+)\.\*$")
-_RUN_BY_CI = re.compile(r"^\*Run by `\.ci/run`\.\*$")
+_RUN_BY = re.compile(r"^\*Run by (?:the test )?`(.+)`\.\*$")
 
 
 @dataclass
@@ -16,7 +16,7 @@ class Block:
     lines: list
     indent: str = ""
     not_run: str = ""  # why its commands are not run, from the line above it
-    run_by_ci: bool = False
+    run_by: str = ""  # ".ci/run" or a test, if that does it
 
     @property
     def language(self):
@@ -45,7 +45,8 @@ def _mark(block, above):
     if above:
         not_run = _NOT_RUN.match(above[-1].strip())
         block.not_run = not_run.group(1) if not_run else ""
-        block.run_by_ci = bool(_RUN_BY_CI.match(above[-1].strip()))
+        run_by = _RUN_BY.match(above[-1].strip())
+        block.run_by = run_by.group(1) if run_by else ""
 
 
 def _fenced(lines, begin, opening):

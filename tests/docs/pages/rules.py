@@ -145,13 +145,24 @@ def _run_by_ci(project):
     return found
 
 
+def _run_by_test(project, test):
+    """The scripts that a test starts by its own command."""
+    for file in sorted(project.glob("tests/**/CMakeLists.txt")):
+        command = re.search(r"NAME " + re.escape(test) + r"\s[^()]*", file.read_text())
+        if command:
+            return set(re.findall(r"scripts/[a-z-]+", command.group()))
+    return set()
+
+
 def _claims(page, project):
-    """What a page says is run by .ci/run must stand there."""
-    ran = _run_by_ci(project) if any(block.run_by_ci for block in page.blocks) else set()
+    """What a page says is run by .ci/run or by a test must stand there."""
     for block in page.blocks:
-        for step in pages.steps(block) if block.run_by_ci else []:
+        if not block.run_by:
+            continue
+        ran = _run_by_ci(project) if block.run_by == ".ci/run" else _run_by_test(project, block.run_by)
+        for step in pages.steps(block):
             if step.command[0].split()[0] not in ran:
-                yield f"{page.name}:{step.line}: .ci/run does not run {step.command[0]}"
+                yield f"{page.name}:{step.line}: {block.run_by} does not run {step.command[0]}"
 
 
 def findings(page, project, environment):

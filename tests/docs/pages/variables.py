@@ -15,6 +15,7 @@ KINDS = [
     ("SESSION", r"\b[0-9a-f]{32}\b"),
     ("FINGERPRINT", r"\bconfiguration +([0-9a-f]{16})\b"),
     ("SECONDS", r"\buptime +(\d+)\b"),
+    ("SECONDS", r"Seconds\": (\d+)"),
 ]
 
 PAGES_DIRECTORY = "/home/you/faultkeeper"  # where the reader of a page is
