@@ -161,6 +161,12 @@ class PageTest(unittest.TestCase):
         self.finds("Use `faultkeeperctl list --most`.\n", "page.md:1: faultkeeperctl has no --most here")
         self.finds("Use `faultkeeperd --conf DIR`.\n", "page.md:1: faultkeeperd has no --conf here")
 
+    def test_selections_of_tests_select_something(self):
+        (self.project / "tests").mkdir()
+        (self.project / "tests/SomeTest.cpp").write_text("TEST_F(Some, ThingHolds)\n")
+        self.is_content("Use `ctest --preset dev -R 'Nothing\\|Some'`.\n", 0)
+        self.finds("Use `ctest --preset dev -R Other`.\n", "page.md:1: no test is selected by Other")
+
     def test_links_lead_somewhere(self):
         self.is_content("# A Head, and more\n\n[a](listing.xml) [b](#a-head-and-more) [c](https://example.org)\n", 0)
         self.finds("[a](nowhere.md)\n", "page.md:1: a link leads nowhere: nowhere.md")

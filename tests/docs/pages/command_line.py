@@ -1,6 +1,7 @@
 """What tests/docs/check-page does, step by step."""
 
 import argparse
+import contextlib
 from pathlib import Path
 
 from . import page as pages
@@ -30,6 +31,13 @@ def expected_not_run(file, name):
     return 0
 
 
+def _uses_programs(page):
+    """Whether commands of the page may listen on the port, connect to it, or expect nobody there."""
+    return any("faultkeeper" in line or "report" in line
+               for block in page.blocks if block.language == "console" and not (block.not_run or block.run_by)
+               for line in block.lines)
+
+
 def _check(options):
     project = options.project.resolve()
     file = options.page.resolve()
@@ -37,7 +45,7 @@ def _check(options):
     scratch = Scratch(project, options.programs.resolve())
     try:
         found = rules.findings(page, project, scratch.environment)
-        with port_turn():
+        with port_turn() if _uses_programs(page) else contextlib.nullcontext():
             outcome = running.run(page, scratch)
     finally:
         scratch.remove()

@@ -93,6 +93,27 @@ class _Programs:
         return ""
 
 
+def _test_names(project):
+    """Names as ctest has them, but for what parameters add."""
+    names = {"page_" + re.sub(r"[/.]", "_", str(page.relative_to(project))) for page in project.glob("docs/*.md")}
+    for file in project.glob("tests/**/*"):
+        if file.suffix == ".cpp":
+            found = re.findall(r"\bTEST(?:_[FP])?\((\w+),\s*(\w+)\)", file.read_text())
+            names |= {f"{suite}.{name}" for suite, name in found}
+        elif file.name == "CMakeLists.txt":
+            names |= set(re.findall(r"add_test\(NAME (\w+)", file.read_text()))
+    return names
+
+
+def _selects_nothing(words, project):
+    """What is wrong with a selection of tests; "" if nothing is."""
+    if "-R" not in words[:-1]:
+        return ""
+    pattern = words[words.index("-R") + 1].strip("'\"").replace("\\|", "|")  # bars are written so in tables
+    selected = any(re.search(pattern, name) for name in _test_names(project))
+    return "" if selected else f"no test is selected by {pattern}"
+
+
 def _mentions(page, project, environment):
     """Commands within a sentence or a table are not run: their programs, commands and options must exist."""
     programs = _Programs(environment)
@@ -104,6 +125,8 @@ def _mentions(page, project, environment):
                 complaint = programs.complaint(words)
             elif words and words[0].startswith("scripts/") and not (project / words[0]).exists():
                 complaint = f"there is no {words[0]}"
+            elif words and words[0] == "ctest":
+                complaint = _selects_nothing(words, project)
             if complaint:
                 yield f"{page.name}:{number}: {complaint}: `{span}`"
 
