@@ -9,8 +9,8 @@ using namespace Faultkeeper;
 int main()
 {
     CFaultkeeperAPI faults; // connects to the owner, and again whenever the owner comes back
-    const std::pair<int, int> noCorrections(emiBaseRadio | esmiCommunications | epiNoData,
-                                            eptDataCollectionTimeout);
+    const int problem = int{emiBaseRadio} | esmiCommunications | epiNoData;
+    const std::pair<int, int> noCorrections(problem, eptDataCollectionTimeout);
 
     faults.RaiseError(noCorrections, false); // 1: sent; 0: the owner knows; -1: kept until there is an owner
     faults.ClearError(noCorrections);
