@@ -67,7 +67,7 @@ std::string ErrorLines(const CError& error, const SGraphStyle& style)
 std::string SetLabel(const SSetState& set, const SGraphStyle& style)
 {
     const std::string needed = std::to_string(set.needed) + " of " + std::to_string(set.triggers) +
-                               (set.automatic ? "" : ", by hand");
+                               (set.automatic ? "" : ", not automatic");
     return style.live ? Label(needed, std::to_string(set.active) + " active") : Quoted(needed);
 }
 

@@ -174,14 +174,21 @@ private:
     EKnown BeforeTheJournal(const ErrorId& id) const
     {
         const auto stored = m_stored.find(id);
-        if (stored == m_stored.end() || stored->second->raises == 0)
-            return ekInactive;
+        if (stored == m_stored.end() || stored->second->raises <= RaisesInJournal(id))
+            return ekInactive; // it was never raised before
         const SErrorEntry& entry = stored->second->entry;
-        if (First(id, 0, m_past.journal.size()) != nullptr)
+        if (!m_touched.at(id).empty())
             return ekNo; // what is stored is of a later time
         if ((entry.flags & kRaisedFlag) != 0)
             return ekActive;
         return entry.clearedTime >= entry.raisedTime ? ekInactive : ekNo;
+    }
+
+    std::uint64_t RaisesInJournal(const ErrorId& id) const
+    {
+        const std::vector<std::size_t>& touched = m_touched.at(id);
+        return static_cast<std::uint64_t>(std::count_if(
+            touched.begin(), touched.end(), [this](std::size_t at) { return m_past.journal[at].raised; }));
     }
 
     const SPast& m_past;
@@ -193,15 +200,19 @@ private:
     std::map<ErrorId, std::vector<std::size_t>> m_touched; // when, by places in the journal
 };
 
-/// After a restart and before anything was raised anew?
-bool JustRestarted(const SPast& past, std::size_t after, std::int64_t time)
+/// When the machine was started, for all that the transition after a moment tells.
+std::int64_t StartBefore(const SPast& past, std::size_t after)
 {
-    if (WhatIsBetween(past, after - 1) != ebRestart)
-        return false;
     if (after == past.journal.size())
-        return time >= past.bootTime;
+        return past.bootTime;
     const STransition& next = past.journal[after];
-    return time >= next.time.Nanoseconds() - next.sinceBoot;
+    return next.time.Nanoseconds() - next.sinceBoot;
+}
+
+std::string NoteOfStart(std::int64_t start)
+{
+    return "the machine was started at " + ExactTimeText(Core::Time::FromNanoseconds(start), 3) +
+           ", and when it went down before, and whether it ran meanwhile, is not known";
 }
 
 bool Tellable(const SPast& past, std::int64_t time, std::size_t after, std::string& problem)
@@ -247,12 +258,17 @@ bool StateAt(const SPast& past, std::int64_t time, SPastState& state, std::strin
         state.notes.push_back("the clock was set back meanwhile, so there were " +
                               std::to_string(moment.Count()) +
                               " such times; this is the last one of which the journal is sure");
-    if (JustRestarted(past, after, time))
-        return true;
+    const EBetween around = WhatIsBetween(past, after - 1);
+    const bool started = around != ebNothing && time >= StartBefore(past, after);
+    if (started && around == ebRestart)
+        return true; // nothing has been raised anew
+    if (!started && around != ebNothing)
+        state.notes.push_back(NoteOfStart(StartBefore(past, after)));
     const CLookUp lookUp(past, after);
     for (const ErrorId& id : lookUp.Errors())
     {
-        const EKnown known = lookUp.Of(id);
+        const EKnown found = lookUp.Of(id);
+        const EKnown known = started && found == ekActive ? ekNo : found;
         if (known == ekActive)
             state.active.push_back({id, lookUp.RaisedTime(id)});
         else if (known == ekNo)

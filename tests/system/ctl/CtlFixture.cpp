@@ -134,6 +134,17 @@ SFinished CtlTest::Bare(const std::vector<std::string>& arguments)
     return {status, program.Output(), program.Errors()};
 }
 
+std::string WithoutTimes(std::string text)
+{
+    const std::size_t length = std::string("2026-03-01T17:05:09+00:00").size();
+    for (std::size_t at = text.find("20"); at != std::string::npos; at = text.find("20", at + 1))
+    {
+        if (text.size() >= at + length && text[at + 10] == 'T' && text[at + 19] == '+')
+            text.replace(at, length, "TIME");
+    }
+    return text;
+}
+
 std::string KeysOf(const Json& object)
 {
     std::string keys;

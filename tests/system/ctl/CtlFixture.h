@@ -88,6 +88,9 @@ private:
     std::unique_ptr<Faultkeeper::CErrorDatabaseView> m_owner;
 };
 
+/// The text with "TIME" in place of each time to the second.
+std::string WithoutTimes(std::string text);
+
 /// Keys of an object in their order, joined by blanks.
 std::string KeysOf(const Json& object);
 

@@ -26,17 +26,6 @@ constexpr const char* kTreeKeys = "id problemCode problemType title shortTitle s
                                   "clearedSeconds counter1 counter2 stateKey friendlyCode visible fullScreen "
                                   "forceShutdown includeServiceNumber "
                                   "shouldBeep shouldBeepIfGuiding";
-
-std::string WithoutTimes(std::string text)
-{
-    const std::size_t length = std::string("2026-03-01T17:05:09+00:00").size();
-    for (std::size_t at = text.find("20"); at != std::string::npos; at = text.find("20", at + 1))
-    {
-        if (text.size() >= at + length && text[at + 10] == 'T' && text[at + 19] == '+')
-            text.replace(at, length, "TIME");
-    }
-    return text;
-}
 } // namespace
 
 TEST_F(DisplayCommands, ListSaysSoIfNothingIsActive)

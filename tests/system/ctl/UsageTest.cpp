@@ -10,8 +10,9 @@ class Usage : public CtlTest
 {
 };
 
-const char* const kCommands[] = {"raise",     "clear",  "status",  "list",    "history", "watch", "active",
-                                 "hierarchy", "decode", "symbols", "strings", "tree",    "table", "key"};
+const char* const kCommands[] = {"raise",   "clear",  "status",    "list",   "history",
+                                 "watch",   "active", "hierarchy", "decode", "symbols",
+                                 "strings", "tree",   "table",     "key",    "check"};
 } // namespace
 
 TEST_F(Usage, VersionIsTold)

@@ -5,6 +5,8 @@
 #include <Core/IO/XMLDocument.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 namespace Faultkeeper::Apps
 {
@@ -64,6 +66,12 @@ void ReadTop(const CElement& top, SConfigurationModel& model, CFindings& finding
     if (lists == 0)
         findings.Warning(top.Place(), "there is no \"Patterns\" here: no tree gets a friendly code");
 }
+
+bool IsAbsent(const std::string& path)
+{
+    std::error_code ignored;
+    return std::filesystem::symlink_status(path, ignored).type() == std::filesystem::file_type::not_found;
+}
 } // namespace
 
 void ReadPatterns(const std::string& prefix, SConfigurationModel& model, CFindings& findings)
@@ -72,15 +80,16 @@ void ReadPatterns(const std::string& prefix, SConfigurationModel& model, CFindin
     Core::IO::XMLDocument document(true);
     SParseFailure failure;
     const bool read = ParseRegularFile(document, path, failure);
-    if (!read && failure.line == 0 && !model.listed)
+    const bool absent = !read && IsAbsent(path);
+    if (absent && !model.listed)
         return; // there is no configuration here at all
     findings.Examine(path);
     if (read)
         ReadTop(CElement(PatternsForm(), path, document.RootNode().Children().front()), model, findings);
-    else if (failure.line == 0)
+    else if (absent)
         findings.Warning({path}, failure.reason + ": no tree gets a friendly code");
     else
-        findings.Error({path, failure.line, failure.column}, failure.reason);
+        findings.Error({path, std::max(failure.line, 1), std::max(failure.column, 1)}, failure.reason);
 }
 
 } // namespace Faultkeeper::Apps

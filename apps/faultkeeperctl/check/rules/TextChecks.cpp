@@ -1,6 +1,5 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
-#include "common/TypedText.h"
 #include "faultkeeperctl/text/TextWidth.h"
 
 #include <algorithm>
@@ -19,7 +18,8 @@ constexpr const char* kTitle = "title";
 std::string MarkupIn(const std::string& text)
 {
     // no part of it may be tried again and again: texts come from outside and may be long
-    static const std::regex markup("</?[A-Za-z][A-Za-z0-9]{0,20}[ ]?/?>|&#?[A-Za-z0-9]{1,10};|\\\\[nrt]");
+    static const std::regex markup(
+        "</?[A-Za-z][A-Za-z0-9]{0,20}[ ]?/?>|&(#x?[0-9A-Fa-f]{1,6}|[A-Za-z][A-Za-z0-9]{1,9});|\\\\[nrt]");
     std::smatch match;
     return std::regex_search(text, match, markup) ? match.str() : "";
 }
@@ -46,8 +46,8 @@ void CheckText(const std::string& type, const STextModel& text, int lineWidth, C
     if (!text.text.empty() && IsBlank(text.text))
         findings.Warning(text.place, name + " has nothing but blanks in it");
     if (!markup.empty())
-        findings.Warning(text.place,
-                         name + " has markup in it, which screens show as it stands: " + QuotedTyped(markup));
+        findings.Warning(text.place, name + " has markup in it, which screens show as it stands: " + "\"" +
+                                         markup + "\"");
     if (width > lineWidth)
         findings.Warning(text.place, name + " is " + std::to_string(width) + " columns wide, a line has " +
                                          std::to_string(lineWidth));

@@ -46,7 +46,7 @@ void Warn(const SPastState& state, const CErrorDatabase& database)
     for (const std::string& note : state.notes)
         std::fprintf(stderr, "faultkeeperctl: %s\n", note.c_str());
     for (const ErrorId& id : state.unknown)
-        std::fprintf(stderr, "faultkeeperctl: %s may have been active: the journal does not go back so far\n",
+        std::fprintf(stderr, "faultkeeperctl: %s may have been active: the journal does not tell\n",
                      Name(id).c_str());
     for (const SPastError& error : state.active)
     {

@@ -1,0 +1,57 @@
+#include "CheckCase.h"
+
+namespace
+{
+
+using namespace CheckCases;
+
+// What drivers read.
+const SCheckCase kTextCases[] = {
+    {"AVisibleErrorWithoutTitle",
+     {{kPositioning, "        <Text type=\"title\" text=\"No Satellites\"/>\n", ""}},
+     "positioning.xml:4:7: warning: this \"Error\" is visible but has no text \"title\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextOfBlanks",
+     {{kCan, "\"Check the fuse.\"", "\"  \""}},
+     "can.xml:7:31: warning: the text \"solution\" has nothing but blanks in it\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithATag",
+     {{kCan, "\"Check the fuse.\"", "\"Check the &lt;b>fuse&lt;/b>.\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<b>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithAnEntity",
+     {{kCan, "\"Check the fuse.\"", "\"Plug &amp;amp; fuse.\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"&amp;\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithANumberedEntity",
+     {{kCan, "\"Check the fuse.\"", "\"22 &amp;#176;C\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"&#176;\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithAnEscape",
+     {{kCan, "\"Check the fuse.\"", "\"Check the fuse.\\nThen wait.\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"\\n\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextTooLongForALine",
+     {},
+     "positioning.xml:7:31: warning: the text \"solution\" is 32 columns wide, a line has 31\n"
+     "0 errors, 1 warning in 4 files\n",
+     31},
+    {"ATextWithALineTooLong",
+     {{kCan, "\"Check the fuse.\"", "\"Check the fuse.&#10;Write down all that was found there.\""}},
+     "can.xml:7:31: warning: the text \"solution\" is 36 columns wide, a line has 32\n"
+     "0 errors, 1 warning in 4 files\n",
+     32},
+    {"AWideText",
+     {{kCan, "\"Check the fuse.\"", "\"電源が入っているか確認してください。\""}},
+     "can.xml:7:31: warning: the text \"solution\" is 36 columns wide, a line has 33\n"
+     "0 errors, 1 warning in 4 files\n",
+     33},
+};
+
+INSTANTIATE_TEST_SUITE_P(Text, CheckTest, testing::ValuesIn(kTextCases), NameOf);
+
+} // namespace
