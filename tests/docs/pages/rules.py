@@ -96,7 +96,7 @@ class _Programs:
 def _test_names(project):
     """Names as ctest has them, but for what parameters add."""
     names = {"page_" + re.sub(r"[/.]", "_", str(page.relative_to(project))) for page in project.glob("docs/*.md")}
-    for file in project.glob("tests/**/*"):
+    for file in [*project.glob("tests/**/*"), *project.glob("config/**/CMakeLists.txt")]:
         if file.suffix == ".cpp":
             found = re.findall(r"\bTEST(?:_[FP])?\((\w+),\s*(\w+)\)", file.read_text())
             names |= {f"{suite}.{name}" for suite, name in found}
