@@ -45,10 +45,10 @@ void AddCheck(CCommandLine& commandLine)
         "check", "Check a configuration and tell all that is wrong with it at once",
         "Reads FaultkeeperConfig.xml, the modules that it lists and ErrorPatterns.xml, and prints a line for "
         "each\n"
-        "finding, \"file:line:column: error: text\", or \"warning\". An error keeps programs from using the\n"
-        "configuration or a part of it. Behind one over which programs would end, there is the rule that\n"
-        "they name when they do. A warning is about what they take without a word, but\n"
-        "somebody may have meant otherwise. Without a DIR it is the one of --config. Needs no owner.\n"
+        "finding: \"file:line:column: error: text\", or \"warning\". An error keeps programs from using the\n"
+        "configuration or a part of it; if they would end over it, the rule that they name then stands behind\n"
+        "it. A warning is about what they take without a word, although somebody may have meant otherwise.\n"
+        "Without a DIR it is the configuration of --config. Needs no owner.\n"
         "Exit status: 0 nothing found; 1 errors or warnings; 2 usage.\n"
         "Example: faultkeeperctl check config/example",
         [arguments](const SSettings& settings) { return Check(settings, *arguments); });

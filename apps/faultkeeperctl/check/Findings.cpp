@@ -65,9 +65,9 @@ void CFindings::BrokenRule(const SPlace& place, const SConfigurationRule& rule, 
     finding.loadOrder = ++m_brokenRules;
 }
 
-void CFindings::ErrorAcross(const SPlace& place, const SMessage& message)
+void CFindings::ErrorAcross(const SPlace& place, const std::string& text)
 {
-    Add(true, place, message).acrossFiles = true;
+    Add(true, place, SMessage{text}).acrossFiles = true;
 }
 
 std::vector<SCheckFinding> CFindings::InOrder() const

@@ -29,13 +29,8 @@ std::string PlaceText(const SPlace& place);
 /// What is told, and what was probably meant.
 struct SMessage
 {
-    SMessage(const char* what) : text(what) {}
-    SMessage(std::string what, std::string meant = "") : text(std::move(what)), suggestion(std::move(meant))
-    {
-    }
-
-    std::string text;       ///< with the suggestion
-    std::string suggestion; ///< "" if there is none
+    std::string text;         ///< with the suggestion
+    std::string suggestion{}; ///< "" if there is none
 };
 
 /// "unknown <what> "typed"<consequence>; did you mean "name"?", the question only if a name comes near.
@@ -64,14 +59,19 @@ public:
     std::size_t FileCount() const { return m_ranks.size(); }
 
     void Add(const SConfigurationFinding& finding);
-    void Error(const SPlace& place, const SMessage& message) { Add(true, place, message); }
+    void Error(const SPlace& place, const std::string& text) { Add(true, place, SMessage{text}); }
+    void Warning(const SPlace& place, const std::string& text) { Add(false, place, SMessage{text}); }
     void Warning(const SPlace& place, const SMessage& message) { Add(false, place, message); }
 
     /// To be called in the order in which the library meets the rules.
     void BrokenRule(const SPlace& place, const SConfigurationRule& rule, const SMessage& message);
+    void BrokenRule(const SPlace& place, const SConfigurationRule& rule, const std::string& text)
+    {
+        BrokenRule(place, rule, SMessage{text});
+    }
 
     /// An error that no file has on its own.
-    void ErrorAcross(const SPlace& place, const SMessage& message);
+    void ErrorAcross(const SPlace& place, const std::string& text);
 
     /// File by file, in each by position, and those across files at the end; nothing twice.
     std::vector<SCheckFinding> InOrder() const;

@@ -9,6 +9,7 @@
 #include <Core/IO/XMLDocument.h>
 #include <Core/IO/XMLNode.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -36,7 +37,7 @@ void SetText(CError& newError, const Core::IO::XMLNode& textNode)
     for (const STextForm& form : kTextForms)
     {
         if (textType == form.type)
-            (newError.*form.set)(textContent);
+            std::invoke(form.set, newError, textContent);
     }
 }
 
@@ -45,7 +46,7 @@ void RequireTexts(const CError& newError)
     for (const STextForm& form : kTextForms)
     {
         if (form.required != nullptr)
-            Require(!(newError.*form.get)().empty(), *form.required);
+            Require(!std::invoke(form.get, newError).empty(), *form.required);
     }
 }
 

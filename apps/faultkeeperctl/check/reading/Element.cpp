@@ -90,7 +90,7 @@ std::vector<std::string> AttributeNames(const SElementForm& element)
 SMessage StrangeFlag(const std::string& name, const std::string& value)
 {
     if (value == kFlagOn || value == kFlagOff)
-        return "";
+        return {};
     const std::string nearest = NearestName(value, {kFlagOn, kFlagOff});
     return {Quoted(name) + " is " + QuotedTyped(value) + ", which counts as " + Quoted(kFlagOff) +
                 (nearest.empty() ? ": write " + Quoted(kFlagOn) + " or " + Quoted(kFlagOff)

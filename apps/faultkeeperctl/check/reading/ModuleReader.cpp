@@ -48,7 +48,7 @@ SNameRead ReadName(const CElement& element, const char* attribute, const std::st
     if (value >= 0)
         return {value, true};
     const SMessage message =
-        name.empty() ? SMessage(element.Lacks(attribute)) : UnknownName(what, name, NamesOf(names));
+        name.empty() ? SMessage{element.Lacks(attribute)} : UnknownName(what, name, NamesOf(names));
     findings.BrokenRule(element.Place(attribute), rule, message);
     return {ValueIn(names, message.suggestion), false};
 }

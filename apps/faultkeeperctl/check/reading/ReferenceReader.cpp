@@ -41,11 +41,11 @@ typedef std::function<void(const SConfigurationRule&, const SMessage&)> Tell;
 bool Split(const std::string& text, std::vector<std::string>& fields, const Tell& tell)
 {
     if (!Core::Utilities::SplitString(text, ":", fields, 0))
-        tell(kTriggerIdSplits, "the id " + QuotedTyped(text) + " cannot be split at its colons");
+        tell(kTriggerIdSplits, SMessage{"the id " + QuotedTyped(text) + " cannot be split at its colons"});
     else if (fields.size() != kModeField + 1)
-        tell(kTriggerIdHasFourFields, "the id " + QuotedTyped(text) + " has " +
-                                          std::to_string(fields.size()) +
-                                          (fields.size() == 1 ? " field: " : " fields: ") + kFormHint);
+        tell(kTriggerIdHasFourFields,
+             SMessage{"the id " + QuotedTyped(text) + " has " + std::to_string(fields.size()) +
+                      (fields.size() == 1 ? " field: " : " fields: ") + kFormHint});
     else
         return true;
     return false;
@@ -89,7 +89,6 @@ void CheckMode(const std::string& field, SReference& reference, CFindings& findi
     if (IsPlainNumber(field))
         return;
     reference.doubtful = true;
-    const std::string read = ", which is read as " + std::to_string(reference.id.second);
     const std::string nearest = NearestName(field, NamesOf(FailureModeNames()));
     std::string number;
     for (const SNamedValue& mode : FailureModeNames())
@@ -97,10 +96,11 @@ void CheckMode(const std::string& field, SReference& reference, CFindings& findi
         if (mode.name == nearest)
             number = std::to_string(mode.value);
     }
+    const std::string question = number.empty() ? "" : "; did you mean \"" + number + "\"?";
     findings.Warning(reference.place,
-                     {"the failure mode in an id is a number, but here it is " + QuotedTyped(field) + read +
-                          (number.empty() ? "" : "; did you mean \"" + number + "\"?"),
-                      number});
+                     SMessage{"the failure mode in an id is a number, but here it is " + QuotedTyped(field) +
+                                  ", which is read as " + std::to_string(reference.id.second) + question,
+                              number});
 }
 
 SReference Begun(const CElement& element)
@@ -125,7 +125,7 @@ SReference ReadTriggerReference(const CElement& element, CFindings& findings)
     { findings.BrokenRule(reference.place, rule, message); };
     std::vector<std::string> fields;
     if (reference.text.empty())
-        tell(kTriggerHasId, element.Lacks(kId));
+        tell(kTriggerHasId, SMessage{element.Lacks(kId)});
     else if (Split(reference.text, fields, tell))
     {
         ReadNames(fields, reference, tell);

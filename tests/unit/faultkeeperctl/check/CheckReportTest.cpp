@@ -1,6 +1,6 @@
 #include "faultkeeperctl/check/CheckReport.h"
 
-#include "CheckCase.h"
+#include "cases/CheckCase.h"
 
 #include "support/FreshDirectory.h"
 

@@ -2,7 +2,7 @@
 
 #include "common/ErrorNames.h"
 
-#include "CheckCase.h"
+#include "cases/CheckCase.h"
 
 #include "support/ConfigurationBuilder.h"
 #include "support/FreshDirectory.h"

@@ -1,7 +1,5 @@
 #include "CheckCase.h"
 
-#include "faultkeeperctl/check/CheckReport.h"
-
 #include "support/FreshDirectory.h"
 
 #include <map>
@@ -107,15 +105,6 @@ void WriteEdited(const std::string& prefix, const std::vector<SEdit>& edits)
         Apply(edit, files);
     for (const auto& file : files)
         Support::WriteFile(prefix + file.first, file.second);
-}
-
-TEST_P(CheckTest, TellsAllThatIsWrong)
-{
-    const Support::CFreshDirectory directory;
-    const Support::CWorkingDirectory inside(directory.Path());
-    WriteEdited("", GetParam().edits);
-    EXPECT_EQ(Faultkeeper::Apps::CheckText(Faultkeeper::Apps::CheckConfiguration("", GetParam().lineWidth)),
-              GetParam().expected);
 }
 
 } // namespace CheckCases
