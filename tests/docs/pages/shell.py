@@ -7,7 +7,7 @@ import subprocess
 import time
 import uuid
 
-PATIENCE = 120  # seconds for one command, in an emulator on a busy machine; each takes a fraction of one
+PATIENCE = 300  # seconds for one command, in an emulator on a busy machine; each takes a fraction of one
 
 _MARK_FUNCTION = "faultkeeper_mark() { local status=$?; printf '\\n%s %d\\n' \"$1\" $status; return $status; }\n"
 
