@@ -62,6 +62,7 @@ public:
     std::vector<std::string> UnknownRaised() const;
 
 private:
+    ETableState RefreshTelling();
     void FollowTable();
     bool CopyRecords();
     void CorrectDatabase();

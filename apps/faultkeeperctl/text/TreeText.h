@@ -17,11 +17,12 @@ namespace Faultkeeper::Apps
 std::vector<std::string> TreeFlags(const SErrorTree& tree);
 
 /// A tree as a technician reads it: a headline with number, title and severity, then labelled lines.
-/// @param number  shown in front of the title
-std::string TreeText(const SErrorTree& tree, int number, int width);
+/// @param number    shown in front of the title
+/// @param coloured  with escapes for a terminal
+std::string TreeText(const SErrorTree& tree, int number, int width, bool coloured = false);
 
 /// All trees with an empty line between them, below a line that counts them.
-std::string TreesText(const std::vector<SErrorTree>& trees, int width);
+std::string TreesText(const std::vector<SErrorTree>& trees, int width, bool coloured = false);
 
 } // namespace Faultkeeper::Apps
 
