@@ -2,6 +2,8 @@
 
 #include "common/NearestName.h"
 #include "common/TypedText.h"
+#include "faultkeeperctl/text/HelpText.h"
+#include "faultkeeperctl/text/TextWidth.h"
 
 #include <Faultkeeper/Version.h>
 
@@ -188,7 +190,7 @@ int CCommandLine::Run(int argumentCount, const char* const* arguments)
     {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
         {
-            m_app->exit(error); // prints help or version
+            Answer(error);
             return Finished(epsDone);
         }
         TellFailure(CFailure(epsUsage, Misunderstood(error)), json);
@@ -204,6 +206,15 @@ int CCommandLine::Run(int argumentCount, const char* const* arguments)
         TellFailure(CFailure(epsNo, error.what()), json);
         return epsNo;
     }
+}
+
+// Prints help or version.
+void CCommandLine::Answer(const CLI::ParseError& error) const
+{
+    if (dynamic_cast<const CLI::CallForHelp*>(&error) != nullptr)
+        std::cout << FittedHelp(m_app->help(), OutputWidth());
+    else
+        m_app->exit(error);
 }
 
 // What is wrong with the command line, with the nearest right name of an option or a command.

@@ -3,6 +3,7 @@
 #include "common/ConfigurationFingerprint.h"
 #include "common/ErrorNames.h"
 #include "faultkeeperctl/owner/OwnerStatistics.h"
+#include "faultkeeperctl/text/Progress.h"
 #include "faultkeeperctl/text/TimeText.h"
 
 #include <Faultkeeper/ErrorPresentation.h>
@@ -85,9 +86,15 @@ void CDisplay::Wait(int timeoutMilliseconds)
         poll(nullptr, 0, timeoutMilliseconds);
 }
 
+ETableState CDisplay::RefreshTelling()
+{
+    const CProgress progress("waiting for the table's lock");
+    return Refresh();
+}
+
 void CDisplay::RequirePicture()
 {
-    if (Refresh() != etsReady)
+    if (RefreshTelling() != etsReady)
         throw CFailure(StatusOf(m_facts.state), StateText(m_facts, m_settings.runDirectory));
     WarnOfOtherConfiguration();
 }

@@ -68,6 +68,7 @@ public:
     std::vector<std::string> UnknownRaised() const;
 
 private:
+    ETableState RefreshTelling();
     void FollowTable();
     bool CopyRecords();
     void CorrectDatabase();

@@ -4,6 +4,7 @@
 #include "common/RunDirectory.h"
 #include "common/TypedText.h"
 #include "faultkeeperctl/json/Json.h"
+#include "faultkeeperctl/text/Progress.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 
@@ -125,6 +126,7 @@ std::unique_ptr<CErrorDatabase> LoadConfiguration(const SSettings& settings, con
 {
     CheckFiles(settings.configuration, instead);
     const CBrokenRuleScope scope(instead, settings.json);
+    const CProgress progress("loading the configuration");
     return std::make_unique<CErrorDatabase>(settings.configuration);
 }
 

@@ -6,6 +6,7 @@
 #include "faultkeeperctl/json/DisplayDocuments.h"
 #include "faultkeeperctl/strings/LocalisedStrings.h"
 #include "faultkeeperctl/strings/Translation.h"
+#include "faultkeeperctl/text/Colour.h"
 #include "faultkeeperctl/text/TextWidth.h"
 #include "faultkeeperctl/text/TreeText.h"
 
@@ -52,7 +53,7 @@ EProgramStatus List(const SSettings& settings, const std::string& strings)
     if (settings.json)
         PrintDocument(PictureDocument(display, trees));
     else
-        std::cout << TreesText(trees, OutputWidth());
+        std::cout << TreesText(trees, OutputWidth(), ethAll, ColoursWanted());
     return epsDone;
 }
 } // namespace

@@ -4,6 +4,7 @@
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/ConfiguredErrors.h"
 #include "faultkeeperctl/json/Json.h"
+#include "faultkeeperctl/text/Progress.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/FaultkeeperAPI.h>
@@ -152,10 +153,16 @@ bool Send(const SRequest& request, const ErrorId& id)
     return false;
 }
 
+bool SendTelling(const SRequest& request, const ErrorId& id)
+{
+    const CProgress progress("waiting for the owner");
+    return Send(request, id);
+}
+
 EProgramStatus Report(const SSettings& settings, const SRequest& request)
 {
     const ErrorId id = CheckedId(settings, request.id);
-    const bool acknowledged = Send(request, id);
+    const bool acknowledged = SendTelling(request, id);
     if (settings.json)
     {
         Json document = IdDocument(id.first, id.second);

@@ -3,6 +3,7 @@
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/json/Json.h"
 #include "faultkeeperctl/owner/OwnerStatistics.h"
+#include "faultkeeperctl/text/Progress.h"
 #include "faultkeeperctl/text/TextTable.h"
 #include "faultkeeperctl/text/TextWidth.h"
 
@@ -35,10 +36,16 @@ Json Document(const SOwnerStatistics& statistics)
     return document;
 }
 
+EOwnerAnswer AskTelling(SOwnerStatistics& statistics)
+{
+    const CProgress progress("waiting for the owner");
+    return AskOwner(kPatience, statistics);
+}
+
 EProgramStatus Statistics(const SSettings& settings)
 {
     SOwnerStatistics statistics;
-    const EOwnerAnswer answer = AskOwner(kPatience, statistics);
+    const EOwnerAnswer answer = AskTelling(statistics);
     if (answer == eoaNobody)
         throw CFailure(epsNoOwner, "no owner: nobody listens on port 5300 of this machine");
     if (answer == eoaSilent)

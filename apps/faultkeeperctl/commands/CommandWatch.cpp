@@ -4,14 +4,13 @@
 #include "faultkeeperctl/Display.h"
 #include "faultkeeperctl/following/Ending.h"
 #include "faultkeeperctl/json/DisplayDocuments.h"
+#include "faultkeeperctl/text/Colour.h"
 #include "faultkeeperctl/text/TextWidth.h"
 #include "faultkeeperctl/text/TreeText.h"
 
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <cstring>
 #include <iostream>
 #include <thread>
 
@@ -30,18 +29,10 @@ std::string PictureText(const CDisplay& display, const SSettings& settings)
     std::string text;
     if (display.Facts().state != etsReady)
         text = StateText(display.Facts(), settings.runDirectory) + "\nLast seen:\n\n";
-    text += TreesText(display.Trees(), OutputWidth());
+    text += TreesText(display.Trees(), OutputWidth(), ethAll, ColoursWanted());
     for (const std::string& name : display.UnknownRaised())
         text += "\n" + name + " is raised, but this configuration does not define it\n";
     return text;
-}
-
-// Terminals that know no escapes say so.
-bool CanClearScreen()
-{
-    const char* const terminal = std::getenv("TERM");
-    return isatty(STDOUT_FILENO) != 0 && terminal != nullptr && *terminal != '\0' &&
-           std::strcmp(terminal, "dumb") != 0;
 }
 
 void Write(const CDisplay& display, const SSettings& settings, bool first)
@@ -51,7 +42,7 @@ void Write(const CDisplay& display, const SSettings& settings, bool first)
         PrintLine(PictureDocument(display));
         return;
     }
-    if (CanClearScreen())
+    if (TerminalKnowsEscapes())
         std::cout << kClearScreen;
     else if (!first)
         std::cout << kSeparator;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <string_view>
 
 namespace Faultkeeper::Apps
 {
@@ -12,9 +13,9 @@ namespace
 {
 typedef std::vector<std::string> Groups;
 
-const std::string kLetters = "GHJKLMNPQRSTVWXYZ"; // a letter's place is its value
-const std::string kDigits = "0123456789ABCDEF";
-const std::string kBetween = " \t\r\n-";
+constexpr std::string_view kLetters = "GHJKLMNPQRSTVWXYZ"; // a letter's place is its value
+constexpr std::string_view kDigits = "0123456789ABCDEF";
+constexpr std::string_view kBetween = " \t\r\n-";
 constexpr std::size_t kPrime = 17;
 constexpr std::size_t kDataLetters = kPhoneGroupLetters - 1;
 constexpr std::size_t kPlaceMark = 7;
@@ -206,10 +207,10 @@ SPhoneReading ReadPhoneKey(const std::string& typed)
 bool LooksLikePhoneKey(const std::string& typed)
 {
     const std::string bare = BareKey(typed);
-    const auto holds = [&bare](const std::string& characters)
+    const auto holds = [&bare](std::string_view characters)
     {
         return std::count_if(bare.begin(), bare.end(),
-                             [&characters](char c) { return characters.find(c) != std::string::npos; });
+                             [characters](char c) { return characters.find(c) != std::string::npos; });
     };
     return holds(kLetters) > holds(kDigits);
 }

@@ -10,7 +10,7 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-constexpr const char* kShortDetails = "    ";
+constexpr const char* kMargin = "    ";
 
 std::string What(const STextFinding& finding)
 {
@@ -38,7 +38,7 @@ std::string Detail(const std::string& label, const std::string& text)
     for (std::size_t start = 0; start <= text.size();)
     {
         const std::size_t end = std::min(text.find('\n', start), text.size());
-        detail += kShortDetails + (start == 0 ? label : std::string(label.size(), ' ')) +
+        detail += kMargin + (start == 0 ? label : std::string(label.size(), ' ')) +
                   WithoutControls(text.substr(start, end - start)) + "\n";
         start = end + 1;
     }

@@ -1,6 +1,7 @@
 #include "faultkeeperctl/text/TreeText.h"
 
 #include "common/ErrorNames.h"
+#include "faultkeeperctl/text/Colour.h"
 #include "faultkeeperctl/text/TextTable.h"
 #include "faultkeeperctl/text/TextWidth.h"
 #include "faultkeeperctl/text/TimeText.h"
@@ -26,7 +27,7 @@ std::string Joined(const std::vector<std::string>& parts)
     return text;
 }
 
-std::string Headline(const SErrorTree& tree, int number, int width)
+std::string Headline(const SErrorTree& tree, int number, int width, bool coloured)
 {
     const std::string severity = TranslateSeverity(static_cast<EErrorSeverity>(tree.severity));
     const std::string beginning = "[" + std::to_string(number) + "] ";
@@ -34,9 +35,11 @@ std::string Headline(const SErrorTree& tree, int number, int width)
     std::string title = tree.title.empty() ? tree.shortTitle : tree.title;
     std::replace(title.begin(), title.end(), '\n', ' ');
     const std::vector<std::string> lines = Wrapped(title, room);
-    std::string text = beginning + Padded(lines.front(), room) + "  " + severity + "\n";
+    const auto bold = [coloured](const std::string& line) { return coloured ? Bold(line) : line; };
+    std::string text = beginning + bold(Padded(lines.front(), room)) + "  " +
+                       (coloured ? InSeverityColour(severity, tree.severity) : severity) + "\n";
     for (std::size_t i = 1; i < lines.size(); ++i)
-        text += std::string(beginning.size(), ' ') + lines[i] + "\n";
+        text += std::string(beginning.size(), ' ') + bold(lines[i]) + "\n";
     return text;
 }
 
@@ -63,11 +66,11 @@ std::vector<std::string> TreeFlags(const SErrorTree& tree)
     return flags;
 }
 
-std::string TreeText(const SErrorTree& tree, int number, int width, ETreeHistory history)
+std::string TreeText(const SErrorTree& tree, int number, int width, ETreeHistory history, bool coloured)
 {
     const auto field = [width](const char* label, const std::string& value)
     { return value.empty() ? "" : FieldText(label, {value}, width); };
-    return Headline(tree, number, width) + field("Short", tree.shortTitle) +
+    return Headline(tree, number, width, coloured) + field("Short", tree.shortTitle) +
            FieldText("Problem", tree.problems, width) + FieldText("Solution", tree.solutions, width) +
            (history == ethAll ? field("Raised", TimeOrNever(tree.raisedTime)) +
                                     field("Cleared", TimeOrNever(tree.clearedTime))
@@ -79,7 +82,7 @@ std::string TreeText(const SErrorTree& tree, int number, int width, ETreeHistory
            field("Display", Joined(TreeFlags(tree)));
 }
 
-std::string TreesText(const std::vector<SErrorTree>& trees, int width, ETreeHistory history)
+std::string TreesText(const std::vector<SErrorTree>& trees, int width, ETreeHistory history, bool coloured)
 {
     if (trees.empty())
         return "No active faults.\n";
@@ -87,7 +90,7 @@ std::string TreesText(const std::vector<SErrorTree>& trees, int width, ETreeHist
         trees.size() == 1 ? "1 active fault\n" : std::to_string(trees.size()) + " active faults\n";
     int number = 0;
     for (const SErrorTree& tree : trees)
-        text += "\n" + TreeText(tree, ++number, width, history);
+        text += "\n" + TreeText(tree, ++number, width, history, coloured);
     return text;
 }
 

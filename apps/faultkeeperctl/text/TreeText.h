@@ -25,11 +25,14 @@ enum ETreeHistory : int
 };
 
 /// A tree as a technician reads it: a headline with number, title and severity, then labelled lines.
-/// @param number  shown in front of the title
-std::string TreeText(const SErrorTree& tree, int number, int width, ETreeHistory history = ethAll);
+/// @param number    shown in front of the title
+/// @param coloured  with escapes for a terminal
+std::string TreeText(const SErrorTree& tree, int number, int width, ETreeHistory history = ethAll,
+                     bool coloured = false);
 
 /// All trees with an empty line between them, below a line that counts them.
-std::string TreesText(const std::vector<SErrorTree>& trees, int width, ETreeHistory history = ethAll);
+std::string TreesText(const std::vector<SErrorTree>& trees, int width, ETreeHistory history = ethAll,
+                      bool coloured = false);
 
 } // namespace Faultkeeper::Apps
 

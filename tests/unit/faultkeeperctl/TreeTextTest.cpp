@@ -103,3 +103,13 @@ TEST_F(TreeTextTest, CountsTrees)
     EXPECT_EQ(TreesText({Tree(), Tree()}, 80),
               "2 active faults\n\n" + TreeText(Tree(), 1, 80) + "\n" + TreeText(Tree(), 2, 80));
 }
+
+TEST_F(TreeTextTest, ColoursTitleAndSeverityAndKeepsTheirColumns)
+{
+    const std::string text = TreeText(Tree(), 1, 40, ethAll, true);
+    EXPECT_EQ(text.substr(0, text.find('\n')),
+              "[1] \x1b[1mHöhe unbekannt                \x1b[0m  \x1b[31mHigh\x1b[0m");
+    Faultkeeper::SErrorTree strange = Tree();
+    strange.severity = -1;
+    EXPECT_EQ(TreeText(strange, 1, 40, ethAll, true).find("\x1b[3"), std::string::npos);
+}
