@@ -7,6 +7,8 @@
 
 #include <sys/stat.h>
 
+#include <csignal>
+
 using namespace Support;
 using namespace Faultkeeper;
 using testing::HasSubstr;
@@ -66,6 +68,16 @@ TEST_F(StoreTrouble, AStoreThatCannotBeWrittenStopsNoReportAndIsUsedAsSoonAsItCa
     EXPECT_EQ(Record(kLinkSensor).counter1, 10);
     EXPECT_EQ(Record(kDataSensor).counter1, 1);
     EXPECT_EQ(Record(kDataSensor).flags, 0);
+}
+
+TEST_F(StoreTrouble, APipeInPlaceOfAStoreIsNotWaitedFor)
+{
+    const std::string pipe = m_directory.File("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const auto owner = StartOwner({"--state", pipe});
+    EXPECT_THAT(owner->Errors(), HasSubstr("cannot be used: it is not a regular file"));
+    owner->Process().Signal(SIGTERM);
+    EXPECT_EQ(owner->Wait(), 0);
 }
 
 TEST_F(StoreTrouble, AStoreThatAnotherOwnerHasIsLeftAlone)
