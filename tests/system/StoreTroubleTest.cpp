@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/shm.h>
 #include <sys/stat.h>
 
 #include <csignal>
@@ -78,6 +79,20 @@ TEST_F(StoreTrouble, APipeInPlaceOfAStoreIsNotWaitedFor)
     EXPECT_THAT(owner->Errors(), HasSubstr("cannot be used: it is not a regular file"));
     owner->Process().Signal(SIGTERM);
     EXPECT_EQ(owner->Wait(), 0);
+}
+
+TEST_F(StoreTrouble, AnotherProgramsSharedMemoryIsLeftAsItIs)
+{
+    const int segment = shmget(m_directory.Key(), 20000, IPC_CREAT | IPC_EXCL | 0600);
+    ASSERT_NE(segment, -1);
+    auto* const bytes = static_cast<unsigned char*>(shmat(segment, nullptr, 0));
+    bytes[0] = 77;
+    const auto owner = RunOwner({"--config", Configuration(), "--run-dir", m_directory.Path()});
+    EXPECT_EQ(owner->Wait(), 1);
+    EXPECT_EQ(owner->Errors(), "faultkeeperd: error: the shared memory under the key of " +
+                                   m_directory.Path() + " is not a table of faults, and left as it is\n");
+    EXPECT_EQ(bytes[0], 77);
+    shmdt(bytes);
 }
 
 TEST_F(StoreTrouble, AStoreThatAnotherOwnerHasIsLeftAlone)

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <memory>
 
 namespace Faultkeeper::Apps
 {
@@ -128,7 +129,9 @@ void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& re
 SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& database, const std::string& boot,
                              const std::string& configuration)
 {
-    const std::vector<SErrorEntry> records = FormerRecords(database);
+    const std::unique_ptr<SStatusTable> table = FormerTable();
+    const std::vector<SErrorEntry> records =
+        table == nullptr ? std::vector<SErrorEntry>() : UsableRecords(*table, database);
     const SStoreContents contents = keeper.Open(boot, configuration);
     for (const std::string& dropped : contents.dropped)
         LogWarning("the state store held a damaged row, which is dropped: " + dropped);

@@ -42,13 +42,20 @@ bool MadeBefore(const SSegmentFacts& facts, std::int64_t birth)
     return facts.changed < birth;
 }
 
-std::vector<SErrorEntry> FormerRecords(const CErrorDatabase& database)
+std::unique_ptr<SStatusTable> FormerTable()
 {
     key_t key = -1;
-    if (!TableKey(key) || !SegmentUsable(key) || OlderThanDirectory(FindSegment(key)))
-        return {};
-    const auto table = std::make_unique<SStatusTable>();
-    return CopyTable(FindSegment(key), *table) ? UsableRecords(*table, database) : std::vector<SErrorEntry>();
+    if (!TableKey(key) || !SegmentUsable(key) || ForeignSegment() || OlderThanDirectory(FindSegment(key)))
+        return nullptr;
+    auto table = std::make_unique<SStatusTable>();
+    return CopyTable(FindSegment(key), *table) ? std::move(table) : nullptr;
+}
+
+bool ForeignSegment()
+{
+    key_t key = -1;
+    SSegmentFacts facts;
+    return TableKey(key) && ReadSegmentFacts(FindSegment(key), facts) && facts.bytes != kStatusTableBytes;
 }
 
 void ConfirmTable()

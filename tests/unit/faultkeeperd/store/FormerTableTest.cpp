@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/shm.h>
+
 #include <memory>
 
 using namespace Faultkeeper;
@@ -42,6 +44,13 @@ protected:
         return record;
     }
 
+    /// What a dead owner has left, as far as it is of use.
+    std::vector<SErrorEntry> Records()
+    {
+        const std::unique_ptr<SStatusTable> table = Faultkeeper::Apps::FormerTable();
+        return table == nullptr ? std::vector<SErrorEntry>() : UsableRecords(*table, *m_database);
+    }
+
     std::size_t Usable(const SErrorEntry& record)
     {
         const auto table = std::make_unique<SStatusTable>();
@@ -55,7 +64,7 @@ protected:
 
 TEST_F(FormerTable, WithoutATableThereIsNothing)
 {
-    EXPECT_TRUE(FormerRecords(*m_database).empty());
+    EXPECT_TRUE(Records().empty());
 }
 
 TEST_F(FormerTable, WhatAnOwnerHasLeftIsRead)
@@ -66,7 +75,7 @@ TEST_F(FormerTable, WhatAnOwnerHasLeftIsRead)
         owner.FaultkeeperReady(true);
         owner.RaiseError(0x40C1B, 2);
     }
-    const std::vector<SErrorEntry> records = FormerRecords(*m_database);
+    const std::vector<SErrorEntry> records = Records();
     ASSERT_EQ(records.size(), 2u);
     EXPECT_EQ(records[0].flags, 0);
     EXPECT_EQ(records[1].flags, kRaisedFlag);
@@ -106,7 +115,7 @@ TEST_F(FormerTable, OfADirectoryThatHadTheSameNumberIsNotRead)
         CErrorDatabaseView owner(true, eViewOwner);
         owner.LoadErrors(*m_database);
     }
-    ASSERT_EQ(FormerRecords(*m_database).size(), 2u);
+    ASSERT_EQ(Records().size(), 2u);
     // Some file systems give a directory that is made anew the number of the one before, and some do not.
     std::int64_t birth = 0;
     ASSERT_TRUE(DirectoryBirth(birth));
@@ -132,6 +141,18 @@ TEST_F(FormerTable, CountsAsItsOwnersOnceConfirmed)
     EXPECT_TRUE(Support::WaitUntil(later));
     EXPECT_EQ(after.user, before.user);
     EXPECT_EQ(after.mode, before.mode);
+}
+
+TEST_F(FormerTable, OfAnotherSizeIsAnotherProgramsAndNotRead)
+{
+    EXPECT_FALSE(ForeignSegment()) << "there is none";
+    const int segment = shmget(m_directory.Key(), 20000, IPC_CREAT | IPC_EXCL | 0600);
+    ASSERT_NE(segment, -1);
+    EXPECT_TRUE(ForeignSegment());
+    EXPECT_EQ(Faultkeeper::Apps::FormerTable(), nullptr);
+    shmctl(segment, IPC_RMID, nullptr);
+    const CErrorDatabaseView owner(true, eViewOwner);
+    EXPECT_FALSE(ForeignSegment());
 }
 
 TEST_F(FormerTable, ACountOutOfRangeIsBroughtIntoIt)
