@@ -133,8 +133,6 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
     const std::vector<SErrorEntry> records =
         table == nullptr ? std::vector<SErrorEntry>() : UsableRecords(*table, database);
     const SStoreContents contents = keeper.Open(boot, configuration);
-    for (const std::string& dropped : contents.dropped)
-        LogWarning("the state store held a damaged row, which is dropped: " + dropped);
     if (!contents.configuration.empty() && contents.configuration != configuration)
         LogInfo("the state store is of another configuration; what still exists is kept");
     SFormerState former;

@@ -31,7 +31,7 @@ struct SFormerState
     Core::Time latest; ///< the latest time that a display can have seen; zero if there is none
 };
 
-/// Opens the store and reads it; what it names as damaged is logged. Without a store that knows of this boot,
+/// Opens the store and reads it. Without a store that knows of this boot,
 /// the records that a dead owner has left in the shared table of the working directory are used, which lasts
 /// as long as the machine runs. To be called before a creating view fills that table with zeros.
 ///

@@ -8,6 +8,21 @@
 namespace Faultkeeper::Apps
 {
 
+namespace
+{
+/// In one line: of several that are alike the log would leave out all but one.
+void TellDropped(const SStoreContents& contents)
+{
+    std::string rows;
+    for (const std::string& dropped : contents.dropped)
+        rows += (rows.empty() ? "" : ", ") + dropped;
+    if (!rows.empty())
+        LogWarning((contents.dropped.size() == 1 ? "the state store held a damaged row, which is dropped: "
+                                                 : "the state store held damaged rows, which are dropped: ") +
+                   rows);
+}
+} // namespace
+
 constexpr std::chrono::milliseconds CStateKeeper::kCommitPause;
 constexpr std::chrono::milliseconds CStateKeeper::kRetryPause;
 
@@ -19,6 +34,7 @@ SStoreContents CStateKeeper::Open(const std::string& boot, const std::string& co
     if (Off())
         return contents;
     TryToOpen(esoPatiently, contents, Clock::now());
+    TellDropped(contents);
     Learn(contents);
     return contents;
 }
@@ -196,8 +212,7 @@ void CStateKeeper::OpenAnew(Clock::time_point now)
     SStoreContents contents;
     if (!TryToOpen(esoAtOnce, contents, now))
         return;
-    for (const std::string& dropped : contents.dropped)
-        LogWarning("the state store held a damaged row, which is dropped: " + dropped);
+    TellDropped(contents);
     ForgetStored();
     Settle(contents);
     TellEverything();

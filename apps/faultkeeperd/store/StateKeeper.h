@@ -49,7 +49,7 @@ public:
     /// Opens the store for this boot and configuration, and waits up to two seconds for another process that
     /// uses it. One that is damaged is moved aside and a new one begun. One that can be read and not written,
     /// as on a full disk, is read; writing is tried again later. One that is read only later counts for less
-    /// than what has been kept here since.
+    /// than what has been kept here since. What is damaged in it is logged.
     /// @return what was in it; empty if nothing could be read
     SStoreContents Open(const std::string& boot, const std::string& configuration);
 

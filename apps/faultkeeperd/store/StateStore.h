@@ -82,6 +82,7 @@ private:
     void FindJournalEnd();
     void CheckJournal();
     void BeginBoot();
+    void NameBadTransitions(SStoreContents& contents) const;
     void ReadFacts(SStoreContents& contents);
     void ReadErrors(SStoreContents& contents);
     void ReadSessions(SStoreContents& contents);

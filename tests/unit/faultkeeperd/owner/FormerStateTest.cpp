@@ -168,3 +168,15 @@ TEST_F(FormerState, NamesTheRowsThatCannotBeTrusted)
     EXPECT_EQ(m_said, "faultkeeperd: warning: the state store held a damaged row, which is dropped: error "
                       "Positioning:GPS:Communications:9\n");
 }
+
+TEST_F(FormerState, NamesAllRowsThatCannotBeTrustedInOneLine)
+{
+    LeaveStore("boot", "c");
+    CSqlite(m_directory.File("state.db"))
+        .Run("UPDATE errors SET counter1 = 9; UPDATE sessions SET applied = 3; "
+             "INSERT INTO journal(number) VALUES(4), (5), (6), (8)");
+    EXPECT_EQ(Found(), "");
+    EXPECT_EQ(m_said, "faultkeeperd: warning: the state store held damaged rows, which are dropped: error "
+                      "Positioning:GPS:Communications:9, error Service:GPS:No Data:2, session that reads a, "
+                      "transitions numbered 4 to 6, transition numbered 8\n");
+}
