@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
 
@@ -69,6 +70,30 @@ TEST_F(StoreTrouble, AStoreThatCannotBeWrittenStopsNoReportAndIsUsedAsSoonAsItCa
     EXPECT_EQ(Record(kLinkSensor).counter1, 10);
     EXPECT_EQ(Record(kDataSensor).counter1, 1);
     EXPECT_EQ(Record(kDataSensor).flags, 0);
+}
+
+TEST_F(StoreTrouble, WhatCouldNotBeStoredComesBackFromTheTable)
+{
+    struct rlimit before = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const struct rlimit little = {61440, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &little), 0);
+    auto owner = StartOwner();
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    Report("confirm repeat 1500 raise 0x40C09 9 clear 0x40C09 9 then raise 0x4281B 2");
+    ASSERT_TRUE(owner->SaysInTime("cannot be used: ")) << "its log may not grow that far";
+    Kill(*owner);
+    owner = StartOwner();
+    EXPECT_THAT(owner->Errors(), HasSubstr("info: the state store is behind"));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1500);
+    EXPECT_EQ(Record(kLinkSensor).flags, 0);
+    EXPECT_EQ(Record(kDataSensor).flags, kRaisedFlag);
+    EXPECT_EQ(Record(kPosition).flags, kRaisedFlag);
+    Kill(*owner);
+    m_directory.RemoveTable();
+    owner = StartOwner();
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1500) << "from the store";
+    EXPECT_EQ(Record(kDataSensor).flags, kRaisedFlag);
 }
 
 TEST_F(StoreTrouble, APipeInPlaceOfAStoreIsNotWaitedFor)

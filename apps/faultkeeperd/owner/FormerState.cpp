@@ -67,28 +67,48 @@ SStoredError Continued(const SStoredError& stored, const SErrorEntry& record)
     return {record, stored.raises + static_cast<std::uint64_t>(more)};
 }
 
-/// An owner that could read the store but not write it, as on a full disk, has put its counters into the
-/// table. Then those that have not changed since are as they are in the store.
-bool Continues(const std::vector<SErrorEntry>& records, const std::map<ErrorId, SStoredError>& errors)
+/// An owner that starts zeroes the table before it has put anything back.
+bool Blank(const SErrorEntry& record)
 {
-    return std::any_of(records.begin(), records.end(),
-                       [&errors](const SErrorEntry& record)
-                       {
-                           const auto found = errors.find(ErrorId(record.problemCode, record.problemType));
-                           return found != errors.end() && record.counter1 > 0 &&
-                                  record.counter1 == found->second.entry.counter1 &&
-                                  record.raisedTime == found->second.entry.raisedTime &&
-                                  record.clearedTime == found->second.entry.clearedTime;
-                       });
+    return record.flags == 0 && record.counter1 == 0 && record.counter2 == 0 &&
+           LastChange(record) == Core::Time();
 }
 
-/// An owner that did not write this store has run since the machine was started: its table knows better.
-void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records)
+/// The records of a table that tell something.
+std::vector<SErrorEntry> RecordsOf(const SStatusTable* table, const CErrorDatabase& database)
 {
+    std::vector<SErrorEntry> records;
+    if (table != nullptr)
+        records = UsableRecords(*table, database);
+    records.erase(std::remove_if(records.begin(), records.end(), Blank), records.end());
+    return records;
+}
+
+/// Does the table count on from what is stored? Where nobody has said: counters only grow, so one that is
+/// lower than it was stored has begun anew.
+bool Continues(ETableRelation relation, const std::vector<SErrorEntry>& records,
+               const std::map<ErrorId, SStoredError>& errors)
+{
+    if (relation != etrUnknown && relation != etrElsewhere)
+        return relation != etrApart;
+    return std::none_of(records.begin(), records.end(),
+                        [&errors](const SErrorEntry& record)
+                        {
+                            const auto found = errors.find(ErrorId(record.problemCode, record.problemType));
+                            return found != errors.end() && record.counter1 < found->second.entry.counter1;
+                        });
+}
+
+/// Since the store was written last an owner has run that did not write it: its table knows better.
+void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records, ETableRelation relation)
+{
+    LogInfo(former.sameBoot
+                ? "the state store is behind; starting from the table of a former owner"
+                : "the state store does not know of this boot; starting from the table of a former owner");
     std::map<ErrorId, SStoredError> errors;
     for (const SStoredError& error : former.errors)
         errors[ErrorId(error.entry.problemCode, error.entry.problemType)] = error;
-    const bool continued = Continues(records, errors);
+    const bool continued = Continues(relation, records, errors);
     for (const SErrorEntry& record : records)
     {
         SStoredError& error = errors[ErrorId(record.problemCode, record.problemType)];
@@ -98,8 +118,8 @@ void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records)
     for (const auto& error : errors)
         former.errors.push_back(error.second);
     former.sameBoot = true;
-    LogInfo("the state store does not know of this boot; starting from the table of a former owner");
 }
+
 /// What was published and not stored before the owner was killed has not happened. Displays have seen it,
 /// though, and go by the times.
 void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& records)
@@ -130,16 +150,21 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
                              const std::string& configuration)
 {
     const std::unique_ptr<SStatusTable> table = FormerTable();
-    const std::vector<SErrorEntry> records =
-        table == nullptr ? std::vector<SErrorEntry>() : UsableRecords(*table, database);
+    const std::vector<SErrorEntry> records = RecordsOf(table.get(), database);
     const SStoreContents contents = keeper.Open(boot, configuration);
     if (!contents.configuration.empty() && contents.configuration != configuration)
         LogInfo("the state store is of another configuration; what still exists is kept");
+    const ETableRelation relation = keeper.FormerTable();
     SFormerState former;
-    former.sameBoot = !boot.empty() && contents.boot == boot;
+    former.sameBoot = contents.OfBoot(boot);
     TakeStore(former, contents, database);
-    if (!former.sameBoot && !records.empty())
-        TakeTable(former, records);
+    const bool stored = former.sameBoot && (relation == etrUnknown || relation == etrStored);
+    std::vector<SStoredError> fromTable;
+    if (!stored && !records.empty())
+    {
+        TakeTable(former, records, relation);
+        fromTable = former.errors;
+    }
     else if (former.sameBoot)
         FindContradictions(former, records);
     former.latest = LatestOf(records);
@@ -148,6 +173,7 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
         for (const SStoredError& error : former.errors)
             former.latest = std::max(former.latest, LatestOf({error.entry}));
     }
+    keeper.Begin(fromTable);
     return former;
 }
 

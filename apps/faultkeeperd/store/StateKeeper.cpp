@@ -28,6 +28,7 @@ constexpr std::chrono::milliseconds CStateKeeper::kRetryPause;
 
 SStoreContents CStateKeeper::Open(const std::string& boot, const std::string& configuration)
 {
+    m_note.Read();
     m_boot = boot;
     m_configuration = configuration;
     SStoreContents contents;
@@ -47,7 +48,7 @@ bool CStateKeeper::TryToOpen(EStoreOpening opening, SStoreContents& contents, Cl
     {
         try
         {
-            Begin(opening, contents);
+            BeginStore(opening, contents);
             return true;
         }
         catch (const CSqliteFailure& failure)
@@ -68,7 +69,7 @@ bool CStateKeeper::TryToOpen(EStoreOpening opening, SStoreContents& contents, Cl
     }
 }
 
-void CStateKeeper::Begin(EStoreOpening opening, SStoreContents& contents)
+void CStateKeeper::BeginStore(EStoreOpening opening, SStoreContents& contents)
 {
     m_store = std::make_unique<CStateStore>(m_settings, opening);
     if (opening == esoAtOnce && !m_checked)
@@ -118,6 +119,29 @@ void CStateKeeper::Learn(const SStoreContents& contents)
         return;
     for (const SStoredSession& session : contents.sessions)
         m_sessions[session.id] = session;
+}
+
+void CStateKeeper::Begin(const std::vector<SStoredError>& table)
+{
+    for (const SStoredError& error : table)
+        Keep(error);
+    if (!table.empty() && Storing())
+        CommitAtOnce(Clock::now());
+    m_begun = true;
+    Note(!table.empty());
+}
+
+/// How the owner's table and the store go together now.
+void CStateKeeper::Note(bool fromTable)
+{
+    if (Storing())
+        m_note.Write(etrStored, m_settings.path);
+    else if (m_known)
+        m_note.Write(etrAhead, m_settings.path); // what could be read is in the table
+    else if (fromTable)
+        m_note.FallBehind();
+    else
+        m_note.Write(etrApart, std::string());
 }
 
 void CStateKeeper::Keep(const SStoredError& error)
@@ -282,6 +306,8 @@ void CStateKeeper::Stored()
     m_transitions.clear();
     m_tried = 0;
     ++m_statistics.commits;
+    if (m_begun)
+        m_note.Write(etrStored, m_settings.path);
     if (m_failureTold)
         LogInfo("the state store " + m_settings.path + " works again");
     m_failureTold = false;
@@ -294,6 +320,8 @@ void CStateKeeper::Fail(const CSqliteFailure& failure, Clock::time_point now)
     m_forgottenSessions.clear(); // what is to be forgotten is seen when the store is opened anew
     LoseOldest();
     ++m_statistics.failures;
+    if (m_begun)
+        m_note.FallBehind();
     if (!m_failureTold)
         LogError("the state store " + m_settings.path + " cannot be used: " + failure.what() +
                  "; reports go on being applied and shown, but a restart would forget them");

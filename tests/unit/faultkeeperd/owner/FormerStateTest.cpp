@@ -2,6 +2,7 @@
 
 #include "../OwnerFixture.h"
 #include "support/CapturedOutput.h"
+#include "support/FreshDirectory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -54,6 +55,19 @@ protected:
         owner.LoadErrors(Database());
         owner.FaultkeeperReady(true);
         owner.RaiseError(kDataSensor.first, kDataSensor.second);
+    }
+
+    /// A table in which these errors were raised so often, one clear between two raises.
+    void LeaveTable(const std::vector<Id>& ids, int raises)
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(Database());
+        owner.FaultkeeperReady(true);
+        for (int raise = 0; raise < raises; ++raise)
+        {
+            owner.ClearErrors(ids);
+            owner.RaiseErrors(ids);
+        }
     }
 
     std::string Found()
@@ -150,6 +164,72 @@ TEST_F(FormerState, OfAStoreThatAnOwnerReadButCouldNotWriteIsNotCountedTwice)
     }
     EXPECT_EQ(Found(),
               "Positioning:GPS:Communications:9 clear 5/5\nPositioning:Ublox:No Data:2 raised 1/1\n");
+}
+
+TEST_F(FormerState, IsNotCountedTwiceHoweverOftenTheOwnerIsKilledBeforeItCanWrite)
+{
+    LeaveStore("boot before", "c");
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(Database());
+        owner.RestoreErrors({Error(kLinkSensor, false, 5, 5).entry});
+        owner.FaultkeeperReady(true);
+        owner.RaiseError(kLinkSensor.first, kLinkSensor.second);
+    }
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 6/6\n");
+}
+
+TEST_F(FormerState, OfATableThatCountedByItselfIsAddedToTheStore)
+{
+    LeaveStore("boot before", "c");
+    WriteFile(m_directory.File("note"), "+ \n");
+    LeaveTable({kLinkSensor}, 7);
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 12/12\n");
+    UseStore();
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 12/12\n") << "it is in the store at once";
+}
+
+TEST_F(FormerState, OfATableThatCountsLowerThanTheStoreIsAddedToIt)
+{
+    LeaveStore("boot before", "c");
+    LeaveTable({kLinkSensor, kDataSensor}, 3);
+    EXPECT_EQ(Found(),
+              "Positioning:GPS:Communications:9 raised 8/8\nPositioning:Ublox:No Data:2 raised 3/3\n");
+}
+
+TEST_F(FormerState, OfATableThatIsAheadOfTheStoreIsTheTables)
+{
+    LeaveStore("boot", "c");
+    WriteFile(m_directory.File("note"), "> " + m_directory.File("state.db") + "\n");
+    LeaveTable({kLinkSensor, kDataSensor}, 7);
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 7/7\nPositioning:Ublox:No Data:2 raised "
+                       "7/7\na 17\n");
+    EXPECT_THAT(m_said, HasSubstr("info: the state store is behind; starting from the table"));
+    EXPECT_EQ(ReadFile(m_directory.File("note")), "= " + m_directory.File("state.db") + "\n");
+    UseStore();
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 7/7\nPositioning:Ublox:No Data:2 raised "
+                       "7/7\na 17\n");
+    EXPECT_EQ(m_said, "");
+}
+
+TEST_F(FormerState, OfATableThatIsInAnotherStoreIsTheTables)
+{
+    LeaveStore("boot", "c");
+    WriteFile(m_directory.File("note"), "= /another.db\n");
+    LeaveTable({kDataSensor}, 2);
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 5/5\nPositioning:Ublox:No Data:2 raised "
+                       "2/2\na 17\n");
+}
+
+TEST_F(FormerState, OfATableThatNothingWasPutIntoYetIsTheStores)
+{
+    LeaveStore("boot", "c");
+    WriteFile(m_directory.File("note"), "> " + m_directory.File("state.db") + "\n");
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(Database()); // and is killed
+    }
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 5/5\na 17\n");
 }
 
 TEST_F(FormerState, OfTheStoreGoesBeforeTheTables)

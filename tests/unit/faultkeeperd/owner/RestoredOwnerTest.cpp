@@ -34,6 +34,8 @@ protected:
         LoadAgain();
         if (m_stored)
             UseStore();
+        else
+            UseStore(SStoreSettings());
         const SFormerState former = FindFormerState(Keeper(), Database(), boot, "c");
         m_owner = std::make_unique<COwner>(Database(), Keeper(), former);
         m_owner->Publish(kStart);
@@ -168,4 +170,26 @@ TEST_F(RestoredOwner, LetsDisplaysSeeThatWhatWasNotStoredHasNotHappened)
     EXPECT_TRUE(active(kPosition));
     EXPECT_EQ(Record(kLinkSensor).counter1, 1);
     EXPECT_EQ(Record(kDataSensor).counter1, 0);
+}
+
+TEST_F(RestoredOwner, KnowsWhatHappenedWhileNothingWasStored)
+{
+    Report(kLinkSensor, true);
+    m_stored = false;
+    WarnedBy([&] { Start("boot"); });
+    for (int round = 0; round < 5; ++round)
+    {
+        Report(kLinkSensor, false);
+        Report(kLinkSensor, true);
+    }
+    Report(kLinkSensor, false);
+    Report(kDataSensor, true);
+    m_stored = true;
+    WarnedBy([&] { Start("boot"); });
+    EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver, kPosition}));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 6);
+    EXPECT_EQ(Record(kDataSensor).counter1, 1);
+    Start("boot");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver, kPosition}));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 6) << "from the store now";
 }
