@@ -120,6 +120,32 @@ void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records, ET
     former.sameBoot = true;
 }
 
+bool Has(const SFormerState& former, const ErrorId& id)
+{
+    return std::any_of(former.errors.begin(), former.errors.end(),
+                       [&id](const SStoredError& error)
+                       { return ErrorId(error.entry.problemCode, error.entry.problemType) == id; });
+}
+
+/// The table has what the store has lost with a damaged row.
+/// @return what that is
+std::vector<SStoredError> TakeDropped(SFormerState& former, const std::vector<SErrorEntry>& records,
+                                      const std::vector<ErrorId>& dropped)
+{
+    std::vector<SStoredError> taken;
+    for (const SErrorEntry& record : records)
+    {
+        const ErrorId id(record.problemCode, record.problemType);
+        const bool lost = std::find(dropped.begin(), dropped.end(), id) != dropped.end();
+        if (!lost || Has(former, id))
+            continue;
+        taken.push_back({record, record.counter1});
+        LogInfo("error " + ErrorName(id.first, id.second) + " is taken from the table of a former owner");
+    }
+    former.errors.insert(former.errors.end(), taken.begin(), taken.end());
+    return taken;
+}
+
 /// What was published and not stored before the owner was killed has not happened. Displays have seen it,
 /// though, and go by the times.
 void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& records)
@@ -166,7 +192,10 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
         fromTable = former.errors;
     }
     else if (former.sameBoot)
+    {
+        fromTable = TakeDropped(former, records, contents.droppedErrors);
         FindContradictions(former, records);
+    }
     former.latest = LatestOf(records);
     if (former.sameBoot)
     {

@@ -167,7 +167,9 @@ void CStateStore::ReadErrors(SStoreContents& contents)
             continue;
         }
         m_badErrors.push_back(rows.Integer(0));
-        contents.dropped.push_back("error " + NameOfErrorRow(rows));
+        const ErrorId id = IdOfErrorRow(rows);
+        contents.dropped.push_back("error " + ErrorName(id.first, id.second));
+        contents.droppedErrors.push_back(id);
     }
 }
 

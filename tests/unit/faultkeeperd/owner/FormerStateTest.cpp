@@ -249,6 +249,26 @@ TEST_F(FormerState, NamesTheRowsThatCannotBeTrusted)
                       "Positioning:GPS:Communications:9\n");
 }
 
+TEST_F(FormerState, OfADamagedRowIsInTheTable)
+{
+    LeaveStore("boot", "c");
+    LeaveTable({kLinkSensor, kDataSensor}, 7);
+    CSqlite(m_directory.File("state.db")).Run("UPDATE errors SET counter1 = 9 WHERE type = 9");
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 7/7\na 17\n")
+        << "what was not stored has not happened";
+    EXPECT_THAT(
+        m_said,
+        HasSubstr("info: error Positioning:GPS:Communications:9 is taken from the table of a former"));
+    EXPECT_EQ(m_former.contradicted, std::set<Id>{kDataSensor});
+}
+
+TEST_F(FormerState, OfAnotherBootDoesNotTakeDamagedRowsFromNowhere)
+{
+    LeaveStore("boot before", "c");
+    CSqlite(m_directory.File("state.db")).Run("UPDATE errors SET counter1 = 9 WHERE type = 9");
+    EXPECT_EQ(Found(), "");
+}
+
 TEST_F(FormerState, NamesAllRowsThatCannotBeTrustedInOneLine)
 {
     LeaveStore("boot", "c");

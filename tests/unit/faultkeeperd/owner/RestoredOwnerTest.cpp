@@ -193,3 +193,16 @@ TEST_F(RestoredOwner, KnowsWhatHappenedWhileNothingWasStored)
     EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver, kPosition}));
     EXPECT_EQ(Record(kLinkSensor).counter1, 6) << "from the store now";
 }
+
+TEST_F(RestoredOwner, HasTheParentsOfAnErrorWhoseRowWasDamaged)
+{
+    Report(kLinkSensor, true);
+    m_owner.reset();
+    UseStore(SStoreSettings());
+    CSqlite(m_directory.File("state.db")).Run("UPDATE errors SET counter2 = 9 WHERE type = 9");
+    WarnedBy([&] { Start("boot"); });
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1);
+    Report(kLinkSensor, false);
+    EXPECT_EQ(Raised(), std::vector<Id>());
+}
