@@ -1,6 +1,7 @@
 #include "faultkeeperd/owner/FormerState.h"
 
 #include "common/ErrorNames.h"
+#include "common/TableProbe.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/store/FormerTable.h"
 #include "faultkeeperd/store/StateKeeper.h"
@@ -55,8 +56,10 @@ SStoredError Added(const SStoredError& stored, const SErrorEntry& record)
     SStoredError sum = {record, stored.raises + record.counter1};
     sum.entry.counter1 = static_cast<std::uint16_t>(stored.entry.counter1 + record.counter1);
     sum.entry.counter2 = static_cast<std::uint16_t>(stored.entry.counter2 + record.counter2);
-    sum.entry.raisedTime = std::max(stored.entry.raisedTime, record.raisedTime);
-    sum.entry.clearedTime = std::max(stored.entry.clearedTime, record.clearedTime);
+    if (record.raisedTime == Core::Time())
+        sum.entry.raisedTime = stored.entry.raisedTime;
+    if (record.clearedTime == Core::Time())
+        sum.entry.clearedTime = stored.entry.clearedTime;
     return sum;
 }
 
@@ -146,10 +149,28 @@ std::vector<SStoredError> TakeDropped(SFormerState& former, const std::vector<SE
     return taken;
 }
 
+/// Has a display seen these times, or are they at least not later than any that it can see? A time of an
+/// earlier boot can lie in the future: the clock was wrong, then or now. The table has not shown it.
+bool Shown(const SErrorEntry& entry, const SStatusTable* table, const Core::Time& now)
+{
+    if (LastChange(entry) <= now)
+        return true;
+    const int count = table == nullptr ? 0 : RecordCount(*table);
+    return count > 0 && std::any_of(table->records, table->records + count,
+                                    [&entry](const SErrorEntry& record)
+                                    {
+                                        return record.problemCode == entry.problemCode &&
+                                               record.problemType == entry.problemType &&
+                                               LastChange(record) == LastChange(entry);
+                                    });
+}
+
 /// What was published and not stored before the owner was killed has not happened. Displays have seen it,
 /// though, and go by the times.
-void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& records)
+void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& records,
+                        const SStatusTable* table)
 {
+    const Core::Time now = Core::Time::Now();
     std::map<ErrorId, const SErrorEntry*> known;
     for (const SStoredError& error : former.errors)
         known[ErrorId(error.entry.problemCode, error.entry.problemType)] = &error.entry;
@@ -162,13 +183,28 @@ void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& re
         nothing.entry.problemType = record.problemType;
         const auto found = known.find(id);
         const SErrorEntry& stored = found != known.end() ? *found->second : nothing.entry;
-        if (stored.flags == record.flags || LastChange(record) < LastChange(stored))
+        const Core::Time shown = Shown(stored, table, now) ? LastChange(stored) : Core::Time();
+        if (stored.flags == record.flags || LastChange(record) < shown)
             continue;
         former.contradicted.insert(id);
         if (found == known.end())
             unknown.push_back(nothing);
     }
     former.errors.insert(former.errors.end(), unknown.begin(), unknown.end());
+}
+
+/// Within the range that makes sense, whatever is in the table has been seen.
+Core::Time LatestShown(const SFormerState& former, const std::vector<SErrorEntry>& records,
+                       const SStatusTable* table)
+{
+    const Core::Time now = Core::Time::Now();
+    Core::Time latest = LatestOf(records);
+    for (const SStoredError& error : former.errors)
+    {
+        if (former.sameBoot && Shown(error.entry, table, now))
+            latest = std::max(latest, LastChange(error.entry));
+    }
+    return latest;
 }
 } // namespace
 
@@ -194,14 +230,9 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
     else if (former.sameBoot)
     {
         fromTable = TakeDropped(former, records, contents.droppedErrors);
-        FindContradictions(former, records);
+        FindContradictions(former, records, table.get());
     }
-    former.latest = LatestOf(records);
-    if (former.sameBoot)
-    {
-        for (const SStoredError& error : former.errors)
-            former.latest = std::max(former.latest, LatestOf({error.entry}));
-    }
+    former.latest = LatestShown(former, records, table.get());
     keeper.Begin(fromTable);
     return former;
 }

@@ -27,7 +27,9 @@ COwner::~COwner()
     m_database.SetCallback(nullptr);
 }
 
-/// Nothing has changed, so nobody is told and nothing is counted.
+/// Nothing has changed, so nobody is told and nothing is counted. Times that no display can have seen, and
+/// that lie in the future all the same, are kept in the store and not shown: what happens now would be
+/// earlier.
 void COwner::Restore(const SFormerState& former)
 {
     Core::Time::NotBefore(former.latest); // displays notice only what is later than all they have seen
@@ -36,10 +38,17 @@ void COwner::Restore(const SFormerState& former)
     {
         SErrorEntry& entry = error.entry;
         const bool raised = (entry.flags & kRaisedFlag) != 0;
+        SErrorEntry shown = entry;
+        if (std::max(entry.raisedTime, entry.clearedTime) > Core::Time::Now())
+            shown.raisedTime = shown.clearedTime = Core::Time();
         if (former.contradicted.count(ErrorId(entry.problemCode, entry.problemType)) > 0)
-            (raised ? entry.raisedTime : entry.clearedTime) = Core::Time::Now();
-        entries.push_back(entry);
-        m_recorder.Restore(error);
+        {
+            const Core::Time now = Core::Time::Now();
+            (raised ? shown.raisedTime : shown.clearedTime) = now;
+            (raised ? entry.raisedTime : entry.clearedTime) = now;
+        }
+        entries.push_back(shown);
+        m_recorder.Restore(error, shown);
         if (raised)
             m_database.RaiseError(entry.problemCode, entry.problemType, true);
     }

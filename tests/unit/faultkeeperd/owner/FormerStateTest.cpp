@@ -232,6 +232,47 @@ TEST_F(FormerState, OfATableThatNothingWasPutIntoYetIsTheStores)
     EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 5/5\na 17\n");
 }
 
+class FutureTime : public FormerState, public testing::WithParamInterface<int>
+{
+protected:
+    /// A store of this boot with a time that many hours ahead.
+    SStoredError LeaveFuture()
+    {
+        LeaveStore("boot", "c");
+        SStoredError error = Error(kLinkSensor, false, 5, 5);
+        error.entry.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() +
+                                                             GetParam() * std::int64_t(3600000000000));
+        Keeper().Open("boot", "c");
+        Keeper().Keep(error);
+        Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+        UseStore();
+        return error;
+    }
+};
+
+TEST_P(FutureTime, ThatTheTableShowsHasBeenSeen)
+{
+    const SStoredError error = LeaveFuture();
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(Database());
+        owner.RestoreErrors({error.entry});
+    }
+    Found();
+    EXPECT_EQ(m_former.latest, error.entry.raisedTime);
+}
+
+TEST_P(FutureTime, ThatTheTableDoesNotShowHasNot)
+{
+    const SStoredError error = LeaveFuture();
+    LeaveTable();
+    Found();
+    EXPECT_LT(m_former.latest, error.entry.raisedTime);
+    EXPECT_GT(m_former.latest, Core::Time(1000));
+}
+
+INSTANTIATE_TEST_SUITE_P(Hours, FutureTime, testing::Values(1, 48, 40000));
+
 TEST_F(FormerState, OfTheStoreGoesBeforeTheTables)
 {
     LeaveStore("boot", "c");

@@ -194,6 +194,32 @@ TEST_F(RestoredOwner, KnowsWhatHappenedWhileNothingWasStored)
     EXPECT_EQ(Record(kLinkSensor).counter1, 6) << "from the store now";
 }
 
+TEST_F(RestoredOwner, ShowsNoTimeOfAnEarlierBootThatLiesInTheFuture)
+{
+    Report(kLinkSensor, true);
+    m_owner.reset();
+    SStoredError future;
+    future.entry = Record(kLinkSensor);
+    future.raises = 1;
+    const Core::Time ahead =
+        Core::Time::FromNanoseconds(future.entry.raisedTime.Nanoseconds() + 100000000000000000);
+    future.entry.raisedTime = ahead;
+    Keeper().Keep(future);
+    Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+    m_directory.RemoveTable();
+    Start("next boot");
+    EXPECT_EQ(Record(kLinkSensor).raisedTime, Core::Time());
+    Start("next boot");
+    EXPECT_EQ(Record(kLinkSensor).raisedTime, Core::Time());
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1);
+    Report(kDataSensor, true);
+    EXPECT_LT(Record(kDataSensor).raisedTime, ahead);
+    EXPECT_GT(Record(kDataSensor).raisedTime, Core::Time());
+    Report(kLinkSensor, true);
+    EXPECT_LT(Record(kLinkSensor).raisedTime, ahead);
+    EXPECT_EQ(Record(kLinkSensor).counter1, 2);
+}
+
 TEST_F(RestoredOwner, HasTheParentsOfAnErrorWhoseRowWasDamaged)
 {
     Report(kLinkSensor, true);
