@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/shm.h>
+#include <sys/stat.h>
 
 #include <memory>
 
@@ -122,8 +123,9 @@ TEST_F(FormerTable, OfADirectoryThatHadTheSameNumberIsNotRead)
     SSegmentFacts facts;
     ASSERT_TRUE(ReadSegmentFacts(FindSegment(m_directory.Key()), facts));
     EXPECT_GE(facts.changed, birth);
-    EXPECT_FALSE(MadeBefore(facts, facts.changed));
-    EXPECT_TRUE(MadeBefore(facts, facts.changed + 1));
+    const int segment = FindSegment(m_directory.Key());
+    EXPECT_FALSE(MadeBefore(segment, facts, facts.changed));
+    EXPECT_TRUE(MadeBefore(segment, facts, facts.changed + 1));
 }
 
 TEST_F(FormerTable, CountsAsItsOwnersOnceConfirmed)
@@ -141,6 +143,28 @@ TEST_F(FormerTable, CountsAsItsOwnersOnceConfirmed)
     EXPECT_TRUE(Support::WaitUntil(later));
     EXPECT_EQ(after.user, before.user);
     EXPECT_EQ(after.mode, before.mode);
+}
+
+TEST_F(FormerTable, IsTheDirectorysHoweverTheClockIsSetAfterItWasConfirmed)
+{
+    const CErrorDatabaseView owner(true, eViewOwner);
+    const int segment = FindSegment(m_directory.Key());
+    SSegmentFacts facts;
+    ASSERT_TRUE(ReadSegmentFacts(segment, facts));
+    EXPECT_TRUE(MadeBefore(segment, facts, facts.changed + 1000000));
+    ConfirmTable();
+    EXPECT_FALSE(MadeBefore(segment, facts, facts.changed + 1000000));
+    EXPECT_TRUE(MadeBefore(segment + 1, facts, facts.changed + 1000000)) << "one that was made after it";
+}
+
+TEST_F(FormerTable, IsConfirmedWithoutWaitingForAPipe)
+{
+    const CErrorDatabaseView owner(true, eViewOwner);
+    ASSERT_EQ(mkfifo(m_directory.File("faultkeeper.segment").c_str(), 0600), 0);
+    ConfirmTable();
+    SSegmentFacts facts;
+    ASSERT_TRUE(ReadSegmentFacts(FindSegment(m_directory.Key()), facts));
+    EXPECT_TRUE(MadeBefore(FindSegment(m_directory.Key()), facts, facts.changed + 1));
 }
 
 TEST_F(FormerTable, OfAnotherSizeIsAnotherProgramsAndNotRead)
