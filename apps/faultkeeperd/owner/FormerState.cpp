@@ -193,6 +193,27 @@ void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& re
     former.errors.insert(former.errors.end(), unknown.begin(), unknown.end());
 }
 
+/// What was raised last because of another error, as far as the journal tells.
+std::set<ErrorId> Caused(CStateKeeper& keeper)
+{
+    constexpr std::size_t kAtOnce = 1000;
+    std::set<ErrorId> caused;
+    std::vector<STransition> transitions = keeper.Journal(0, kAtOnce);
+    while (!transitions.empty())
+    {
+        for (const STransition& transition : transitions)
+        {
+            const ErrorId id(transition.problemCode, transition.problemType);
+            if (transition.raised && transition.caused)
+                caused.insert(id);
+            else
+                caused.erase(id);
+        }
+        transitions = keeper.Journal(transitions.back().number + 1, kAtOnce);
+    }
+    return caused;
+}
+
 /// Within the range that makes sense, whatever is in the table has been seen.
 Core::Time LatestShown(const SFormerState& former, const std::vector<SErrorEntry>& records,
                        const SStatusTable* table)
@@ -214,10 +235,14 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
     const std::unique_ptr<SStatusTable> table = FormerTable();
     const std::vector<SErrorEntry> records = RecordsOf(table.get(), database);
     const SStoreContents contents = keeper.Open(boot, configuration);
-    if (!contents.configuration.empty() && contents.configuration != configuration)
-        LogInfo("the state store is of another configuration; what still exists is kept");
-    const ETableRelation relation = keeper.FormerTable();
     SFormerState former;
+    if (!contents.configuration.empty() && contents.configuration != configuration)
+    {
+        LogInfo("the state store is of another configuration; what still exists is kept");
+        if (contents.OfBoot(boot))
+            former.caused = Caused(keeper);
+    }
+    const ETableRelation relation = keeper.FormerTable();
     former.sameBoot = contents.OfBoot(boot);
     TakeStore(former, contents, database);
     const bool stored = former.sameBoot && (relation == etrUnknown || relation == etrStored);

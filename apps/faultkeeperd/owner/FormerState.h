@@ -28,6 +28,7 @@ struct SFormerState
     bool sameBoot = false; ///< what was raised still is; otherwise reporters report it anew
     std::set<ErrorId>
         contradicted;         ///< displays have seen these in the other state, and later: it was not stored
+    std::set<ErrorId> caused; ///< raised because of another error, by a configuration that was another one
     Core::Time latest;        ///< the latest time that a display can have seen; zero if there is none
 };
 

@@ -28,7 +28,7 @@ protected:
     }
 
     /// Ends the owner without a word, and starts the next one.
-    void Start(const std::string& boot)
+    void Start(const std::string& boot, const std::string& configuration = "c")
     {
         m_owner.reset();
         LoadAgain();
@@ -36,7 +36,7 @@ protected:
             UseStore();
         else
             UseStore(SStoreSettings());
-        const SFormerState former = FindFormerState(Keeper(), Database(), boot, "c");
+        const SFormerState former = FindFormerState(Keeper(), Database(), boot, configuration);
         m_owner = std::make_unique<COwner>(Database(), Keeper(), former);
         m_owner->Publish(kStart);
     }
@@ -231,4 +231,34 @@ TEST_F(RestoredOwner, HasTheParentsOfAnErrorWhoseRowWasDamaged)
     EXPECT_EQ(Record(kLinkSensor).counter1, 1);
     Report(kLinkSensor, false);
     EXPECT_EQ(Raised(), std::vector<Id>());
+}
+
+TEST_F(RestoredOwner, ClearsWhatFollowedFromAnErrorThatHasNothingToDoWithItAnyMore)
+{
+    Report(kLinkSensor, true);
+    ASSERT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+    CConfigurationBuilder builder;
+    builder.Leaf("Positioning:GPS:Communications:9").Leaf("Positioning:Ublox:No Data:2");
+    builder.Parent("Positioning:GPS:No Data:2", {"Positioning:Ublox:No Data:2"});
+    builder.Parent("System:Position:No Data:2", {"Positioning:GPS:No Data:2"});
+    builder.WriteTo(m_directory.Prefix());
+    WarnedBy([&] { Start("boot", "d"); });
+    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
+    EXPECT_EQ(Record(kPosition).counter1, 1);
+    Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+    EXPECT_EQ(Keeper().JournalLength(), 5u) << "three raises, two clears";
+}
+
+TEST_F(RestoredOwner, KeepsWhatFollowsByAnotherConfigurationAsWell)
+{
+    Report(kLinkSensor, true);
+    Report(kReceiver, false);
+    Report(kReceiver, true); // by somebody who reports it: not for us to clear
+    CConfigurationBuilder builder;
+    builder.Leaf("Positioning:GPS:Communications:9").Leaf("Positioning:GPS:No Data:2");
+    builder.Parent("System:Position:No Data:2", {"Positioning:GPS:Communications:9"});
+    builder.WriteTo(m_directory.Prefix());
+    WarnedBy([&] { Start("boot", "d"); });
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+    EXPECT_EQ(Record(kPosition).counter1, 2);
 }
