@@ -41,6 +41,7 @@ SStoreSettings StoreSettings(const COptions& options, const std::string& runDire
         settings.path = UsualStorePath(runDirectory);
     else if (options.State() != "none")
         settings.path = AbsolutePath(options.State());
+    settings.note = runDirectory + "/faultkeeper.note";
     settings.journalLimit = options.JournalLimit();
     settings.syncEachCommit = options.Sync();
     return settings;

@@ -8,7 +8,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <iterator>
+#include <system_error>
 #include <vector>
 
 namespace Faultkeeper::Apps
@@ -43,6 +45,14 @@ constexpr std::size_t kFormatAt = 60;
 constexpr std::size_t kApplicationAt = 68;
 
 const char* const kParts[] = {"-wal", "-shm", "-journal"};
+
+/// Opening what is no file can wait for ever, as for the other end of a pipe.
+void CheckRegular(const std::string& path)
+{
+    std::error_code ignored; // SQLite tells best why a file cannot be had
+    if (std::filesystem::is_other(path, ignored))
+        throw CSqliteFailure(SQLITE_PERM, "it is not a regular file");
+}
 
 std::size_t ReadHead(const std::string& path, unsigned char (&head)[kHeadBytes])
 {
@@ -108,6 +118,9 @@ std::string UsualStorePath(const std::string& runDirectory)
 
 void CheckStoreHead(const std::string& path)
 {
+    CheckRegular(path);
+    for (const char* const part : kParts)
+        CheckRegular(path + part);
     unsigned char head[kHeadBytes];
     const std::size_t bytes = ReadHead(path, head);
     if (bytes < kHeadBytes)

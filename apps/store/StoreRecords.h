@@ -1,6 +1,8 @@
 #ifndef FAULTKEEPER_APPS_STORE_STORERECORDS_H
 #define FAULTKEEPER_APPS_STORE_STORERECORDS_H
 
+#include "common/ErrorNames.h"
+
 #include <Faultkeeper/ErrorEntry.h>
 
 #include <Core/Time.h>
@@ -68,6 +70,7 @@ struct SStoreContents
     std::vector<SStoredError> errors;
     std::vector<SStoredSession> sessions; ///< those that have been without a connection the longest first
     std::vector<std::string> dropped;     ///< rows that could not be trusted, in words
+    std::vector<ErrorId> droppedErrors;   ///< whose rows were among them
 
     /// Was it written in that start of the machine? Nothing is of one whose name is not known.
     bool OfBoot(const std::string& id) const { return !id.empty() && boot == id; }

@@ -1,7 +1,6 @@
 #include "store/StoreRows.h"
 
 #include "common/Checksum.h"
-#include "common/ErrorNames.h"
 
 namespace Faultkeeper::Apps
 {
@@ -112,13 +111,13 @@ bool GetRow(const CSqliteStatement& row, SStoredError& error)
            row.Integer(0) == IdOf(entry.problemCode, entry.problemType);
 }
 
-std::string NameOfErrorRow(const CSqliteStatement& row)
+ErrorId IdOfErrorRow(const CSqliteStatement& row)
 {
     if (row.Integer(9) == ChecksumOfErrorColumns(row))
-        return ErrorName(static_cast<int>(row.Integer(1)), static_cast<int>(row.Integer(2)));
+        return ErrorId(static_cast<int>(row.Integer(1)), static_cast<int>(row.Integer(2)));
     const std::int64_t id = row.Integer(0);
     const auto type = static_cast<std::int16_t>(id);
-    return ErrorName(static_cast<int>((id - static_cast<std::uint16_t>(type)) / kTypes), type);
+    return ErrorId(static_cast<int>((id - static_cast<std::uint16_t>(type)) / kTypes), type);
 }
 
 void PutRow(CSqliteStatement& statement, const SStoredSession& session, std::int64_t place)

@@ -24,9 +24,9 @@ bool GetRow(const CSqliteStatement& row, SStoredSession& session, std::int64_t& 
 bool GetRow(const CSqliteStatement& row, STransition& transition);
 bool GetFactRow(const CSqliteStatement& row, std::int64_t& id, std::string& value);
 
-/// The name of the error that a row was written for, as far as a row that is not as it was written still
-/// tells: its number says it, and the columns say it once more.
-std::string NameOfErrorRow(const CSqliteStatement& row);
+/// The error that a row was written for, as far as a row that is not as it was written still tells: its
+/// number says it, and the columns say it once more.
+ErrorId IdOfErrorRow(const CSqliteStatement& row);
 
 } // namespace Faultkeeper::Apps
 

@@ -5,7 +5,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+#include <sys/shm.h>
 #include <sys/stat.h>
+
+#include <csignal>
 
 using namespace Support;
 using namespace Faultkeeper;
@@ -66,6 +70,54 @@ TEST_F(StoreTrouble, AStoreThatCannotBeWrittenStopsNoReportAndIsUsedAsSoonAsItCa
     EXPECT_EQ(Record(kLinkSensor).counter1, 10);
     EXPECT_EQ(Record(kDataSensor).counter1, 1);
     EXPECT_EQ(Record(kDataSensor).flags, 0);
+}
+
+TEST_F(StoreTrouble, WhatCouldNotBeStoredComesBackFromTheTable)
+{
+    struct rlimit before = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const struct rlimit little = {61440, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &little), 0);
+    auto owner = StartOwner();
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    Report("confirm repeat 1500 raise 0x40C09 9 clear 0x40C09 9 then raise 0x4281B 2");
+    ASSERT_TRUE(owner->SaysInTime("cannot be used: ")) << "its log may not grow that far";
+    Kill(*owner);
+    owner = StartOwner();
+    EXPECT_THAT(owner->Errors(), HasSubstr("info: the state store is behind"));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1500);
+    EXPECT_EQ(Record(kLinkSensor).flags, 0);
+    EXPECT_EQ(Record(kDataSensor).flags, kRaisedFlag);
+    EXPECT_EQ(Record(kPosition).flags, kRaisedFlag);
+    Kill(*owner);
+    m_directory.RemoveTable();
+    owner = StartOwner();
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1500) << "from the store";
+    EXPECT_EQ(Record(kDataSensor).flags, kRaisedFlag);
+}
+
+TEST_F(StoreTrouble, APipeInPlaceOfAStoreIsNotWaitedFor)
+{
+    const std::string pipe = m_directory.File("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const auto owner = StartOwner({"--state", pipe});
+    EXPECT_THAT(owner->Errors(), HasSubstr("cannot be used: it is not a regular file"));
+    owner->Process().Signal(SIGTERM);
+    EXPECT_EQ(owner->Wait(), 0);
+}
+
+TEST_F(StoreTrouble, AnotherProgramsSharedMemoryIsLeftAsItIs)
+{
+    const int segment = shmget(m_directory.Key(), 20000, IPC_CREAT | IPC_EXCL | 0600);
+    ASSERT_NE(segment, -1);
+    auto* const bytes = static_cast<unsigned char*>(shmat(segment, nullptr, 0));
+    bytes[0] = 77;
+    const auto owner = RunOwner({"--config", Configuration(), "--run-dir", m_directory.Path()});
+    EXPECT_EQ(owner->Wait(), 1);
+    EXPECT_EQ(owner->Errors(), "faultkeeperd: error: the shared memory under the key of " +
+                                   m_directory.Path() + " is not a table of faults, and left as it is\n");
+    EXPECT_EQ(bytes[0], 77);
+    shmdt(bytes);
 }
 
 TEST_F(StoreTrouble, AStoreThatAnotherOwnerHasIsLeftAlone)

@@ -1,6 +1,7 @@
 #include "faultkeeperd/owner/FormerState.h"
 
 #include "common/ErrorNames.h"
+#include "common/TableProbe.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/store/FormerTable.h"
 #include "faultkeeperd/store/StateKeeper.h"
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <memory>
 
 namespace Faultkeeper::Apps
 {
@@ -54,8 +56,10 @@ SStoredError Added(const SStoredError& stored, const SErrorEntry& record)
     SStoredError sum = {record, stored.raises + record.counter1};
     sum.entry.counter1 = static_cast<std::uint16_t>(stored.entry.counter1 + record.counter1);
     sum.entry.counter2 = static_cast<std::uint16_t>(stored.entry.counter2 + record.counter2);
-    sum.entry.raisedTime = std::max(stored.entry.raisedTime, record.raisedTime);
-    sum.entry.clearedTime = std::max(stored.entry.clearedTime, record.clearedTime);
+    if (record.raisedTime == Core::Time())
+        sum.entry.raisedTime = stored.entry.raisedTime;
+    if (record.clearedTime == Core::Time())
+        sum.entry.clearedTime = stored.entry.clearedTime;
     return sum;
 }
 
@@ -66,28 +70,48 @@ SStoredError Continued(const SStoredError& stored, const SErrorEntry& record)
     return {record, stored.raises + static_cast<std::uint64_t>(more)};
 }
 
-/// An owner that could read the store but not write it, as on a full disk, has put its counters into the
-/// table. Then those that have not changed since are as they are in the store.
-bool Continues(const std::vector<SErrorEntry>& records, const std::map<ErrorId, SStoredError>& errors)
+/// An owner that starts zeroes the table before it has put anything back.
+bool Blank(const SErrorEntry& record)
 {
-    return std::any_of(records.begin(), records.end(),
-                       [&errors](const SErrorEntry& record)
-                       {
-                           const auto found = errors.find(ErrorId(record.problemCode, record.problemType));
-                           return found != errors.end() && record.counter1 > 0 &&
-                                  record.counter1 == found->second.entry.counter1 &&
-                                  record.raisedTime == found->second.entry.raisedTime &&
-                                  record.clearedTime == found->second.entry.clearedTime;
-                       });
+    return record.flags == 0 && record.counter1 == 0 && record.counter2 == 0 &&
+           LastChange(record) == Core::Time();
 }
 
-/// An owner that did not write this store has run since the machine was started: its table knows better.
-void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records)
+/// The records of a table that tell something.
+std::vector<SErrorEntry> RecordsOf(const SStatusTable* table, const CErrorDatabase& database)
 {
+    std::vector<SErrorEntry> records;
+    if (table != nullptr)
+        records = UsableRecords(*table, database);
+    records.erase(std::remove_if(records.begin(), records.end(), Blank), records.end());
+    return records;
+}
+
+/// Does the table count on from what is stored? Where nobody has said: counters only grow, so one that is
+/// lower than it was stored has begun anew.
+bool Continues(ETableRelation relation, const std::vector<SErrorEntry>& records,
+               const std::map<ErrorId, SStoredError>& errors)
+{
+    if (relation != etrUnknown && relation != etrElsewhere)
+        return relation != etrApart;
+    return std::none_of(records.begin(), records.end(),
+                        [&errors](const SErrorEntry& record)
+                        {
+                            const auto found = errors.find(ErrorId(record.problemCode, record.problemType));
+                            return found != errors.end() && record.counter1 < found->second.entry.counter1;
+                        });
+}
+
+/// Since the store was written last an owner has run that did not write it: its table knows better.
+void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records, ETableRelation relation)
+{
+    LogInfo(former.sameBoot
+                ? "the state store is behind; starting from the table of a former owner"
+                : "the state store does not know of this boot; starting from the table of a former owner");
     std::map<ErrorId, SStoredError> errors;
     for (const SStoredError& error : former.errors)
         errors[ErrorId(error.entry.problemCode, error.entry.problemType)] = error;
-    const bool continued = Continues(records, errors);
+    const bool continued = Continues(relation, records, errors);
     for (const SErrorEntry& record : records)
     {
         SStoredError& error = errors[ErrorId(record.problemCode, record.problemType)];
@@ -97,12 +121,56 @@ void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records)
     for (const auto& error : errors)
         former.errors.push_back(error.second);
     former.sameBoot = true;
-    LogInfo("the state store does not know of this boot; starting from the table of a former owner");
 }
+
+bool Has(const SFormerState& former, const ErrorId& id)
+{
+    return std::any_of(former.errors.begin(), former.errors.end(),
+                       [&id](const SStoredError& error)
+                       { return ErrorId(error.entry.problemCode, error.entry.problemType) == id; });
+}
+
+/// The table has what the store has lost with a damaged row.
+/// @return what that is
+std::vector<SStoredError> TakeDropped(SFormerState& former, const std::vector<SErrorEntry>& records,
+                                      const std::vector<ErrorId>& dropped)
+{
+    std::vector<SStoredError> taken;
+    for (const SErrorEntry& record : records)
+    {
+        const ErrorId id(record.problemCode, record.problemType);
+        const bool lost = std::find(dropped.begin(), dropped.end(), id) != dropped.end();
+        if (!lost || Has(former, id))
+            continue;
+        taken.push_back({record, record.counter1});
+        LogInfo("error " + ErrorName(id.first, id.second) + " is taken from the table of a former owner");
+    }
+    former.errors.insert(former.errors.end(), taken.begin(), taken.end());
+    return taken;
+}
+
+/// Has a display seen these times, or are they at least not later than any that it can see? A time of an
+/// earlier boot can lie in the future: the clock was wrong, then or now. The table has not shown it.
+bool Shown(const SErrorEntry& entry, const SStatusTable* table, const Core::Time& now)
+{
+    if (LastChange(entry) <= now)
+        return true;
+    const int count = table == nullptr ? 0 : RecordCount(*table);
+    return count > 0 && std::any_of(table->records, table->records + count,
+                                    [&entry](const SErrorEntry& record)
+                                    {
+                                        return record.problemCode == entry.problemCode &&
+                                               record.problemType == entry.problemType &&
+                                               LastChange(record) == LastChange(entry);
+                                    });
+}
+
 /// What was published and not stored before the owner was killed has not happened. Displays have seen it,
 /// though, and go by the times.
-void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& records)
+void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& records,
+                        const SStatusTable* table)
 {
+    const Core::Time now = Core::Time::Now();
     std::map<ErrorId, const SErrorEntry*> known;
     for (const SStoredError& error : former.errors)
         known[ErrorId(error.entry.problemCode, error.entry.problemType)] = &error.entry;
@@ -115,7 +183,8 @@ void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& re
         nothing.entry.problemType = record.problemType;
         const auto found = known.find(id);
         const SErrorEntry& stored = found != known.end() ? *found->second : nothing.entry;
-        if (stored.flags == record.flags || LastChange(record) < LastChange(stored))
+        const Core::Time shown = Shown(stored, table, now) ? LastChange(stored) : Core::Time();
+        if (stored.flags == record.flags || LastChange(record) < shown)
             continue;
         former.contradicted.insert(id);
         if (found == known.end())
@@ -123,30 +192,73 @@ void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& re
     }
     former.errors.insert(former.errors.end(), unknown.begin(), unknown.end());
 }
+
+/// What was raised last because of another error, as far as the journal tells.
+std::set<ErrorId> Caused(CStateKeeper& keeper)
+{
+    constexpr std::size_t kAtOnce = 1000;
+    std::set<ErrorId> caused;
+    std::vector<STransition> transitions = keeper.Journal(0, kAtOnce);
+    while (!transitions.empty())
+    {
+        for (const STransition& transition : transitions)
+        {
+            const ErrorId id(transition.problemCode, transition.problemType);
+            if (transition.raised && transition.caused)
+                caused.insert(id);
+            else
+                caused.erase(id);
+        }
+        transitions = keeper.Journal(transitions.back().number + 1, kAtOnce);
+    }
+    return caused;
+}
+
+/// Within the range that makes sense, whatever is in the table has been seen.
+Core::Time LatestShown(const SFormerState& former, const std::vector<SErrorEntry>& records,
+                       const SStatusTable* table)
+{
+    const Core::Time now = Core::Time::Now();
+    Core::Time latest = LatestOf(records);
+    for (const SStoredError& error : former.errors)
+    {
+        if (former.sameBoot && Shown(error.entry, table, now))
+            latest = std::max(latest, LastChange(error.entry));
+    }
+    return latest;
+}
 } // namespace
 
 SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& database, const std::string& boot,
                              const std::string& configuration)
 {
-    const std::vector<SErrorEntry> records = FormerRecords(database);
+    const std::unique_ptr<SStatusTable> table = FormerTable();
+    const std::vector<SErrorEntry> records = RecordsOf(table.get(), database);
     const SStoreContents contents = keeper.Open(boot, configuration);
-    for (const std::string& dropped : contents.dropped)
-        LogWarning("the state store held a damaged row, which is dropped: " + dropped);
-    if (!contents.configuration.empty() && contents.configuration != configuration)
-        LogInfo("the state store is of another configuration; what still exists is kept");
     SFormerState former;
-    former.sameBoot = !boot.empty() && contents.boot == boot;
-    TakeStore(former, contents, database);
-    if (!former.sameBoot && !records.empty())
-        TakeTable(former, records);
-    else if (former.sameBoot)
-        FindContradictions(former, records);
-    former.latest = LatestOf(records);
-    if (former.sameBoot)
+    if (!contents.configuration.empty() && contents.configuration != configuration)
     {
-        for (const SStoredError& error : former.errors)
-            former.latest = std::max(former.latest, LatestOf({error.entry}));
+        LogInfo("the state store is of another configuration; what still exists is kept");
+        if (contents.OfBoot(boot))
+            former.caused = Caused(keeper);
     }
+    const ETableRelation relation = keeper.FormerTable();
+    former.sameBoot = contents.OfBoot(boot);
+    TakeStore(former, contents, database);
+    const bool stored = former.sameBoot && (relation == etrUnknown || relation == etrStored);
+    std::vector<SStoredError> fromTable;
+    if (!stored && !records.empty())
+    {
+        TakeTable(former, records, relation);
+        fromTable = former.errors;
+    }
+    else if (former.sameBoot)
+    {
+        fromTable = TakeDropped(former, records, contents.droppedErrors);
+        FindContradictions(former, records, table.get());
+    }
+    former.latest = LatestShown(former, records, table.get());
+    keeper.Begin(fromTable);
     return former;
 }
 

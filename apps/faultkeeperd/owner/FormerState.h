@@ -27,13 +27,15 @@ struct SFormerState
     std::vector<SStoredSession> sessions;
     bool sameBoot = false; ///< what was raised still is; otherwise reporters report it anew
     std::set<ErrorId>
-        contradicted;  ///< displays have seen these in the other state, and later: it was not stored
-    Core::Time latest; ///< the latest time that a display can have seen; zero if there is none
+        contradicted;         ///< displays have seen these in the other state, and later: it was not stored
+    std::set<ErrorId> caused; ///< raised because of another error, by a configuration that was another one
+    Core::Time latest;        ///< the latest time that a display can have seen; zero if there is none
 };
 
-/// Opens the store and reads it; what it names as damaged is logged. Without a store that knows of this boot,
-/// the records that a dead owner has left in the shared table of the working directory are used, which lasts
-/// as long as the machine runs. To be called before a creating view fills that table with zeros.
+/// Opens the store and reads it. Where the store does not know of this boot, or has fallen behind, the
+/// records that a dead owner has left in the shared table of the working directory are used, which lasts as
+/// long as the machine runs; likewise for an error whose row in the store was damaged. To be called before a
+/// creating view fills that table with zeros.
 ///
 /// States of errors that this configuration does not know stay in the store, for the day it does again.
 /// @param boot           as BootId gives it

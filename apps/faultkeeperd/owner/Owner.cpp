@@ -13,6 +13,21 @@
 namespace Faultkeeper::Apps
 {
 
+namespace
+{
+/// Is there an active error that would raise it?
+bool HasCause(const CError& error)
+{
+    const auto raises = [](const CTriggerSet& set)
+    {
+        return set.AutoTrigger() && std::any_of(set.Triggers().begin(), set.Triggers().end(),
+                                                [&set](const CError* trigger)
+                                                { return trigger->Active() && set.Raised(trigger); });
+    };
+    return std::any_of(error.TriggerSets().begin(), error.TriggerSets().end(), raises);
+}
+} // namespace
+
 COwner::COwner(CErrorDatabase& database, CStateKeeper& keeper, const SFormerState& former)
     : m_database(database), m_view(true, eViewOwner), m_publisher(m_database, m_view),
       m_recorder(database, keeper)
@@ -20,6 +35,7 @@ COwner::COwner(CErrorDatabase& database, CStateKeeper& keeper, const SFormerStat
     ConfirmTable();
     Restore(former);
     m_database.SetCallback(this);
+    ClearOrphans(former.caused);
 }
 
 COwner::~COwner()
@@ -27,7 +43,9 @@ COwner::~COwner()
     m_database.SetCallback(nullptr);
 }
 
-/// Nothing has changed, so nobody is told and nothing is counted.
+/// Nothing has changed, so nobody is told and nothing is counted. Times that no display can have seen, and
+/// that lie in the future all the same, are kept in the store and not shown: what happens now would be
+/// earlier.
 void COwner::Restore(const SFormerState& former)
 {
     Core::Time::NotBefore(former.latest); // displays notice only what is later than all they have seen
@@ -36,14 +54,40 @@ void COwner::Restore(const SFormerState& former)
     {
         SErrorEntry& entry = error.entry;
         const bool raised = (entry.flags & kRaisedFlag) != 0;
+        SErrorEntry shown = entry;
+        if (std::max(entry.raisedTime, entry.clearedTime) > Core::Time::Now())
+            shown.raisedTime = shown.clearedTime = Core::Time();
         if (former.contradicted.count(ErrorId(entry.problemCode, entry.problemType)) > 0)
-            (raised ? entry.raisedTime : entry.clearedTime) = Core::Time::Now();
-        entries.push_back(entry);
-        m_recorder.Restore(error);
+        {
+            const Core::Time now = Core::Time::Now();
+            (raised ? shown.raisedTime : shown.clearedTime) = now;
+            (raised ? entry.raisedTime : entry.clearedTime) = now;
+        }
+        entries.push_back(shown);
+        m_recorder.Restore(error, shown);
         if (raised)
             m_database.RaiseError(entry.problemCode, entry.problemType, true);
     }
     m_publisher.Restore(entries, former.sameBoot);
+}
+
+/// What was raised because of an error that has nothing to do with it any more would be cleared by nobody.
+/// One that is cleared can leave others behind.
+void COwner::ClearOrphans(const std::set<ErrorId>& caused)
+{
+    m_recorder.Begin(std::string());
+    for (bool changed = true; changed;)
+    {
+        changed = false;
+        for (const ErrorId& id : caused)
+        {
+            const CError* const error = m_database.RetrieveError(id.first, id.second);
+            if (error == nullptr || !error->Active() || HasCause(*error))
+                continue;
+            m_database.ClearError(id.first, id.second, false);
+            changed = changed || !error->Active();
+        }
+    }
 }
 
 bool COwner::Apply(int problemCode, int problemType, bool raised, const std::string& session)

@@ -10,6 +10,7 @@
 #include <Faultkeeper/ErrorDbChanged.h>
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -75,6 +76,7 @@ private:
     void ErrorCleared(int problemCode, int problemType) override;
 
     void Restore(const SFormerState& former);
+    void ClearOrphans(const std::set<ErrorId>& caused);
     bool PublishChanges();
     bool TakeTimes();
 

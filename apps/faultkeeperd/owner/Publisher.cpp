@@ -101,7 +101,8 @@ bool CPublisher::RestoreRecords()
     return m_formerStates ? m_view.RestoreErrors(m_former) : m_view.UpdateErrorDetails(m_former);
 }
 
-/// Raises that nobody was to see any more, in the counters.
+/// Raises that nobody was to see any more, in the counters. Of two records with one identifier the first one
+/// counts.
 bool CPublisher::PublishSkipped()
 {
     std::vector<SErrorEntry> records;
@@ -109,14 +110,16 @@ bool CPublisher::PublishSkipped()
     if (records.empty())
         return false;
     std::vector<SErrorEntry> counted;
+    std::map<ErrorId, int> left = m_skipped;
     for (SErrorEntry& record : records)
     {
-        const auto skipped = m_skipped.find(ErrorId(record.problemCode, record.problemType));
-        if (skipped == m_skipped.end())
+        const auto skipped = left.find(ErrorId(record.problemCode, record.problemType));
+        if (skipped == left.end())
             continue;
         record.counter1 = static_cast<std::uint16_t>(record.counter1 + skipped->second);
         record.counter2 = static_cast<std::uint16_t>(record.counter2 + skipped->second);
         counted.push_back(record);
+        left.erase(skipped);
     }
     const bool published = m_view.UpdateErrorDetails(counted);
     if (published)

@@ -10,9 +10,9 @@
 namespace Faultkeeper::Apps
 {
 
-void CStateRecorder::Restore(const SStoredError& error)
+void CStateRecorder::Restore(const SStoredError& error, const SErrorEntry& shown)
 {
-    m_states[ErrorId(error.entry.problemCode, error.entry.problemType)] = error;
+    m_states[ErrorId(error.entry.problemCode, error.entry.problemType)] = {shown, error.raises};
     m_keeper.Keep(error);
 }
 

@@ -29,7 +29,8 @@ public:
     }
 
     /// What an owner before this one has left. Nothing has changed by it.
-    void Restore(const SStoredError& error);
+    /// @param shown  what the table gets of it; the same but for times that are not to be shown
+    void Restore(const SStoredError& error, const SErrorEntry& shown);
 
     /// A request comes; what is noted from here on follows from it.
     /// @param session  who asks, for the journal

@@ -3,6 +3,7 @@
 #include "common/ConfigurationFingerprint.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/owner/FormerState.h"
+#include "faultkeeperd/store/FormerTable.h"
 #include "store/BootClock.h"
 
 #include <Faultkeeper/Version.h>
@@ -61,7 +62,11 @@ bool CService::Claim()
     const bool taken = m_claim.Take();
     if (!taken)
         LogError("another owner uses " + m_runDirectory);
-    return taken;
+    const bool foreign = taken && ForeignSegment();
+    if (foreign)
+        LogError("the shared memory under the key of " + m_runDirectory +
+                 " is not a table of faults, and left as it is");
+    return taken && !foreign;
 }
 
 bool CService::Load(const std::string& configurationPrefix)

@@ -36,7 +36,8 @@ public:
     /// @return false if it can't be had, as when another owner is running
     bool Listen(unsigned short port);
 
-    /// Makes sure that no other owner uses the working directory, on whatever port. Touches nothing.
+    /// Makes sure that no other owner uses the working directory, on whatever port, and that no other
+    /// program's shared memory is where the table belongs. Touches nothing.
     bool Claim();
 
     /// Loads the configuration, takes over the table of the working directory and brings the former state

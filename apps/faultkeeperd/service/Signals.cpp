@@ -25,7 +25,18 @@ struct SHandled
     struct sigaction before;
 };
 
-SHandled s_handled[] = {{SIGTERM, false, {}}, {SIGINT, false, {}}, {SIGHUP, true, {}}, {SIGPIPE, false, {}}};
+SHandled s_handled[] = {{SIGTERM, false, {}},
+                        {SIGINT, false, {}},
+                        {SIGHUP, true, {}},
+                        {SIGPIPE, false, {}},
+                        {SIGXFSZ, false, {}}};
+
+/// A write that cannot be done says so to its caller, who deals with it: a connection that is gone, a file
+/// that may not grow.
+bool TellsOfAWrite(int number)
+{
+    return number == SIGPIPE || number == SIGXFSZ;
+}
 
 extern "C" void FaultkeeperNoteSignal(int number)
 {
@@ -43,7 +54,7 @@ void Handle(SHandled& handled)
     struct sigaction action = {};
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    action.sa_handler = handled.number == SIGPIPE ? SIG_IGN : &FaultkeeperNoteSignal;
+    action.sa_handler = TellsOfAWrite(handled.number) ? SIG_IGN : &FaultkeeperNoteSignal;
     sigaction(handled.number, nullptr, &handled.before);
     if (!handled.respectIgnored || handled.before.sa_handler != SIG_IGN)
         sigaction(handled.number, &action, nullptr);

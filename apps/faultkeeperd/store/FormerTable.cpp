@@ -6,8 +6,11 @@
 #include <Faultkeeper/ErrorDatabase.h>
 
 #include <cstdint>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <set>
+#include <system_error>
 #include <utility>
 
 namespace Faultkeeper::Apps
@@ -22,11 +25,25 @@ bool TimeMakesSense(const Core::Time& time, const Core::Time& now)
     return time >= Core::Time() && time.Nanoseconds() <= now.Nanoseconds() + kDay;
 }
 
+// The number of the segment that was confirmed last, in the working directory: a new directory has none.
+constexpr const char* kConfirmedPath = "faultkeeper.segment";
+
+/// Was it confirmed by an owner in this very directory? That holds however the clock was set in between.
+bool Confirmed(int segment)
+{
+    std::error_code ignored; // what cannot be read confirms nothing
+    if (!std::filesystem::is_regular_file(kConfirmedPath, ignored))
+        return false;
+    std::ifstream file(kConfirmedPath);
+    int confirmed = -1;
+    return file >> confirmed && confirmed == segment;
+}
+
 bool OlderThanDirectory(int segment)
 {
     SSegmentFacts facts;
     std::int64_t birth = 0;
-    return ReadSegmentFacts(segment, facts) && DirectoryBirth(birth) && MadeBefore(facts, birth);
+    return ReadSegmentFacts(segment, facts) && DirectoryBirth(birth) && MadeBefore(segment, facts, birth);
 }
 
 bool MakesSense(const SErrorEntry& record, const Core::Time& now, const CErrorDatabase& database)
@@ -37,25 +54,39 @@ bool MakesSense(const SErrorEntry& record, const Core::Time& now, const CErrorDa
 }
 } // namespace
 
-bool MadeBefore(const SSegmentFacts& facts, std::int64_t birth)
+bool MadeBefore(int segment, const SSegmentFacts& facts, std::int64_t birth)
 {
-    return facts.changed < birth;
+    return facts.changed < birth && !Confirmed(segment);
 }
 
-std::vector<SErrorEntry> FormerRecords(const CErrorDatabase& database)
+std::unique_ptr<SStatusTable> FormerTable()
 {
     key_t key = -1;
-    if (!TableKey(key) || !SegmentUsable(key) || OlderThanDirectory(FindSegment(key)))
-        return {};
-    const auto table = std::make_unique<SStatusTable>();
-    return CopyTable(FindSegment(key), *table) ? UsableRecords(*table, database) : std::vector<SErrorEntry>();
+    if (!TableKey(key) || !SegmentUsable(key) || ForeignSegment() || OlderThanDirectory(FindSegment(key)))
+        return nullptr;
+    auto table = std::make_unique<SStatusTable>();
+    return CopyTable(FindSegment(key), *table) ? std::move(table) : nullptr;
+}
+
+bool ForeignSegment()
+{
+    key_t key = -1;
+    SSegmentFacts facts;
+    return TableKey(key) && ReadSegmentFacts(FindSegment(key), facts) && facts.bytes != kStatusTableBytes;
 }
 
 void ConfirmTable()
 {
     key_t key = -1;
-    if (TableKey(key))
-        ConfirmSegment(FindSegment(key));
+    if (!TableKey(key))
+        return;
+    const int segment = FindSegment(key);
+    ConfirmSegment(segment);
+    if (segment == -1 || Confirmed(segment))
+        return;
+    std::error_code ignored; // a directory that takes no file goes by the clock
+    if (!std::filesystem::is_other(kConfirmedPath, ignored))
+        std::ofstream(kConfirmedPath) << segment << "\n";
 }
 
 std::vector<SErrorEntry> UsableRecords(const SStatusTable& table, const CErrorDatabase& database)

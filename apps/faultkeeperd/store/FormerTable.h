@@ -5,6 +5,7 @@
 #include <Faultkeeper/StatusTable.h>
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace Faultkeeper
@@ -17,20 +18,25 @@ namespace Faultkeeper::Apps
 
 struct SSegmentFacts;
 
-/// The records that an owner before this one has left in the shared table of the working directory, as far as
-/// they make sense for this configuration. To be read before a creating view fills the table with zeros;
-/// nobody writes it then. Empty if there is no table of ours, or if it may not be read.
+/// The shared table of the working directory as an owner before this one has left it. To be read before a
+/// creating view fills the table with zeros; nobody writes it then. Null if there is no table of ours, or if
+/// it may not be read.
 ///
 /// Tables are found by a key that is made of 16 bits of the directory's number, and a new directory can get
-/// that of one that is gone: a table that is older than the directory is not read.
-std::vector<SErrorEntry> FormerRecords(const CErrorDatabase& database);
+/// that of one that is gone: a table that is older than the directory, and was not confirmed in it, is not
+/// read.
+std::unique_ptr<SStatusTable> FormerTable();
 
-/// Was that segment last confirmed before the directory's birth, in seconds since 1970? Then it is not the
-/// directory's.
-bool MadeBefore(const SSegmentFacts& facts, std::int64_t birth);
+/// Is there shared memory under the working directory's key that is no table? It is another program's, then:
+/// keys are made of 16 bits of a directory's number.
+bool ForeignSegment();
 
-/// From here on the table of the working directory counts as this directory's, however old it is. For its
-/// owner.
+/// Was that segment last confirmed before the directory's birth, in seconds since 1970, and not in this
+/// directory? Then it is not the directory's.
+bool MadeBefore(int segment, const SSegmentFacts& facts, std::int64_t birth);
+
+/// From here on the table of the working directory counts as this directory's, however old it is and however
+/// the clock is set: its number is left in a file. For its owner.
 void ConfirmTable();
 
 /// Those records of a table that make sense: of a known error, the first of each, with no bits set that mean

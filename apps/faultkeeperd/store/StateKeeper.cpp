@@ -8,17 +8,34 @@
 namespace Faultkeeper::Apps
 {
 
+namespace
+{
+/// In one line: of several that are alike the log would leave out all but one.
+void TellDropped(const SStoreContents& contents)
+{
+    std::string rows;
+    for (const std::string& dropped : contents.dropped)
+        rows += (rows.empty() ? "" : ", ") + dropped;
+    if (!rows.empty())
+        LogWarning((contents.dropped.size() == 1 ? "the state store held a damaged row, which is dropped: "
+                                                 : "the state store held damaged rows, which are dropped: ") +
+                   rows);
+}
+} // namespace
+
 constexpr std::chrono::milliseconds CStateKeeper::kCommitPause;
 constexpr std::chrono::milliseconds CStateKeeper::kRetryPause;
 
 SStoreContents CStateKeeper::Open(const std::string& boot, const std::string& configuration)
 {
+    m_note.Read();
     m_boot = boot;
     m_configuration = configuration;
     SStoreContents contents;
     if (Off())
         return contents;
     TryToOpen(esoPatiently, contents, Clock::now());
+    TellDropped(contents);
     Learn(contents);
     return contents;
 }
@@ -31,7 +48,7 @@ bool CStateKeeper::TryToOpen(EStoreOpening opening, SStoreContents& contents, Cl
     {
         try
         {
-            Begin(opening, contents);
+            BeginStore(opening, contents);
             return true;
         }
         catch (const CSqliteFailure& failure)
@@ -52,7 +69,7 @@ bool CStateKeeper::TryToOpen(EStoreOpening opening, SStoreContents& contents, Cl
     }
 }
 
-void CStateKeeper::Begin(EStoreOpening opening, SStoreContents& contents)
+void CStateKeeper::BeginStore(EStoreOpening opening, SStoreContents& contents)
 {
     m_store = std::make_unique<CStateStore>(m_settings, opening);
     if (opening == esoAtOnce && !m_checked)
@@ -102,6 +119,29 @@ void CStateKeeper::Learn(const SStoreContents& contents)
         return;
     for (const SStoredSession& session : contents.sessions)
         m_sessions[session.id] = session;
+}
+
+void CStateKeeper::Begin(const std::vector<SStoredError>& table)
+{
+    for (const SStoredError& error : table)
+        Keep(error);
+    if (!table.empty() && Storing())
+        CommitAtOnce(Clock::now());
+    m_begun = true;
+    Note(!table.empty());
+}
+
+/// How the owner's table and the store go together now.
+void CStateKeeper::Note(bool fromTable)
+{
+    if (Storing())
+        m_note.Write(etrStored, m_settings.path);
+    else if (m_known)
+        m_note.Write(etrAhead, m_settings.path); // what could be read is in the table
+    else if (fromTable)
+        m_note.FallBehind();
+    else
+        m_note.Write(etrApart, std::string());
 }
 
 void CStateKeeper::Keep(const SStoredError& error)
@@ -196,8 +236,7 @@ void CStateKeeper::OpenAnew(Clock::time_point now)
     SStoreContents contents;
     if (!TryToOpen(esoAtOnce, contents, now))
         return;
-    for (const std::string& dropped : contents.dropped)
-        LogWarning("the state store held a damaged row, which is dropped: " + dropped);
+    TellDropped(contents);
     ForgetStored();
     Settle(contents);
     TellEverything();
@@ -267,6 +306,8 @@ void CStateKeeper::Stored()
     m_transitions.clear();
     m_tried = 0;
     ++m_statistics.commits;
+    if (m_begun)
+        m_note.Write(etrStored, m_settings.path);
     if (m_failureTold)
         LogInfo("the state store " + m_settings.path + " works again");
     m_failureTold = false;
@@ -279,6 +320,8 @@ void CStateKeeper::Fail(const CSqliteFailure& failure, Clock::time_point now)
     m_forgottenSessions.clear(); // what is to be forgotten is seen when the store is opened anew
     LoseOldest();
     ++m_statistics.failures;
+    if (m_begun)
+        m_note.FallBehind();
     if (!m_failureTold)
         LogError("the state store " + m_settings.path + " cannot be used: " + failure.what() +
                  "; reports go on being applied and shown, but a restart would forget them");

@@ -2,6 +2,7 @@
 #define FAULTKEEPER_FAULTKEEPERD_STORE_STATEKEEPER_H
 
 #include "faultkeeperd/store/StateStore.h"
+#include "faultkeeperd/store/TableNote.h"
 #include "store/StoreRecords.h"
 
 #include <chrono>
@@ -44,14 +45,23 @@ public:
     };
 
     /// @param settings  an empty path: nothing is stored, and everything counts as kept
-    explicit CStateKeeper(const SStoreSettings& settings) : m_settings(settings) {}
+    explicit CStateKeeper(const SStoreSettings& settings) : m_settings(settings), m_note(settings.note) {}
 
     /// Opens the store for this boot and configuration, and waits up to two seconds for another process that
     /// uses it. One that is damaged is moved aside and a new one begun. One that can be read and not written,
     /// as on a full disk, is read; writing is tried again later. One that is read only later counts for less
-    /// than what has been kept here since.
+    /// than what has been kept here since. What is damaged in it is logged.
     /// @return what was in it; empty if nothing could be read
     SStoreContents Open(const std::string& boot, const std::string& configuration);
+
+    /// What the table that a former owner has left has to do with the store, once it is open. Anything but
+    /// unknown and stored means that the table knows better.
+    ETableRelation FormerTable() const { return m_note.RelationTo(m_settings.path); }
+
+    /// From here on the owner's table is what the store is to have, and what becomes of that is noted beside
+    /// the table. To be called once, before the former owner's table is overwritten.
+    /// @param table  what the owner takes from the former owner's table; it is stored at once
+    void Begin(const std::vector<SStoredError>& table);
 
     /// Is there a store that works? Otherwise kept means applied.
     bool Storing() const { return m_store != nullptr; }
@@ -92,7 +102,7 @@ private:
     bool Idle() const { return Off() || (Storing() && !Waits()); }
     Clock::time_point Due() const;
     bool TryToOpen(EStoreOpening opening, SStoreContents& contents, Clock::time_point now);
-    void Begin(EStoreOpening opening, SStoreContents& contents);
+    void BeginStore(EStoreOpening opening, SStoreContents& contents);
     bool MakeRoom(const CSqliteFailure& failure);
     void TryToRead(SStoreContents& contents);
     void OpenAnew(Clock::time_point now);
@@ -102,11 +112,14 @@ private:
     void ForgetStored();
     void TellEverything();
     SStoreBatch Batch() const;
+    void Note(bool fromTable);
     void Stored();
     void Fail(const CSqliteFailure& failure, Clock::time_point now);
     void LoseOldest();
 
     const SStoreSettings m_settings;
+    CTableNote m_note;
+    bool m_begun = false; // the note is about this owner's table
     std::string m_boot;
     std::string m_configuration;
     std::unique_ptr<CStateStore> m_store; // null while there is none that works

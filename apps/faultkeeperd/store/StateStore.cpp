@@ -125,9 +125,23 @@ SStoreContents CStateStore::Read()
     ReadFacts(contents);
     ReadErrors(contents);
     ReadSessions(contents);
-    for (const std::int64_t number : m_badTransitions)
-        contents.dropped.push_back("transition numbered " + std::to_string(number));
+    NameBadTransitions(contents);
     return contents;
+}
+
+/// Runs of them in one: there can be a hundred thousand.
+void CStateStore::NameBadTransitions(SStoreContents& contents) const
+{
+    for (auto first = m_badTransitions.begin(); first != m_badTransitions.end();)
+    {
+        auto last = first;
+        while (last + 1 != m_badTransitions.end() && *(last + 1) == *last + 1)
+            ++last;
+        contents.dropped.push_back(last == first ? "transition numbered " + std::to_string(*first)
+                                                 : "transitions numbered " + std::to_string(*first) + " to " +
+                                                       std::to_string(*last));
+        first = last + 1;
+    }
 }
 
 void CStateStore::ReadFacts(SStoreContents& contents)
@@ -153,7 +167,9 @@ void CStateStore::ReadErrors(SStoreContents& contents)
             continue;
         }
         m_badErrors.push_back(rows.Integer(0));
-        contents.dropped.push_back("error " + NameOfErrorRow(rows));
+        const ErrorId id = IdOfErrorRow(rows);
+        contents.dropped.push_back("error " + ErrorName(id.first, id.second));
+        contents.droppedErrors.push_back(id);
     }
 }
 

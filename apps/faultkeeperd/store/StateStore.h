@@ -20,6 +20,7 @@ struct SStoreSettings
     static constexpr std::size_t kUsualJournalLimit = 100000;
 
     std::string path;
+    std::string note; ///< where the owner notes how table and store go together; empty: nowhere
     std::size_t journalLimit = kUsualJournalLimit; ///< transitions; the oldest go first
     bool syncEachCommit = false; ///< have the medium hold each commit before it counts as done
 };
@@ -82,6 +83,7 @@ private:
     void FindJournalEnd();
     void CheckJournal();
     void BeginBoot();
+    void NameBadTransitions(SStoreContents& contents) const;
     void ReadFacts(SStoreContents& contents);
     void ReadErrors(SStoreContents& contents);
     void ReadSessions(SStoreContents& contents);

@@ -35,9 +35,12 @@ std::vector<SStoredError> CStoreReader::Errors()
     while (rows.Next())
     {
         if (GetRow(rows, error))
+        {
             errors.push_back(error);
-        else
-            m_dropped.push_back("error " + NameOfErrorRow(rows));
+            continue;
+        }
+        const ErrorId id = IdOfErrorRow(rows);
+        m_dropped.push_back("error " + ErrorName(id.first, id.second));
     }
     return errors;
 }

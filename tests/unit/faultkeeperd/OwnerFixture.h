@@ -53,9 +53,15 @@ protected:
     {
         Faultkeeper::Apps::SStoreSettings settings;
         settings.path = m_directory.File("state.db");
+        UseStore(settings);
+        return settings;
+    }
+
+    void UseStore(Faultkeeper::Apps::SStoreSettings settings)
+    {
+        settings.note = m_directory.File("note");
         m_keeper.reset(); // only one can have the file
         m_keeper = std::make_unique<Faultkeeper::Apps::CStateKeeper>(settings);
-        return settings;
     }
 
     /// An owner that starts from nothing.

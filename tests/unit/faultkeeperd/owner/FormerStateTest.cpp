@@ -2,6 +2,7 @@
 
 #include "../OwnerFixture.h"
 #include "support/CapturedOutput.h"
+#include "support/FreshDirectory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -54,6 +55,19 @@ protected:
         owner.LoadErrors(Database());
         owner.FaultkeeperReady(true);
         owner.RaiseError(kDataSensor.first, kDataSensor.second);
+    }
+
+    /// A table in which these errors were raised so often, one clear between two raises.
+    void LeaveTable(const std::vector<Id>& ids, int raises)
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(Database());
+        owner.FaultkeeperReady(true);
+        for (int raise = 0; raise < raises; ++raise)
+        {
+            owner.ClearErrors(ids);
+            owner.RaiseErrors(ids);
+        }
     }
 
     std::string Found()
@@ -152,6 +166,113 @@ TEST_F(FormerState, OfAStoreThatAnOwnerReadButCouldNotWriteIsNotCountedTwice)
               "Positioning:GPS:Communications:9 clear 5/5\nPositioning:Ublox:No Data:2 raised 1/1\n");
 }
 
+TEST_F(FormerState, IsNotCountedTwiceHoweverOftenTheOwnerIsKilledBeforeItCanWrite)
+{
+    LeaveStore("boot before", "c");
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(Database());
+        owner.RestoreErrors({Error(kLinkSensor, false, 5, 5).entry});
+        owner.FaultkeeperReady(true);
+        owner.RaiseError(kLinkSensor.first, kLinkSensor.second);
+    }
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 6/6\n");
+}
+
+TEST_F(FormerState, OfATableThatCountedByItselfIsAddedToTheStore)
+{
+    LeaveStore("boot before", "c");
+    WriteFile(m_directory.File("note"), "+ \n");
+    LeaveTable({kLinkSensor}, 7);
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 12/12\n");
+    UseStore();
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 12/12\n") << "it is in the store at once";
+}
+
+TEST_F(FormerState, OfATableThatCountsLowerThanTheStoreIsAddedToIt)
+{
+    LeaveStore("boot before", "c");
+    LeaveTable({kLinkSensor, kDataSensor}, 3);
+    EXPECT_EQ(Found(),
+              "Positioning:GPS:Communications:9 raised 8/8\nPositioning:Ublox:No Data:2 raised 3/3\n");
+}
+
+TEST_F(FormerState, OfATableThatIsAheadOfTheStoreIsTheTables)
+{
+    LeaveStore("boot", "c");
+    WriteFile(m_directory.File("note"), "> " + m_directory.File("state.db") + "\n");
+    LeaveTable({kLinkSensor, kDataSensor}, 7);
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 7/7\nPositioning:Ublox:No Data:2 raised "
+                       "7/7\na 17\n");
+    EXPECT_THAT(m_said, HasSubstr("info: the state store is behind; starting from the table"));
+    EXPECT_EQ(ReadFile(m_directory.File("note")), "= " + m_directory.File("state.db") + "\n");
+    UseStore();
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 7/7\nPositioning:Ublox:No Data:2 raised "
+                       "7/7\na 17\n");
+    EXPECT_EQ(m_said, "");
+}
+
+TEST_F(FormerState, OfATableThatIsInAnotherStoreIsTheTables)
+{
+    LeaveStore("boot", "c");
+    WriteFile(m_directory.File("note"), "= /another.db\n");
+    LeaveTable({kDataSensor}, 2);
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 5/5\nPositioning:Ublox:No Data:2 raised "
+                       "2/2\na 17\n");
+}
+
+TEST_F(FormerState, OfATableThatNothingWasPutIntoYetIsTheStores)
+{
+    LeaveStore("boot", "c");
+    WriteFile(m_directory.File("note"), "> " + m_directory.File("state.db") + "\n");
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(Database()); // and is killed
+    }
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 5/5\na 17\n");
+}
+
+class FutureTime : public FormerState, public testing::WithParamInterface<int>
+{
+protected:
+    /// A store of this boot with a time that many hours ahead.
+    SStoredError LeaveFuture()
+    {
+        LeaveStore("boot", "c");
+        SStoredError error = Error(kLinkSensor, false, 5, 5);
+        error.entry.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() +
+                                                             GetParam() * std::int64_t(3600000000000));
+        Keeper().Open("boot", "c");
+        Keeper().Keep(error);
+        Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+        UseStore();
+        return error;
+    }
+};
+
+TEST_P(FutureTime, ThatTheTableShowsHasBeenSeen)
+{
+    const SStoredError error = LeaveFuture();
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(Database());
+        owner.RestoreErrors({error.entry});
+    }
+    Found();
+    EXPECT_EQ(m_former.latest, error.entry.raisedTime);
+}
+
+TEST_P(FutureTime, ThatTheTableDoesNotShowHasNot)
+{
+    const SStoredError error = LeaveFuture();
+    LeaveTable();
+    Found();
+    EXPECT_LT(m_former.latest, error.entry.raisedTime);
+    EXPECT_GT(m_former.latest, Core::Time(1000));
+}
+
+INSTANTIATE_TEST_SUITE_P(Hours, FutureTime, testing::Values(1, 48, 40000));
+
 TEST_F(FormerState, OfTheStoreGoesBeforeTheTables)
 {
     LeaveStore("boot", "c");
@@ -167,4 +288,36 @@ TEST_F(FormerState, NamesTheRowsThatCannotBeTrusted)
     EXPECT_EQ(Found(), "a 17\n");
     EXPECT_EQ(m_said, "faultkeeperd: warning: the state store held a damaged row, which is dropped: error "
                       "Positioning:GPS:Communications:9\n");
+}
+
+TEST_F(FormerState, OfADamagedRowIsInTheTable)
+{
+    LeaveStore("boot", "c");
+    LeaveTable({kLinkSensor, kDataSensor}, 7);
+    CSqlite(m_directory.File("state.db")).Run("UPDATE errors SET counter1 = 9 WHERE type = 9");
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 7/7\na 17\n")
+        << "what was not stored has not happened";
+    EXPECT_THAT(
+        m_said,
+        HasSubstr("info: error Positioning:GPS:Communications:9 is taken from the table of a former"));
+    EXPECT_EQ(m_former.contradicted, std::set<Id>{kDataSensor});
+}
+
+TEST_F(FormerState, OfAnotherBootDoesNotTakeDamagedRowsFromNowhere)
+{
+    LeaveStore("boot before", "c");
+    CSqlite(m_directory.File("state.db")).Run("UPDATE errors SET counter1 = 9 WHERE type = 9");
+    EXPECT_EQ(Found(), "");
+}
+
+TEST_F(FormerState, NamesAllRowsThatCannotBeTrustedInOneLine)
+{
+    LeaveStore("boot", "c");
+    CSqlite(m_directory.File("state.db"))
+        .Run("UPDATE errors SET counter1 = 9; UPDATE sessions SET applied = 3; "
+             "INSERT INTO journal(number) VALUES(4), (5), (6), (8)");
+    EXPECT_EQ(Found(), "");
+    EXPECT_EQ(m_said, "faultkeeperd: warning: the state store held damaged rows, which are dropped: error "
+                      "Positioning:GPS:Communications:9, error Service:GPS:No Data:2, session that reads a, "
+                      "transitions numbered 4 to 6, transition numbered 8\n");
 }

@@ -230,6 +230,28 @@ TEST_F(Publisher, CountsEveryRaiseHoweverLongTheLockIsKept)
     EXPECT_GT(Record(kLinkSensor).clearedTime, Record(kLinkSensor).raisedTime);
 }
 
+TEST_F(Publisher, CountsEveryRaiseOfAnErrorThatIsDefinedTwice)
+{
+    Support::CConfigurationBuilder()
+        .Leaf("Positioning:GPS:Communications:9")
+        .Leaf("Positioning:GPS:Communications:9")
+        .WriteTo(m_directory.Prefix());
+    LoadAgain();
+    const auto view = std::make_unique<Faultkeeper::CErrorDatabaseView>(true, Faultkeeper::eViewOwner);
+    CPublisher publisher(Database(), *view);
+    publisher.ErrorRaised(kLinkSensor.first, kLinkSensor.second);
+    EXPECT_TRUE(publisher.Publish());
+    constexpr int kRounds = 35000;
+    for (int round = 0; round < kRounds; ++round)
+    {
+        publisher.ErrorCleared(kLinkSensor.first, kLinkSensor.second);
+        publisher.ErrorRaised(kLinkSensor.first, kLinkSensor.second);
+    }
+    EXPECT_TRUE(publisher.Publish());
+    EXPECT_EQ(Record(kLinkSensor).counter1, kRounds + 1);
+    EXPECT_EQ(Table().records[1].counter1, 0) << "nobody writes to the second one";
+}
+
 class CondensedChanges : public Publisher, public testing::WithParamInterface<unsigned>
 {
 };

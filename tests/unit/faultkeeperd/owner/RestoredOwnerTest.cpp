@@ -28,13 +28,15 @@ protected:
     }
 
     /// Ends the owner without a word, and starts the next one.
-    void Start(const std::string& boot)
+    void Start(const std::string& boot, const std::string& configuration = "c")
     {
         m_owner.reset();
         LoadAgain();
         if (m_stored)
             UseStore();
-        const SFormerState former = FindFormerState(Keeper(), Database(), boot, "c");
+        else
+            UseStore(SStoreSettings());
+        const SFormerState former = FindFormerState(Keeper(), Database(), boot, configuration);
         m_owner = std::make_unique<COwner>(Database(), Keeper(), former);
         m_owner->Publish(kStart);
     }
@@ -168,4 +170,95 @@ TEST_F(RestoredOwner, LetsDisplaysSeeThatWhatWasNotStoredHasNotHappened)
     EXPECT_TRUE(active(kPosition));
     EXPECT_EQ(Record(kLinkSensor).counter1, 1);
     EXPECT_EQ(Record(kDataSensor).counter1, 0);
+}
+
+TEST_F(RestoredOwner, KnowsWhatHappenedWhileNothingWasStored)
+{
+    Report(kLinkSensor, true);
+    m_stored = false;
+    WarnedBy([&] { Start("boot"); });
+    for (int round = 0; round < 5; ++round)
+    {
+        Report(kLinkSensor, false);
+        Report(kLinkSensor, true);
+    }
+    Report(kLinkSensor, false);
+    Report(kDataSensor, true);
+    m_stored = true;
+    WarnedBy([&] { Start("boot"); });
+    EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver, kPosition}));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 6);
+    EXPECT_EQ(Record(kDataSensor).counter1, 1);
+    Start("boot");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver, kPosition}));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 6) << "from the store now";
+}
+
+TEST_F(RestoredOwner, ShowsNoTimeOfAnEarlierBootThatLiesInTheFuture)
+{
+    Report(kLinkSensor, true);
+    m_owner.reset();
+    SStoredError future;
+    future.entry = Record(kLinkSensor);
+    future.raises = 1;
+    const Core::Time ahead =
+        Core::Time::FromNanoseconds(future.entry.raisedTime.Nanoseconds() + 100000000000000000);
+    future.entry.raisedTime = ahead;
+    Keeper().Keep(future);
+    Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+    m_directory.RemoveTable();
+    Start("next boot");
+    EXPECT_EQ(Record(kLinkSensor).raisedTime, Core::Time());
+    Start("next boot");
+    EXPECT_EQ(Record(kLinkSensor).raisedTime, Core::Time());
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1);
+    Report(kDataSensor, true);
+    EXPECT_LT(Record(kDataSensor).raisedTime, ahead);
+    EXPECT_GT(Record(kDataSensor).raisedTime, Core::Time());
+    Report(kLinkSensor, true);
+    EXPECT_LT(Record(kLinkSensor).raisedTime, ahead);
+    EXPECT_EQ(Record(kLinkSensor).counter1, 2);
+}
+
+TEST_F(RestoredOwner, HasTheParentsOfAnErrorWhoseRowWasDamaged)
+{
+    Report(kLinkSensor, true);
+    m_owner.reset();
+    UseStore(SStoreSettings());
+    CSqlite(m_directory.File("state.db")).Run("UPDATE errors SET counter2 = 9 WHERE type = 9");
+    WarnedBy([&] { Start("boot"); });
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1);
+    Report(kLinkSensor, false);
+    EXPECT_EQ(Raised(), std::vector<Id>());
+}
+
+TEST_F(RestoredOwner, ClearsWhatFollowedFromAnErrorThatHasNothingToDoWithItAnyMore)
+{
+    Report(kLinkSensor, true);
+    ASSERT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+    CConfigurationBuilder builder;
+    builder.Leaf("Positioning:GPS:Communications:9").Leaf("Positioning:Ublox:No Data:2");
+    builder.Parent("Positioning:GPS:No Data:2", {"Positioning:Ublox:No Data:2"});
+    builder.Parent("System:Position:No Data:2", {"Positioning:GPS:No Data:2"});
+    builder.WriteTo(m_directory.Prefix());
+    WarnedBy([&] { Start("boot", "d"); });
+    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
+    EXPECT_EQ(Record(kPosition).counter1, 1);
+    Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+    EXPECT_EQ(Keeper().JournalLength(), 5u) << "three raises, two clears";
+}
+
+TEST_F(RestoredOwner, KeepsWhatFollowsByAnotherConfigurationAsWell)
+{
+    Report(kLinkSensor, true);
+    Report(kReceiver, false);
+    Report(kReceiver, true); // by somebody who reports it: not for us to clear
+    CConfigurationBuilder builder;
+    builder.Leaf("Positioning:GPS:Communications:9").Leaf("Positioning:GPS:No Data:2");
+    builder.Parent("System:Position:No Data:2", {"Positioning:GPS:Communications:9"});
+    builder.WriteTo(m_directory.Prefix());
+    WarnedBy([&] { Start("boot", "d"); });
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+    EXPECT_EQ(Record(kPosition).counter1, 2);
 }

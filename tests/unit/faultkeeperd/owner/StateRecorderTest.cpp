@@ -79,7 +79,7 @@ TEST_F(StateRecorder, GoesOnFromAFormerOwnersCounts)
     former.entry.counter1 = 65535;
     former.entry.counter2 = 7;
     former.raises = 131071;
-    m_recorder->Restore(former);
+    m_recorder->Restore(former, former.entry);
     m_recorder->Note(kLinkSensor, true);
     EXPECT_EQ(Stored(), "Positioning:GPS:Communications:9 raised 0/8/131072\n");
 }

@@ -89,3 +89,10 @@ TEST(Signals, ABrokenPipeIsNone)
     raise(SIGPIPE);
     EXPECT_EQ(signals.Received(), 0);
 }
+
+TEST(Signals, AFileThatMayNotGrowIsNone)
+{
+    const CSignals signals;
+    raise(SIGXFSZ);
+    EXPECT_EQ(signals.Received(), 0);
+}

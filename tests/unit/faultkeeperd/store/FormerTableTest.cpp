@@ -11,6 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/shm.h>
+#include <sys/stat.h>
+
 #include <memory>
 
 using namespace Faultkeeper;
@@ -42,6 +45,13 @@ protected:
         return record;
     }
 
+    /// What a dead owner has left, as far as it is of use.
+    std::vector<SErrorEntry> Records()
+    {
+        const std::unique_ptr<SStatusTable> table = Faultkeeper::Apps::FormerTable();
+        return table == nullptr ? std::vector<SErrorEntry>() : UsableRecords(*table, *m_database);
+    }
+
     std::size_t Usable(const SErrorEntry& record)
     {
         const auto table = std::make_unique<SStatusTable>();
@@ -55,7 +65,7 @@ protected:
 
 TEST_F(FormerTable, WithoutATableThereIsNothing)
 {
-    EXPECT_TRUE(FormerRecords(*m_database).empty());
+    EXPECT_TRUE(Records().empty());
 }
 
 TEST_F(FormerTable, WhatAnOwnerHasLeftIsRead)
@@ -66,7 +76,7 @@ TEST_F(FormerTable, WhatAnOwnerHasLeftIsRead)
         owner.FaultkeeperReady(true);
         owner.RaiseError(0x40C1B, 2);
     }
-    const std::vector<SErrorEntry> records = FormerRecords(*m_database);
+    const std::vector<SErrorEntry> records = Records();
     ASSERT_EQ(records.size(), 2u);
     EXPECT_EQ(records[0].flags, 0);
     EXPECT_EQ(records[1].flags, kRaisedFlag);
@@ -106,15 +116,16 @@ TEST_F(FormerTable, OfADirectoryThatHadTheSameNumberIsNotRead)
         CErrorDatabaseView owner(true, eViewOwner);
         owner.LoadErrors(*m_database);
     }
-    ASSERT_EQ(FormerRecords(*m_database).size(), 2u);
+    ASSERT_EQ(Records().size(), 2u);
     // Some file systems give a directory that is made anew the number of the one before, and some do not.
     std::int64_t birth = 0;
     ASSERT_TRUE(DirectoryBirth(birth));
     SSegmentFacts facts;
     ASSERT_TRUE(ReadSegmentFacts(FindSegment(m_directory.Key()), facts));
     EXPECT_GE(facts.changed, birth);
-    EXPECT_FALSE(MadeBefore(facts, facts.changed));
-    EXPECT_TRUE(MadeBefore(facts, facts.changed + 1));
+    const int segment = FindSegment(m_directory.Key());
+    EXPECT_FALSE(MadeBefore(segment, facts, facts.changed));
+    EXPECT_TRUE(MadeBefore(segment, facts, facts.changed + 1));
 }
 
 TEST_F(FormerTable, CountsAsItsOwnersOnceConfirmed)
@@ -132,6 +143,40 @@ TEST_F(FormerTable, CountsAsItsOwnersOnceConfirmed)
     EXPECT_TRUE(Support::WaitUntil(later));
     EXPECT_EQ(after.user, before.user);
     EXPECT_EQ(after.mode, before.mode);
+}
+
+TEST_F(FormerTable, IsTheDirectorysHoweverTheClockIsSetAfterItWasConfirmed)
+{
+    const CErrorDatabaseView owner(true, eViewOwner);
+    const int segment = FindSegment(m_directory.Key());
+    SSegmentFacts facts;
+    ASSERT_TRUE(ReadSegmentFacts(segment, facts));
+    EXPECT_TRUE(MadeBefore(segment, facts, facts.changed + 1000000));
+    ConfirmTable();
+    EXPECT_FALSE(MadeBefore(segment, facts, facts.changed + 1000000));
+    EXPECT_TRUE(MadeBefore(segment + 1, facts, facts.changed + 1000000)) << "one that was made after it";
+}
+
+TEST_F(FormerTable, IsConfirmedWithoutWaitingForAPipe)
+{
+    const CErrorDatabaseView owner(true, eViewOwner);
+    ASSERT_EQ(mkfifo(m_directory.File("faultkeeper.segment").c_str(), 0600), 0);
+    ConfirmTable();
+    SSegmentFacts facts;
+    ASSERT_TRUE(ReadSegmentFacts(FindSegment(m_directory.Key()), facts));
+    EXPECT_TRUE(MadeBefore(FindSegment(m_directory.Key()), facts, facts.changed + 1));
+}
+
+TEST_F(FormerTable, OfAnotherSizeIsAnotherProgramsAndNotRead)
+{
+    EXPECT_FALSE(ForeignSegment()) << "there is none";
+    const int segment = shmget(m_directory.Key(), 20000, IPC_CREAT | IPC_EXCL | 0600);
+    ASSERT_NE(segment, -1);
+    EXPECT_TRUE(ForeignSegment());
+    EXPECT_EQ(Faultkeeper::Apps::FormerTable(), nullptr);
+    shmctl(segment, IPC_RMID, nullptr);
+    const CErrorDatabaseView owner(true, eViewOwner);
+    EXPECT_FALSE(ForeignSegment());
 }
 
 TEST_F(FormerTable, ACountOutOfRangeIsBroughtIntoIt)

@@ -258,6 +258,41 @@ TEST_F(RecoveringKeeper, AfterAFailureTheStoreIsLookedThroughBeforeItIsUsed)
                           Settings().path + " works again\n");
 }
 
+TEST_F(RecoveringKeeper, TheNextOwnerIsToldThatTheStoreIsBehindAsLongAsItIs)
+{
+    SStoreSettings settings = Settings();
+    settings.note = m_directory.Prefix() + "note";
+    CStateKeeper keeper(settings);
+    keeper.Open("boot", "c");
+    EXPECT_EQ(ReadFile(settings.note), "") << "this owner has not begun";
+    keeper.Begin({});
+    EXPECT_EQ(ReadFile(settings.note), "= " + settings.path + "\n");
+    FailOnce(keeper, [&] { EXPECT_EQ(ReadFile(settings.note), "> " + settings.path + "\n"); });
+    EXPECT_EQ(ReadFile(settings.note), "= " + settings.path + "\n");
+}
+
+TEST_F(RecoveringKeeper, AStoreThatCannotBeWrittenAtTheBeginningIsBehindFromThere)
+{
+    Leave("boot");
+    SStoreSettings settings = Settings();
+    settings.note = m_directory.Prefix() + "note";
+    FailingDisk::RefuseAfter(0, ENOSPC, -1);
+    CStateKeeper keeper(settings);
+    WarnedBy([&] { keeper.Open("boot", "c"); });
+    EXPECT_FALSE(keeper.Storing());
+    EXPECT_EQ(ReadFile(settings.note), "");
+    keeper.Begin({});
+    EXPECT_EQ(ReadFile(settings.note), "> " + settings.path + "\n");
+}
+
+TEST_F(RecoveringKeeper, WhatIsTakenFromATableIsStoredBeforeTheTableIsOverwritten)
+{
+    CStateKeeper keeper(Settings());
+    keeper.Open("boot", "c");
+    keeper.Begin({Error(2, true, 1)});
+    EXPECT_EQ(keeper.Statistics().commits, 1u);
+}
+
 TEST_F(RecoveringKeeper, WithoutAStoreNothingIsRemembered)
 {
     CStateKeeper keeper{SStoreSettings()};

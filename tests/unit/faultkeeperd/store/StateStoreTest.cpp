@@ -242,7 +242,7 @@ TEST_F(DamagedStateStore, TheNumberOfADamagedLastTransitionIsNotGivenAgain)
 {
     MakeAndChange("UPDATE journal SET code = 1 WHERE number > 2");
     EXPECT_EQ(TakenOver(), "boot c\n" + kError2 + kError3 + kSessions +
-                               "dropped transition numbered 3\ndropped transition numbered 4\n2 up to 4\n");
+                               "dropped transitions numbered 3 to 4\n2 up to 4\n");
 }
 
 TEST_F(StateStore, TheJournalIsTrimmedByHowManyThereAreAndNotByTheirNumbers)

@@ -4,6 +4,10 @@
 #include "store/Sqlite.h"
 #include "support/CapturedOutput.h"
 
+#include <gmock/gmock.h>
+
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <fstream>
 
@@ -89,6 +93,20 @@ TEST_F(StoreFile, ThatIsNotOursIsUsedAsSoonAsItHasMadeRoom)
     std::rename(Path().c_str(), Path(".theirs").c_str());
     WarnedBy([&] { keeper.Commit(CStateKeeper::Clock::now() + std::chrono::hours(1)); });
     EXPECT_TRUE(keeper.Storing());
+}
+
+TEST_F(StoreFile, ThatIsNoRegularFileIsRefusedWithoutBeingOpened)
+{
+    ASSERT_EQ(mkfifo(Path().c_str(), 0600), 0);
+    EXPECT_EQ(Said(), Refusal("it is not a regular file"));
+    EXPECT_FALSE(Exists("-wal"));
+}
+
+TEST_F(StoreFile, WhoseLogIsAPipeIsNotWaitedFor)
+{
+    WriteFile(Path(), "");
+    ASSERT_EQ(mkfifo(Path("-wal").c_str(), 0600), 0);
+    EXPECT_THAT(Said(), testing::HasSubstr("cannot be used: it is not a regular file"));
 }
 
 TEST_F(StoreFile, IsOursBeforeItsLogIsMovedIntoIt)

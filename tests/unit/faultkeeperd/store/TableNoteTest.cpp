@@ -1,0 +1,103 @@
+#include "faultkeeperd/store/TableNote.h"
+
+#include "support/FreshDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Faultkeeper::Apps;
+using namespace Support;
+
+namespace
+{
+
+class TableNote : public testing::Test
+{
+protected:
+    /// What a note that the next owner finds says of the store "/a".
+    ETableRelation Found() const
+    {
+        CTableNote note(Path());
+        note.Read();
+        return note.RelationTo("/a");
+    }
+
+    std::string Path() const { return m_directory.File("note"); }
+
+    CFreshDirectory m_directory;
+};
+
+} // namespace
+
+TEST_F(TableNote, ThatIsNotThereSaysNothing)
+{
+    EXPECT_EQ(Found(), etrUnknown);
+    CTableNote none("");
+    none.Read();
+    none.Write(etrStored, "/a");
+    none.FallBehind();
+    EXPECT_EQ(none.RelationTo("/a"), etrUnknown);
+}
+
+TEST_F(TableNote, IsOneLine)
+{
+    CTableNote note(Path());
+    note.Write(etrStored, "/a");
+    EXPECT_EQ(ReadFile(Path()), "= /a\n");
+    EXPECT_EQ(Found(), etrStored);
+    note.FallBehind();
+    EXPECT_EQ(ReadFile(Path()), "> /a\n");
+    EXPECT_EQ(Found(), etrAhead);
+    note.FallBehind();
+    EXPECT_EQ(Found(), etrAhead);
+    note.Write(etrApart, "");
+    EXPECT_EQ(ReadFile(Path()), "+ \n");
+    EXPECT_EQ(Found(), etrApart);
+    note.FallBehind();
+    EXPECT_EQ(Found(), etrApart);
+}
+
+TEST_F(TableNote, OfAnotherStoreMakesTheTableTheNewer)
+{
+    CTableNote note(Path());
+    note.Write(etrStored, "/b");
+    EXPECT_EQ(Found(), etrElsewhere);
+    note.FallBehind();
+    EXPECT_EQ(Found(), etrElsewhere);
+}
+
+TEST_F(TableNote, OfNobodyKnowsWhatMakesTheTableTheNewer)
+{
+    CTableNote note(Path());
+    note.FallBehind();
+    EXPECT_EQ(ReadFile(Path()), "? \n");
+    EXPECT_EQ(Found(), etrElsewhere);
+}
+
+TEST_F(TableNote, ThatCouldNotBeWrittenWholeMakesTheTableTheNewer)
+{
+    for (const char* const text : {"", "\n", "x /a\n", "?"})
+    {
+        WriteFile(Path(), text);
+        EXPECT_EQ(Found(), etrElsewhere) << text;
+    }
+}
+
+TEST_F(TableNote, ThatIsNoFileIsNotWaitedFor)
+{
+    ASSERT_EQ(mkfifo(Path().c_str(), 0600), 0);
+    EXPECT_EQ(Found(), etrUnknown);
+    CTableNote(Path()).Write(etrStored, "/a");
+    EXPECT_EQ(Found(), etrUnknown);
+}
+
+TEST_F(TableNote, IsMadeAnewIfSomebodyHasRemovedIt)
+{
+    CTableNote note(Path());
+    note.Write(etrStored, "/a");
+    ASSERT_EQ(unlink(Path().c_str()), 0);
+    note.FallBehind();
+    EXPECT_EQ(Found(), etrAhead);
+}
