@@ -81,6 +81,7 @@ bool CService::Load(const std::string& configurationPrefix)
     return Settle();
 }
 
+    m_claim.Mark();
 bool CService::Run()
 {
     bool working = true;

@@ -1,8 +1,8 @@
 #ifndef FAULTKEEPER_FAULTKEEPERD_SERVICE_SERVICE_H
 #define FAULTKEEPER_FAULTKEEPERD_SERVICE_SERVICE_H
 
+#include "common/OwnerClaim.h"
 #include "faultkeeperd/owner/Owner.h"
-#include "faultkeeperd/owner/OwnerClaim.h"
 #include "faultkeeperd/service/NotificationHandler.h"
 #include "faultkeeperd/service/ServiceManager.h"
 #include "faultkeeperd/service/Signals.h"
