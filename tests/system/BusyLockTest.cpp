@@ -122,6 +122,20 @@ TEST_F(BusyLock, ThatIsNeverGivenBackDoesNotKeepTheOwnerFromEnding)
     EXPECT_TRUE(holder.Release());
 }
 
+TEST_F(BusyLock, ThatIsNeverGivenBackIsNoFailureWhereNothingWaits)
+{
+    const auto owner = StartOwner();
+    CLockHolder holder;
+    owner->Process().Signal(SIGTERM);
+    EXPECT_EQ(owner->Wait(), 0);
+    EXPECT_NE(
+        owner->Errors().find("faultkeeperd: warning: the lock stays busy: the shared table could not be "
+                             "declared not ready\nfaultkeeperd: info: ended\n"),
+        std::string::npos)
+        << owner->Errors();
+    EXPECT_TRUE(holder.Release());
+}
+
 TEST_F(BusyLock, AdmitsOneAtATimeAfterAnOwnerWasKilledWhileItWasHeld)
 {
     const auto killed = StartOwner();

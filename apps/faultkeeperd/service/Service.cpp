@@ -191,9 +191,16 @@ bool CService::End()
     m_handler.Acknowledge();
     m_server.Close();
     m_keeper.CommitAtOnce(Clock::now()); // that the sessions have no connections any more
-    if (!m_owner->Publisher().Done())
+    return TellEnd();
+}
+
+/// @return true if nothing is missing from the table
+bool CService::TellEnd()
+{
+    const std::size_t waiting = m_owner->Publisher().Waiting();
+    if (waiting > 0 || m_owner->Failed())
     {
-        LogError("ended with " + std::to_string(m_owner->Publisher().Waiting()) + " changes not published");
+        LogError("ended with " + std::to_string(waiting) + " changes not published");
         return false;
     }
     LogInfo("ended");
@@ -201,3 +208,7 @@ bool CService::End()
 }
 
 } // namespace Faultkeeper::Apps
+    if (m_owner->Publisher().Done())
+        m_claim.Unmark();
+    else // displays see by the claim that this owner has gone
+        LogWarning("the lock stays busy: the shared table could not be declared not ready");

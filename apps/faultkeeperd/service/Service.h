@@ -46,8 +46,8 @@ public:
     bool Load(const std::string& configurationPrefix);
 
     /// Works until a signal asks it to end, then publishes and stores what is pending and declares the table
-    /// not ready.
-    /// @return true if all of that was done; false if the table failed or stayed locked
+    /// not ready, unless it stays locked.
+    /// @return true if everything is published; false if the table failed, or changes are left
     bool Run();
 
 private:
@@ -57,6 +57,7 @@ private:
     bool Settle();
     bool Publish();
     bool End();
+    bool TellEnd();
 
     const std::string m_runDirectory;
     const COwner::Clock::time_point m_begin;
