@@ -1,6 +1,7 @@
 #include "faultkeeperd/service/Service.h"
 
 #include "common/ConfigurationFingerprint.h"
+#include "common/TableCalls.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/owner/FormerState.h"
 #include "store/BootClock.h"
@@ -58,10 +59,14 @@ bool CService::Listen(unsigned short port)
 
 bool CService::Claim()
 {
-    const bool taken = m_claim.Take();
-    if (!taken)
-        LogError("another owner uses " + m_runDirectory);
-    return taken;
+    if (m_claim.Take())
+        return true;
+    const pid_t holder = m_claim.Holder();
+    if (ProcessRuns(holder))
+        LogError("another owner uses " + m_runDirectory + ": process " + std::to_string(holder));
+    else // not by an owner, which would say so
+        LogError("another process holds the lock by which owners claim " + m_runDirectory);
+    return false;
 }
 
 bool CService::Load(const std::string& configurationPrefix)
@@ -76,12 +81,12 @@ bool CService::Load(const std::string& configurationPrefix)
     m_fingerprint = ConfigurationFingerprint(*m_database);
     const SFormerState former = FindFormerState(m_keeper, *m_database, BootId(), m_fingerprint);
     m_owner = std::make_unique<COwner>(*m_database, m_keeper, former);
+    m_claim.Mark();
     m_handler.Begin(*m_owner, m_keeper, former.sessions);
     m_handler.Statistics([this] { return StatisticsMessage(Statistics()); });
     return Settle();
 }
 
-    m_claim.Mark();
 bool CService::Run()
 {
     bool working = true;
@@ -203,12 +208,12 @@ bool CService::TellEnd()
         LogError("ended with " + std::to_string(waiting) + " changes not published");
         return false;
     }
+    if (m_owner->Publisher().Done())
+        m_claim.Unmark();
+    else // displays see by the claim that this owner has gone
+        LogWarning("the lock stays busy: the shared table could not be declared not ready");
     LogInfo("ended");
     return true;
 }
 
 } // namespace Faultkeeper::Apps
-    if (m_owner->Publisher().Done())
-        m_claim.Unmark();
-    else // displays see by the claim that this owner has gone
-        LogWarning("the lock stays busy: the shared table could not be declared not ready");
