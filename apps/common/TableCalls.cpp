@@ -39,6 +39,19 @@ bool Operate(int semaphore, short change, short flags)
     return semop(semaphore, &operation, 1) == 0;
 }
 
+/// All zero if it may not be read.
+struct semid_ds Description(int semaphore)
+{
+    struct semid_ds description = {};
+    union
+    {
+        int val;
+        struct semid_ds* buf;
+    } argument = {}; // passed as the union that the call takes: some machines pass those by address
+    argument.buf = &description;
+    return semctl(semaphore, 0, IPC_STAT, argument) == 0 ? description : semid_ds();
+}
+
 // The letter behind the name in parentheses, which may itself hold parentheses; 0 if the process is not
 // listed.
 char ProcessState(pid_t process)
@@ -149,14 +162,12 @@ pid_t LastLocker(int semaphore)
 
 std::int64_t LockUsed(int semaphore)
 {
-    struct semid_ds description = {};
-    union
-    {
-        int val;
-        struct semid_ds* buf;
-    } argument = {}; // passed as the union that the call takes: some machines pass those by address
-    argument.buf = &description;
-    return semctl(semaphore, 0, IPC_STAT, argument) == 0 ? Seconds(description.sem_otime) : 0;
+    return Seconds(Description(semaphore).sem_otime);
+}
+
+std::int64_t LockMade(int semaphore)
+{
+    return Seconds(Description(semaphore).sem_ctime);
 }
 
 int TakeDownLock(int semaphore)

@@ -1,5 +1,7 @@
 #include "common/TableProbe.h"
 
+#include "common/OwnerClaim.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -110,6 +112,8 @@ ETableState Examine(STableFacts& facts, const std::vector<int>& ownAttachments)
         return etsOwnerGone;
     if (!SemaphoreUsable(facts.key))
         return StateOfFailure(facts);
+    if (OwnerClaimLeft(facts.semaphore))
+        return etsOwnerGone;
     return CopyUnderLock(facts);
 }
 } // namespace

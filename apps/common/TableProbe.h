@@ -45,12 +45,16 @@ struct STableFacts
 /// Looks whether there is a table and an owner, and copies the table under its lock. Makes nothing, prints
 /// nothing, and leaves everything as it was.
 ///
-/// A lock that is busy is tried again for a few hundred milliseconds. That an owner is there shows by the
-/// lock: the system takes it away from everybody when the process that made it available ends, so a lock that
-/// cannot be had, and was last touched by a process that has ended, has no owner. Nor has a segment that
-/// nobody is attached to. Both are looked at several times before an owner counts as gone, since one that is
-/// just starting passes through the same states; a lock that nobody has ever touched is one that is not
-/// ready.
+/// A lock that is busy is tried again for a few hundred milliseconds. That an owner has ended shows in three
+/// ways. One that claims the directory, as faultkeeperd does, is gone when its claim is free. The system
+/// takes the lock away from everybody when the process that made it available ends, so a lock that cannot be
+/// had, and was last touched by a process that has ended, has no owner. Nor has a segment that nobody is
+/// attached to. These two are looked at several times, since an owner that is just starting passes through
+/// the same states; a lock that nobody has ever touched is one that is not ready.
+///
+/// A lock that can be had proves no owner: whoever held it when the owner was killed gives it back as if
+/// there were one. Only the claim tells then; an owner that makes none goes on counting as present until
+/// nobody is attached any more.
 /// @param ownAttachments  segments that this process itself has attached, once for each time: they tell of no
 /// owner
 STableFacts ProbeTable(const std::vector<int>& ownAttachments = {});

@@ -1,14 +1,10 @@
 #include "common/TypedText.h"
 
-#include <cstddef>
-
 namespace Faultkeeper::Apps
 {
 
 namespace
 {
-constexpr std::size_t kQuotedBytes = 200;
-
 bool IsWithin(unsigned char byte, unsigned first, unsigned last)
 {
     return byte >= first && byte <= last;
@@ -91,7 +87,7 @@ std::string WithoutControls(const std::string& text)
     return shown;
 }
 
-std::string QuotedTyped(const std::string& text)
+std::string QuotedTyped(const std::string& text, std::size_t mostBytes)
 {
     std::string shown = "\"";
     std::size_t start = 0;
@@ -99,9 +95,10 @@ std::string QuotedTyped(const std::string& text)
     {
         const std::size_t bytes = CharacterBytes(text, start);
         const std::size_t end = start + (bytes == 0 ? 1 : bytes);
-        if (end > kQuotedBytes)
+        if (end > mostBytes)
             break;
-        shown += text[start] == '\\' ? "\\\\" : Shown(text, start, bytes);
+        shown += text[start] == '\\' || text[start] == '"' ? std::string("\\") + text[start]
+                                                           : Shown(text, start, bytes);
         start = end;
     }
     return shown + (start < text.size() ? "\"..." : "\"");

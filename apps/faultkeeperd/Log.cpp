@@ -1,5 +1,6 @@
 #include "faultkeeperd/Log.h"
 
+#include "common/TypedText.h"
 #include "faultkeeperd/LogLimit.h"
 
 #include <cstddef>
@@ -13,22 +14,6 @@ namespace
 {
 constexpr std::size_t kQuotedBytes = 80;
 
-std::string Printable(const std::string& text)
-{
-    std::string result;
-    for (const char byte : text)
-    {
-        const unsigned value = static_cast<unsigned char>(byte);
-        char escaped[8];
-        std::snprintf(escaped, sizeof escaped, "\\x%02X", value);
-        if (value < 0x20 || value == 0x7F)
-            result += escaped;
-        else
-            result += byte;
-    }
-    return result;
-}
-
 std::unique_ptr<CLogLimit> s_limit; // null: nothing is left out
 
 void Write(const std::string& text)
@@ -41,7 +26,7 @@ void Write(const std::string& text)
 
 void Log(const char* level, const std::string& text)
 {
-    std::string line = std::string(level) + ": " + Printable(text);
+    std::string line = std::string(level) + ": " + WithoutControls(text);
     if (s_limit != nullptr)
         line = s_limit->Admit(line, CLogLimit::Clock::now());
     if (!line.empty())
@@ -79,8 +64,7 @@ void LogLeftOut(bool all)
 
 std::string Quoted(const std::string& text)
 {
-    const std::string start = Printable(text.substr(0, kQuotedBytes));
-    return "\"" + start + (text.size() > kQuotedBytes ? "\"..." : "\"");
+    return QuotedTyped(text, kQuotedBytes);
 }
 
 } // namespace Faultkeeper::Apps

@@ -6,8 +6,9 @@
 namespace Faultkeeper::Apps
 {
 
-/// One line each on standard error, "faultkeeperd: <level>: text". Line ends and other control characters in
-/// `text` are written as \xNN, so nothing a peer sends can forge a line.
+/// One line each on standard error, "faultkeeperd: <level>: text". Line ends, other control characters and
+/// what is no UTF-8 in `text` are written as \xNN, so nothing a peer sends can forge a line or steer a
+/// terminal.
 void LogError(const std::string& text);
 void LogWarning(const std::string& text);
 void LogInfo(const std::string& text);
@@ -19,7 +20,8 @@ void LimitLog();
 /// the end.
 void LogLeftOut(bool all);
 
-/// The text as a log line may hold it: control characters as \xNN, and no more than its first 80 bytes.
+/// The text of somebody else as a log line may hold it, in quotation marks that it cannot end: no more than
+/// its first 80 bytes.
 std::string Quoted(const std::string& text);
 
 } // namespace Faultkeeper::Apps

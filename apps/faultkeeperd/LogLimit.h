@@ -14,8 +14,10 @@ namespace Faultkeeper::Apps
 /// Lets the same line through once a second, and counts the others: logs are kept on flash, and whoever reads
 /// one wants to see what else there is.
 ///
-/// Lines are the same if they differ in nothing but numbers and what is quoted, so no peer can fill the log
-/// by sending something else each time. Cost: the last line of each kind, for kKinds of them at most.
+/// Lines are the same if they differ in nothing but numbers and what is quoted, where a backslash keeps a
+/// quotation mark from ending the quotation: so no peer can fill the log by sending something else each time.
+/// If there are more than kKinds kinds in a second, those beyond are left out and counted together. Cost: the
+/// last line of each kind, for kKinds of them at most.
 class CLogLimit
 {
 public:
@@ -29,7 +31,8 @@ public:
     ///         nothing
     std::string Admit(const std::string& line, Clock::time_point now);
 
-    /// The last of each kind that was left out, with their number, once their second is over.
+    /// The last of each kind that was left out, with their number, once their second is over; also the last
+    /// of those that found no room.
     /// @param all  without waiting for that
     std::vector<std::string> LeftOut(Clock::time_point now, bool all);
 
@@ -41,9 +44,11 @@ private:
         std::uint64_t leftOut = 0;
     };
 
-    void MakeRoom();
+    bool MakeRoom(Clock::time_point now);
+    void TellOthers(Clock::time_point now, bool all, std::vector<std::string>& lines);
 
     std::map<std::string, SKind> m_kinds; // by what lines of a kind have in common
+    SKind m_others;                       // what found no room there, or had to make some
 };
 
 } // namespace Faultkeeper::Apps

@@ -50,8 +50,8 @@ TEST_F(BusyLock, LosesNoReportHoweverLongItIsHeld)
 {
     const auto owner = StartOwner();
     CLockHolder holder;
-    Report("repeat 100 raise 0x40C09 9 clear 0x40C09 9 then raise 0x4281B 2");
-    ASSERT_TRUE(owner->SaysInTime("unable to obtain lock\nunable to obtain lock\nunable to obtain lock\n"));
+    Report("confirm repeat 100 raise 0x40C09 9 clear 0x40C09 9 then raise 0x4281B 2");
+    ASSERT_TRUE(owner->SaysInTime("which does not let go; changes wait\n"));
     EXPECT_EQ(Record(kLinkSensor).counter1, 0);
 
     EXPECT_TRUE(holder.Release());
@@ -90,8 +90,7 @@ TEST_F(BusyLock, IsFreeAgainWhenItsHolderIsKilled)
 {
     const auto owner = StartOwner();
     CLockHolder holder;
-    Report("raise 0x40C09 9");
-    ASSERT_TRUE(owner->SaysInTime("unable to obtain lock"));
+    Report("confirm raise 0x40C09 9");
     holder.Process().Signal(SIGKILL);
     EXPECT_EQ(holder.Process().Wait(), 128 + SIGKILL);
     CDisplay display(Configuration());
@@ -102,8 +101,7 @@ TEST_F(BusyLock, DoesNotKeepTheOwnerFromPublishingBeforeItEnds)
 {
     const auto owner = StartOwner();
     CLockHolder holder;
-    Report("raise 0x40C09 9");
-    ASSERT_TRUE(owner->SaysInTime("unable to obtain lock"));
+    Report("confirm raise 0x40C09 9");
     owner->Process().Signal(SIGTERM);
     EXPECT_TRUE(holder.Release());
     EXPECT_EQ(owner->Wait(), 0) << owner->Errors();
@@ -115,12 +113,25 @@ TEST_F(BusyLock, ThatIsNeverGivenBackDoesNotKeepTheOwnerFromEnding)
 {
     const auto owner = StartOwner();
     CLockHolder holder;
-    Report("raise 0x40C09 9");
-    ASSERT_TRUE(owner->SaysInTime("unable to obtain lock"));
+    Report("confirm raise 0x40C09 9");
     owner->Process().Signal(SIGTERM);
     EXPECT_EQ(owner->Wait(), 1);
     EXPECT_NE(owner->Errors().find("faultkeeperd: error: ended with 3 changes not published\n"),
               std::string::npos)
+        << owner->Errors();
+    EXPECT_TRUE(holder.Release());
+}
+
+TEST_F(BusyLock, ThatIsNeverGivenBackIsNoFailureWhereNothingWaits)
+{
+    const auto owner = StartOwner();
+    CLockHolder holder;
+    owner->Process().Signal(SIGTERM);
+    EXPECT_EQ(owner->Wait(), 0);
+    EXPECT_NE(
+        owner->Errors().find("faultkeeperd: warning: the lock stays busy: the shared table could not be "
+                             "declared not ready\nfaultkeeperd: info: ended\n"),
+        std::string::npos)
         << owner->Errors();
     EXPECT_TRUE(holder.Release());
 }
@@ -171,7 +182,6 @@ TEST_F(BusyLock, AdmitsOneAtATimeWithAReaderStoppedWhileOwnersComeAndGo)
     CLockHolder another; // keeps everybody else out again
     EXPECT_EQ(m_directory.SemaphoreValue(), 0);
     Report("confirm raise 0x4281B 2");
-    EXPECT_TRUE(owner->SaysInTime("unable to obtain lock"));
     EXPECT_EQ(Record(kDataSensor).flags, 0);
     EXPECT_TRUE(another.Release());
     EXPECT_TRUE(WaitUntil([&] { return Record(kDataSensor).flags == kRaisedFlag; }));

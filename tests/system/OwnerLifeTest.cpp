@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -69,12 +71,34 @@ TEST_F(OwnerLife, ASecondOwnerOnAnotherPortStopsAndHarmsNothing)
 
     EXPECT_EQ(EndsWith({"--config", Configuration(), "--run-dir", m_directory.Path() + "/.", "--port", "0"}),
               1);
-    EXPECT_EQ(m_program->Errors(), "faultkeeperd: error: another owner uses " + m_directory.Path() + "\n");
+    EXPECT_EQ(m_program->Errors(), "faultkeeperd: error: another owner uses " + m_directory.Path() +
+                                       ": process " + std::to_string(owner->Process().Number()) + "\n");
 
     EXPECT_TRUE(owner->Process().Running());
     EXPECT_EQ(Table().header.ready, 1U);
     EXPECT_EQ(Record(kPosition).flags, kRaisedFlag);
     EXPECT_EQ(m_directory.SemaphoreValue(), 1);
+}
+
+TEST_F(OwnerLife, WhoLocksTheRunDirectoryDoesNotKeepAnOwnerFromStarting)
+{
+    const int directory = open(m_directory.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(flock(directory, LOCK_SH | LOCK_NB), 0); // as everybody can who may look into it
+    StartOwner();
+    close(directory);
+}
+
+TEST_F(OwnerLife, ALockThatNoOwnerHoldsIsToldTruly)
+{
+    WriteFile(m_directory.File("faultkeeper.owner"), "");
+    const int file = open(m_directory.File("faultkeeper.owner").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(file, LOCK_SH | LOCK_NB), 0);
+    EXPECT_EQ(EndsWithConfiguration(), 1);
+    EXPECT_EQ(m_program->Errors(),
+              "faultkeeperd: error: another process holds the lock by which owners claim " +
+                  m_directory.Path() + "\n");
+    EXPECT_FALSE(TableExists());
+    close(file);
 }
 
 TEST_P(OwnerEnd, LeavesTheTableNotReadyAndEndsWell)

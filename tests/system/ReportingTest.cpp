@@ -101,7 +101,8 @@ TEST_F(Reporting, AnUnknownErrorIsLoggedByItsName)
 {
     const auto owner = StartOwner();
     Report("raise 0x40C1B 4");
-    EXPECT_TRUE(owner->SaysInTime("RaiseError of an unknown error Positioning:GPS:No Data:4 (0x40C1B:4)\n"))
+    EXPECT_TRUE(
+        owner->SaysInTime("RaiseError of an unknown error \"Positioning:GPS:No Data:4\", \"0x40C1B:4\"\n"))
         << owner->Errors();
 }
 

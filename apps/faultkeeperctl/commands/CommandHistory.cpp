@@ -54,7 +54,7 @@ EProgramStatus ShowHistory(const SSettings& settings)
 void AddHistory(CCommandLine& commandLine)
 {
     commandLine.Add(
-        "history", "List every error that was raised since the owner started, newest first",
+        "history", "List every error that was raised as far as owners remember, newest first",
         "Parents and children each have a line of their own. \"Count\" tells how often, modulo 65536.\n"
         "Example: faultkeeperctl --config /etc/faultkeeper history",
         ShowHistory);

@@ -51,21 +51,29 @@ int CLockWatch::MillisecondsToAudit(Clock::time_point now) const
     return left > 0 ? static_cast<int>(left) : 0;
 }
 
-void CLockWatch::LockBusy(Clock::time_point now, bool progress)
+bool CLockWatch::Held()
+{
+    if (m_semaphore == -1)
+        m_semaphore = Semaphore();
+    return LockValue(m_semaphore) == 0;
+}
+
+void CLockWatch::LockBusy(Clock::time_point now, bool progress, bool changesWait)
 {
     if (progress || !m_busySince)
         m_busySince = now;
     if (m_busyTold || now - *m_busySince < kBusyForLong)
         return;
     m_busyTold = true;
+    m_waitingTold = changesWait;
     LogWarning("the shared table is locked by process " + std::to_string(LastLocker(Semaphore())) +
-               ", which does not let go; changes wait");
+               ", which does not let go" + (changesWait ? "; changes wait" : ""));
 }
 
 void CLockWatch::LockFree()
 {
     if (m_busyTold)
-        LogInfo("the shared table is free again; nothing waits");
+        LogInfo(std::string("the shared table is free again") + (m_waitingTold ? "; nothing waits" : ""));
     m_busySince.reset();
     m_busyTold = false;
 }

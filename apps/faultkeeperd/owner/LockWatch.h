@@ -36,12 +36,17 @@ public:
     /// For poll(2): how long until Audit has something to do; 0 if it is time.
     int MillisecondsToAudit(Clock::time_point now) const;
 
+    /// Is the lock held just now? The view says on standard error, unlimited, that it cannot have it: it is
+    /// not to be asked then.
+    bool Held();
+
     /// The lock was busy. That is logged once, with the process that holds it, when it has been so for
     /// kBusyForLong.
-    /// @param progress  something was published all the same
-    void LockBusy(Clock::time_point now, bool progress);
+    /// @param progress     something was published all the same
+    /// @param changesWait  to be published, and not only a look at the lock
+    void LockBusy(Clock::time_point now, bool progress, bool changesWait);
 
-    /// Everything is published. That is logged if the contrary was.
+    /// The lock was free, and everything is published. That is logged if the contrary was.
     void LockFree();
 
     /// By how much the lock was too high in all, the beginning included.
@@ -49,9 +54,11 @@ public:
 
 private:
     int m_surplus;
+    int m_semaphore = -1; // of the view, which is made later
     Clock::time_point m_audited;
     std::optional<Clock::time_point> m_busySince; // nothing has reached the table since then
     bool m_busyTold = false;
+    bool m_waitingTold = false;
 };
 
 } // namespace Faultkeeper::Apps

@@ -119,7 +119,7 @@ void COwner::Publish(Clock::time_point now)
     if (m_pause.Due(now))
     {
         const std::size_t waiting = m_publisher.Waiting();
-        if (PublishChanges() && m_lockWatch.Audit(m_view, now))
+        if (!HasWork(now) || (!m_lockWatch.Held() && PublishChanges() && m_lockWatch.Audit(m_view, now)))
         {
             m_pause.Succeeded();
             m_lockWatch.LockFree();
@@ -129,7 +129,7 @@ void COwner::Publish(Clock::time_point now)
             ++m_lockRetries;
             m_pause.Failed(now);
             if (!Failed())
-                m_lockWatch.LockBusy(now, m_publisher.Waiting() < waiting);
+                m_lockWatch.LockBusy(now, m_publisher.Waiting() < waiting, m_publisher.Waiting() > 0);
         }
     }
     m_recorder.HandOver();
@@ -152,9 +152,12 @@ bool COwner::TakeTimes()
 
 int COwner::MillisecondsToPublish(Clock::time_point now) const
 {
-    const int audit = m_lockWatch.MillisecondsToAudit(now);
-    const bool waits = !m_publisher.Done() || m_recorder.WantsTimes() || audit == 0;
-    return waits ? m_pause.MillisecondsLeft(now) : audit;
+    return HasWork(now) ? m_pause.MillisecondsLeft(now) : m_lockWatch.MillisecondsToAudit(now);
+bool COwner::HasWork(Clock::time_point now) const
+{
+    return !m_publisher.Done() || m_recorder.WantsTimes() || m_lockWatch.MillisecondsToAudit(now) == 0;
+}
+
 }
 
 } // namespace Faultkeeper::Apps

@@ -80,6 +80,7 @@ private:
     bool PublishChanges();
     bool TakeTimes();
 
+    bool HasWork(Clock::time_point now) const;
     CErrorDatabase& m_database;
     CLockWatch m_lockWatch; // before the view, which makes the lock available
     CErrorDatabaseView m_view;

@@ -227,7 +227,8 @@ void CNotificationHandler::Apply(const MPIPeerC& peer, std::uint64_t offset, int
     }
     ++m_counts.unknown;
     LogWarning(At(peer, offset) + (raised ? "RaiseError" : "ClearError") + " of an unknown error " +
-               ErrorName(problemCode, problemType) + " (" + ErrorNumber(problemCode, problemType) + ")");
+               Quoted(ErrorName(problemCode, problemType)) + ", " +
+               Quoted(ErrorNumber(problemCode, problemType)));
 }
 
 } // namespace Faultkeeper::Apps

@@ -1,6 +1,7 @@
 #include "faultkeeperd/service/Service.h"
 
 #include "common/ConfigurationFingerprint.h"
+#include "common/TableCalls.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/owner/FormerState.h"
 #include "faultkeeperd/store/FormerTable.h"
@@ -57,16 +58,27 @@ bool CService::Listen(unsigned short port)
     return false;
 }
 
+/// Why the run directory could not be claimed.
+std::string CService::RefusedClaim() const
+{
+    const pid_t holder = m_claim.Holder();
+    if (ProcessRuns(holder))
+        return "another owner uses " + m_runDirectory + ": process " + std::to_string(holder);
+    return "another process holds the lock by which owners claim " + m_runDirectory; // owners say so
+}
+
 bool CService::Claim()
 {
-    const bool taken = m_claim.Take();
-    if (!taken)
-        LogError("another owner uses " + m_runDirectory);
-    const bool foreign = taken && ForeignSegment();
+    if (!m_claim.Take())
+    {
+        LogError(RefusedClaim());
+        return false;
+    }
+    const bool foreign = ForeignSegment();
     if (foreign)
         LogError("the shared memory under the key of " + m_runDirectory +
                  " is not a table of faults, and left as it is");
-    return taken && !foreign;
+    return !foreign;
 }
 
 bool CService::Load(const std::string& configurationPrefix)
@@ -81,6 +93,7 @@ bool CService::Load(const std::string& configurationPrefix)
     m_fingerprint = ConfigurationFingerprint(*m_database);
     const SFormerState former = FindFormerState(m_keeper, *m_database, BootId(), m_fingerprint);
     m_owner = std::make_unique<COwner>(*m_database, m_keeper, former);
+    m_claim.Mark();
     m_handler.Begin(*m_owner, m_keeper, former.sessions);
     m_handler.Statistics([this] { return StatisticsMessage(Statistics()); });
     return Settle();
@@ -195,11 +208,22 @@ bool CService::End()
     m_handler.Acknowledge();
     m_server.Close();
     m_keeper.CommitAtOnce(Clock::now()); // that the sessions have no connections any more
-    if (!m_owner->Publisher().Done())
+    return TellEnd();
+}
+
+/// @return true if nothing is missing from the table
+bool CService::TellEnd()
+{
+    const std::size_t waiting = m_owner->Publisher().Waiting();
+    if (waiting > 0 || m_owner->Failed())
     {
-        LogError("ended with " + std::to_string(m_owner->Publisher().Waiting()) + " changes not published");
+        LogError("ended with " + std::to_string(waiting) + " changes not published");
         return false;
     }
+    if (m_owner->Publisher().Done())
+        m_claim.Unmark();
+    else // displays see by the claim that this owner has gone
+        LogWarning("the lock stays busy: the shared table could not be declared not ready");
     LogInfo("ended");
     return true;
 }

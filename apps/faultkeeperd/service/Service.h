@@ -1,8 +1,8 @@
 #ifndef FAULTKEEPER_FAULTKEEPERD_SERVICE_SERVICE_H
 #define FAULTKEEPER_FAULTKEEPERD_SERVICE_SERVICE_H
 
+#include "common/OwnerClaim.h"
 #include "faultkeeperd/owner/Owner.h"
-#include "faultkeeperd/owner/OwnerClaim.h"
 #include "faultkeeperd/service/NotificationHandler.h"
 #include "faultkeeperd/service/ServiceManager.h"
 #include "faultkeeperd/service/Signals.h"
@@ -47,17 +47,19 @@ public:
     bool Load(const std::string& configurationPrefix);
 
     /// Works until a signal asks it to end, then publishes and stores what is pending and declares the table
-    /// not ready.
-    /// @return true if all of that was done; false if the table failed or stayed locked
+    /// not ready, unless it stays locked.
+    /// @return true if everything is published; false if the table failed, or changes are left
     bool Run();
 
 private:
+    std::string RefusedClaim() const;
     int MillisecondsToWork() const;
     SStatistics Statistics() const;
     bool Turn();
     bool Settle();
     bool Publish();
     bool End();
+    bool TellEnd();
 
     const std::string m_runDirectory;
     const COwner::Clock::time_point m_begin;

@@ -331,16 +331,4 @@ TEST_F(HostServerSessions, AGreatDealIsAcknowledgedOnceThePeerTakesOutputAgain)
     EXPECT_EQ(received.substr(received.size() - 10), "d3:acki3ee");
 }
 
-TEST_F(HostServerSessions, TheMostConnectionsCanBeSet)
-{
-    EXPECT_EQ(m_server.MaximumConnections(), 256u);
-    m_server.MaximumConnections(2);
-    const CRawConnection first = Connect();
-    const CRawConnection second = Connect();
-    CRawConnection third = CRawConnection::To("127.0.0.1", m_server.Port());
-    EXPECT_TRUE(ServeUntil([&] { return third.Ended(); }));
-    EXPECT_EQ(m_handler.turnedAway, 1);
-    EXPECT_EQ(m_server.ConnectionCount(), 2u);
-}
-
 } // namespace

@@ -278,24 +278,6 @@ TEST_F(HostServer, ClosesAConnectionThatItsHandlerRefuses)
     EXPECT_EQ(m_handler.logs[1], "0 RaiseError li265243ei2ei0ee\n43 refuse le\ndisconnected\n");
 }
 
-TEST_F(HostServer, KeepsAtMost256Connections)
-{
-    std::vector<CRawConnection> connections;
-    for (int count = 0; count < 256; ++count)
-        connections.push_back(Connect());
-    EXPECT_EQ(m_server.ConnectionCount(), 256u);
-    CRawConnection tooMany = CRawConnection::To("127.0.0.1", m_server.Port());
-    EXPECT_TRUE(ServeUntil([&] { return tooMany.Ended(); }));
-    EXPECT_EQ(m_handler.turnedAway,
-              std::vector<std::string>{"127.0.0.1:" + std::to_string(tooMany.OwnPort())});
-    EXPECT_EQ(m_server.ConnectionCount(), 256u);
-    connections.pop_back();
-    EXPECT_TRUE(ServeUntil([&] { return m_server.ConnectionCount() == 255; }));
-    connections.push_back(Connect());
-    connections.front().Send(kRaise);
-    EXPECT_TRUE(ServeUntil([&] { return Has(1, "RaiseError"); }));
-}
-
 TEST_F(HostServer, ServesOthersWhileOneSendsWithoutPause)
 {
     CRawConnection busy = Connect();

@@ -94,3 +94,26 @@ TEST_F(Statistics, TellWhenAnOwnerThatIsGoneWasSeenLast)
     EXPECT_EQ(Ctl({"list"}).status, 0);
     EXPECT_THAT(Ctl({"active"}).output, HasSubstr(kSound));
 }
+TEST_F(Statistics, TellNoOwnerAfterOneThatWasKilledWhileADisplayHeldTheLock)
+{
+    Faultkeeper::CErrorDatabaseView display(false, Faultkeeper::eViewReader);
+    ASSERT_TRUE(WaitUntil([&] { return display.GetLock(false); }));
+    m_owner->Process().Signal(SIGKILL);
+    m_owner->Wait();
+    ASSERT_TRUE(display.ReleaseLock());
+    ASSERT_EQ(m_directory.SemaphoreValue(), 1); // the lock can be had
+    EXPECT_EQ(Ctl({"status"}).status, 3);
+    EXPECT_EQ(Ctl({"list"}).status, 3);
+    EXPECT_EQ(Ctl({"table", "--remove"}).status, 0);
+}
+
+TEST_F(Statistics, LetDisplaysWarnThroughASymbolicLink)
+{
+    const CFreshDirectory other;
+    CConfigurationBuilder().Leaf(kSound).WriteTo(other.Prefix());
+    const std::string link = other.File("link");
+    ASSERT_EQ(symlink(m_directory.Path().c_str(), link.c_str()), 0);
+    const SFinished finished = Bare({"--config", other.Path(), "--run-dir", link, "list"});
+    EXPECT_THAT(finished.errors, HasSubstr("the owner has loaded another configuration"));
+}
+

@@ -1,5 +1,6 @@
 #include "common/TableProbe.h"
 
+#include "common/OwnerClaim.h"
 #include "support/ConfigurationBuilder.h"
 #include "support/SharedTable.h"
 #include "system/ChildProcess.h"
@@ -17,6 +18,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 
 using namespace Faultkeeper;
 using namespace Faultkeeper::Apps;
@@ -51,6 +53,32 @@ protected:
         EXPECT_TRUE(view->LoadErrors(*m_database));
         EXPECT_TRUE(view->FaultkeeperReady(ready));
         return view;
+    }
+
+    /// Kills an owner with a claim while this process, which is attached as displays are, holds the lock, and
+    /// gives the lock back. It can be had then, as if there were an owner.
+    void KillOwnerUnderTheLock() const
+    {
+        Support::CGate made;
+        Support::CGate never;
+        Support::CChildProcess owner(
+            [&]
+            {
+                COwnerClaim claim;
+                const bool taken = claim.Take();
+                const auto view = Owner(true);
+                claim.Mark();
+                made.Open();
+                return taken && never.Pass() ? 0 : 1;
+            });
+        ASSERT_TRUE(made.Pass());
+        EXPECT_EQ(ProbeTable().state, etsReady);
+        const int semaphore = FindSemaphore(m_directory.Key());
+        ASSERT_EQ(TryLock(semaphore), elaTaken);
+        owner.Signal(SIGKILL);
+        EXPECT_EQ(owner.Wait(), 128 + SIGKILL);
+        ASSERT_TRUE(Unlock(semaphore));
+        ASSERT_EQ(LockValue(semaphore), 1);
     }
 
     std::unique_ptr<CErrorDatabase> m_database;
@@ -124,6 +152,35 @@ TEST_F(TableProbe, TellsAnOwnerThatHasEndedAndWasNotCollectedByItsParent)
         });
     ASSERT_TRUE(made.Pass());
     EXPECT_TRUE(Support::WaitUntil([] { return ProbeTable().state == etsOwnerGone; }));
+}
+
+TEST_F(TableProbe, TellsAnOwnerThatWasKilledWhileADisplayHeldTheLock)
+{
+    const CErrorDatabaseView display(false, eViewReader);
+    KillOwnerUnderTheLock();
+    EXPECT_EQ(ProbeTable().state, etsOwnerGone);
+    EXPECT_EQ(m_directory.SemaphoreValue(), 1) << "nothing was touched";
+}
+
+TEST_F(TableProbe, CountsAClaimForNothingOnceAnotherLockWasMade)
+{
+    KillOwnerUnderTheLock();
+    m_directory.RemoveTable();
+    const auto owner = Owner(true); // one that claims nothing
+    EXPECT_EQ(ProbeTable().state, etsReady);
+}
+
+TEST_F(TableProbe, CountsAClaimForNothingThatWasUnmarkedInTheEnd)
+{
+    {
+        COwnerClaim claim;
+        ASSERT_TRUE(claim.Take());
+        const auto former = Owner(true);
+        claim.Mark();
+        claim.Unmark();
+    }
+    const auto owner = Owner(true);
+    EXPECT_EQ(ProbeTable().state, etsReady);
 }
 
 TEST_F(TableProbe, CountsNoAttachmentsToOtherSegments)

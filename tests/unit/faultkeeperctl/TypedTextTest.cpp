@@ -42,6 +42,11 @@ TEST(QuotedTyped, DoublesBackslashes)
     EXPECT_EQ(QuotedTyped("\\x1B\x1b"), "\"\\\\x1B\\x1B\"");
 }
 
+TEST(QuotedTyped, IsNotEndedByAMarkWithinIt)
+{
+    EXPECT_EQ(QuotedTyped("a\" \\\" b"), "\"a\\\" \\\\\\\" b\"");
+}
+
 TEST(QuotedTyped, CutsALongTextBetweenCharacters)
 {
     EXPECT_EQ(QuotedTyped(std::string(200, 'x')), "\"" + std::string(200, 'x') + "\"");

@@ -1,8 +1,11 @@
 #include "faultkeeperd/LogLimit.h"
 
+#include "faultkeeperd/Log.h"
+
 #include <gtest/gtest.h>
 
 using Faultkeeper::Apps::CLogLimit;
+using Faultkeeper::Apps::Quoted;
 using std::chrono::milliseconds;
 
 namespace
@@ -14,6 +17,13 @@ protected:
     std::string Admitted(const std::string& line, int after) { return m_limit.Admit(line, At(after)); }
 
     std::vector<std::string> LeftOut(int after, bool all = false) { return m_limit.LeftOut(At(after), all); }
+
+    /// So many different lines, one each millisecond: "x", "xx" and so on.
+    void AdmitKinds(std::size_t count)
+    {
+        for (std::size_t kind = 0; kind < count; ++kind)
+            EXPECT_NE(Admitted(std::string(kind + 1, 'x'), static_cast<int>(kind)), "");
+    }
 
     static CLogLimit::Clock::time_point At(int after)
     {
@@ -54,6 +64,14 @@ TEST_F(LogLimit, TakesLinesForTheSameThatDifferInNumbersAndWhatIsQuoted)
               "127.0.0.1:40313 at byte 7: malformed \"yy\"");
 }
 
+TEST_F(LogLimit, IsNotDeceivedByMarksWithinWhatIsQuoted)
+{
+    EXPECT_NE(Admitted("unknown " + Quoted("\"x"), 0), "");
+    EXPECT_EQ(Admitted("unknown " + Quoted("\"y"), 1), "");
+    EXPECT_EQ(Admitted("unknown " + Quoted("\\\"z\\"), 1), "");
+    EXPECT_NE(Admitted("unknown " + Quoted("\\") + " indeed", 1), "");
+}
+
 TEST_F(LogLimit, TellsWhatWasLeftOutOnceTheSecondIsOver)
 {
     Admitted("a 1", 0);
@@ -68,8 +86,28 @@ TEST_F(LogLimit, TellsWhatWasLeftOutOnceTheSecondIsOver)
 
 TEST_F(LogLimit, RemembersSoManyKindsOfLines)
 {
-    for (std::size_t kind = 0; kind <= CLogLimit::kKinds; ++kind)
-        EXPECT_NE(Admitted(std::string(kind + 1, 'x'), static_cast<int>(kind)), "");
-    EXPECT_EQ(Admitted(std::string(CLogLimit::kKinds + 1, 'x'), 100), "");
-    EXPECT_NE(Admitted("x", 100), "") << "the oldest is forgotten";
+    AdmitKinds(CLogLimit::kKinds);
+    EXPECT_EQ(Admitted("x", 100), "");
+    EXPECT_EQ(Admitted("another", 1000), "another") << "in the place of the oldest";
+    EXPECT_EQ(Admitted("x", 1001), "x") << "which is forgotten";
+}
+
+TEST_F(LogLimit, LeavesOutWhatIsOfTooManyKindsAtOnce)
+{
+    AdmitKinds(CLogLimit::kKinds);
+    EXPECT_EQ(Admitted("a", 900), "");
+    EXPECT_EQ(Admitted("b", 999), "");
+    EXPECT_EQ(LeftOut(999), Lines{"b (the last of 2 of too many kinds)"});
+    EXPECT_EQ(Admitted("c", 999), "");
+    EXPECT_EQ(LeftOut(1500), Lines());
+    EXPECT_EQ(LeftOut(1999), Lines{"c (the last of 1 of too many kinds)"});
+    EXPECT_EQ(LeftOut(9999, true), Lines());
+}
+
+TEST_F(LogLimit, LosesNoCountOfAKindThatMakesRoom)
+{
+    AdmitKinds(CLogLimit::kKinds);
+    EXPECT_EQ(Admitted("x", 1), "");
+    EXPECT_EQ(Admitted("a", 1000), "a");
+    EXPECT_EQ(LeftOut(1000), Lines{"x (the last of 1 of too many kinds)"});
 }

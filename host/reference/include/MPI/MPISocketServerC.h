@@ -85,7 +85,8 @@ public:
     virtual void InputRefused(const MPIPeerC& peer, std::uint64_t offset, const std::string& reason) = 0;
 
     /// A connection was turned away because there are as many as may be, or the process has no descriptors
-    /// left; its number is 0. Does nothing by default.
+    /// left; its number is 0. Or it has had to give way to a new one, see MPISocketServerC: then it has ended
+    /// (PeerDisconnected), and keeps its number here. Does nothing by default.
     virtual void PeerTurnedAway(const MPIPeerC& peer);
 
     /// A connection has ended, for whatever reason; nothing more comes from it. Does nothing by default.
@@ -98,7 +99,9 @@ public:
 /// heard one after the other: a second one that introduces itself with it waits until the first has ended or
 /// has had nothing to say for half a second. A connection that sends nonsense is closed by itself; no
 /// connection holds up another: each gets a turn of kBatchMessages at most, and what comes in meanwhile from
-/// those without anything left over goes first. Memory per connection is bounded, in both directions: a peer
+/// those without anything left over goes first. When there are as many connections as may be, one more takes
+/// the place of the one that has been up longest without ever sending a whole message; only if all have sent
+/// some is it turned away. Memory per connection is bounded, in both directions: a peer
 /// that does not read gets only the last of its acknowledgements, and no answers.
 ///
 /// Ownership: the handler is borrowed.

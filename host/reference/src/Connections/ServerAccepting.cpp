@@ -95,14 +95,39 @@ void MPISocketServerC::Implementation::ResumeListening()
 void MPISocketServerC::Implementation::TakeIn(FileDescriptor descriptor)
 {
     m_troubleTold = false;
-    if (m_connections.size() >= m_maximumConnections || !Watch(descriptor.Number(), m_lastNumber + 1))
+    const bool full = m_connections.size() >= m_maximumConnections;
+    const ServerConnection* const silent = full ? LongestSilent() : nullptr;
+    if ((full && silent == nullptr) || !Watch(descriptor.Number(), m_lastNumber + 1))
         return TurnAway(std::move(descriptor));
     ++m_lastNumber;
     auto connection =
         std::make_unique<ServerConnection>(m_handler, m_order, m_lastNumber, std::move(descriptor));
     ServerConnection& taken = *connection;
     m_connections.emplace(m_lastNumber, std::move(connection));
+    if (silent != nullptr)
+        GiveWay(*silent);
     taken.Tell();
+}
+
+/// Whoever has something to say is not locked out by those who have not.
+/// @return null if there is none, or there would be no room without it either
+const ServerConnection* MPISocketServerC::Implementation::LongestSilent() const
+{
+    if (m_connections.size() > m_maximumConnections)
+        return nullptr;
+    for (const auto& entry : m_connections)
+    {
+        if (entry.second->Silent())
+            return entry.second.get();
+    }
+    return nullptr;
+}
+
+void MPISocketServerC::Implementation::GiveWay(const ServerConnection& connection)
+{
+    const MPIPeerC peer = connection.Peer();
+    Remove(peer.connection);
+    m_handler.PeerTurnedAway(peer);
 }
 
 void MPISocketServerC::Implementation::TurnAway(FileDescriptor descriptor)

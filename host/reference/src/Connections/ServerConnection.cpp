@@ -51,6 +51,11 @@ void ServerConnection::Tell()
     m_told = true;
 }
 
+bool ServerConnection::Silent() const
+{
+    return m_messages == 0 && !HasWork() && !SocketCalls::HasInput(Descriptor());
+}
+
 int ServerConnection::Serve(char* buffer, std::size_t size)
 {
     m_passedOn = 0;

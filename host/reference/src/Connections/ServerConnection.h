@@ -50,6 +50,9 @@ public:
     bool Told() const { return m_told; }
     void Tell();
 
+    /// Has not even the first message come from it, nor anything that waits to be read?
+    bool Silent() const;
+
     /// The session that it has introduced itself with; empty before that.
     const std::string& Session() const { return m_session; }
 

@@ -66,6 +66,8 @@ private:
     void AcceptFromAll();
     bool AcceptFrom(int listener);
     void TakeIn(FileDescriptor descriptor);
+    const ServerConnection* LongestSilent() const;
+    void GiveWay(const ServerConnection& connection);
     void TurnAway(FileDescriptor descriptor);
     bool TurnAwayForWantOfDescriptors(int listener);
     void Remove(std::uint64_t number);

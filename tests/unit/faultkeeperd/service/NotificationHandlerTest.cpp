@@ -83,10 +83,10 @@ TEST_F(NotificationHandler, NamesAnUnknownErrorInTheLog)
 {
     EXPECT_EQ(Notify("RaiseError", {0x40C1B, 4, 0}),
               "faultkeeperd: warning: 127.0.0.1:40312 at byte 68: RaiseError of an unknown error "
-              "Positioning:GPS:No Data:4 (0x40C1B:4)\n");
+              "\"Positioning:GPS:No Data:4\", \"0x40C1B:4\"\n");
     EXPECT_EQ(Notify("ClearError", {0x50C1B, 2}),
               "faultkeeperd: warning: 127.0.0.1:40312 at byte 68: ClearError of an unknown error "
-              "Service:GPS:No Data:2 (0x50C1B:2)\n");
+              "\"Service:GPS:No Data:2\", \"0x50C1B:2\"\n");
     EXPECT_TRUE(NothingActive());
 }
 
@@ -154,6 +154,13 @@ TEST_F(NotificationHandler, LogsAnUnknownNotificationOnOneLine)
               "\"Raise\\x0Afaultkeeperd: info: ended\"\n");
 }
 
+TEST_F(NotificationHandler, LogsNothingThatSteersATerminal)
+{
+    EXPECT_EQ(Notify("\xC2\x85\xC2\x9B\x9B\"", {1, 2}),
+              "faultkeeperd: warning: 127.0.0.1:40312 at byte 68: unknown notification "
+              "\"\\xC2\\x85\\xC2\\x9B\\x9B\\\"\"\n");
+}
+
 TEST_F(NotificationHandler, CutsAnEndlessName)
 {
     EXPECT_EQ(Notify(std::string(60000, 'x'), {1, 2}),
@@ -203,7 +210,7 @@ TEST_F(NotificationHandler, ComplainsOfWrongNumbersInTheSameWords)
     EXPECT_EQ(complaint({"RaiseError", tooLarge, 2, 68, 0}),
               begin + "RaiseError with wrong arguments: argument 1 is out of range\n");
     EXPECT_EQ(complaint({"RaiseError", unknown, 2, 68, 0}),
-              begin + "RaiseError of an unknown error Positioning:GPS:No Data:4 (0x40C1B:4)\n");
+              begin + "RaiseError of an unknown error \"Positioning:GPS:No Data:4\", \"0x40C1B:4\"\n");
     EXPECT_EQ(complaint({"Help", numbers, 1, 68, 0}), begin + "unknown notification \"Help\"\n");
 }
 
