@@ -153,11 +153,11 @@ bool COwner::TakeTimes()
 int COwner::MillisecondsToPublish(Clock::time_point now) const
 {
     return HasWork(now) ? m_pause.MillisecondsLeft(now) : m_lockWatch.MillisecondsToAudit(now);
+}
+
 bool COwner::HasWork(Clock::time_point now) const
 {
     return !m_publisher.Done() || m_recorder.WantsTimes() || m_lockWatch.MillisecondsToAudit(now) == 0;
-}
-
 }
 
 } // namespace Faultkeeper::Apps
