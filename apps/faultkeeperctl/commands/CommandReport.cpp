@@ -2,8 +2,8 @@
 
 #include "common/ErrorNames.h"
 #include "faultkeeperctl/CommandLine.h"
-#include "faultkeeperctl/ConfiguredErrors.h"
 #include "faultkeeperctl/json/Json.h"
+#include "faultkeeperctl/typed/ConfiguredErrors.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/FaultkeeperAPI.h>
