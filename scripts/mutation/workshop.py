@@ -11,7 +11,7 @@ import tempfile
 import time
 
 TESTED = "tests/unit/"
-APPLICATIONS = ("tests/unit/faultkeeperctl/", "tests/unit/faultkeeperd/")    # they test the programs
+APPLICATIONS = ("tests/unit/faultkeeperctl/", "tests/unit/faultkeeperd/", "tests/unit/store/")    # they test the programs
 # A fault that only a warning tells of is still made; one that reads beyond an array's end is noticed.
 FLAGS = "-O0 -w -D_GLIBCXX_ASSERTIONS -fsanitize=undefined -fno-sanitize=vptr -fno-sanitize-recover=all"
 TABLE_PROJECT = 68                        # the top byte of a status table's key, unless a fault changes it

@@ -2,9 +2,9 @@
 
 #include "common/ErrorNames.h"
 #include "faultkeeperctl/CommandLine.h"
-#include "faultkeeperctl/ConfiguredErrors.h"
 #include "faultkeeperctl/json/Json.h"
 #include "faultkeeperctl/text/Progress.h"
+#include "faultkeeperctl/typed/ConfiguredErrors.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/FaultkeeperAPI.h>

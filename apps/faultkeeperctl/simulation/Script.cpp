@@ -2,7 +2,7 @@
 
 #include "common/NearestName.h"
 #include "common/TypedText.h"
-#include "faultkeeperctl/ConfiguredErrors.h"
+#include "faultkeeperctl/typed/ConfiguredErrors.h"
 
 #include <algorithm>
 #include <cstddef>

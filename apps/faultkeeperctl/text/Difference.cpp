@@ -90,21 +90,18 @@ void MarkMiddle(std::vector<SMarked>& marked, const Lines& before, const Lines& 
 std::vector<SMarked> Marked(const Lines& before, const Lines& after)
 {
     const std::size_t least = std::min(before.size(), after.size());
-    std::size_t head = 0;
-    while (head < least && before[head] == after[head])
-        ++head;
-    std::size_t tail = 0;
-    while (tail < least - head && before[before.size() - 1 - tail] == after[after.size() - 1 - tail])
-        ++tail;
+    const auto beginning = static_cast<std::ptrdiff_t>(least);
+    const auto head =
+        std::mismatch(before.begin(), before.begin() + beginning, after.begin()).first - before.begin();
+    const auto rest = beginning - head;
+    const auto tail =
+        std::mismatch(before.rbegin(), before.rbegin() + rest, after.rbegin()).first - before.rbegin();
     const auto middle = [head, tail](const Lines& lines)
-    {
-        return Lines(lines.begin() + static_cast<std::ptrdiff_t>(head),
-                     lines.end() - static_cast<std::ptrdiff_t>(tail));
-    };
+    { return Lines(lines.begin() + head, lines.end() - tail); };
     std::vector<SMarked> marked;
-    AddAll(marked, ' ', before, 0, head);
+    AddAll(marked, ' ', before, 0, static_cast<std::size_t>(head));
     MarkMiddle(marked, middle(before), middle(after));
-    AddAll(marked, ' ', before, before.size() - tail, before.size());
+    AddAll(marked, ' ', before, before.size() - static_cast<std::size_t>(tail), before.size());
     return marked;
 }
 

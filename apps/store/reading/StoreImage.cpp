@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <thread>
 
@@ -256,6 +257,9 @@ void AddLog(Bytes& image, const Bytes& log)
     const CLog frames(log);
     if (frames.Committed() == 0)
         return;
+    // What the log adds to the database stands in it, page by page.
+    if (frames.Pages() > image.size() / frames.PageBytes() + frames.Committed())
+        throw CSqliteFailure(SQLITE_CORRUPT, "its log does not fit it");
     image.resize(frames.Pages() * frames.PageBytes());
     for (std::size_t frame = 0; frame < frames.Committed(); ++frame)
     {

@@ -36,6 +36,7 @@ Bytes ReadStoreImage(const std::string& path);
 
 /// Puts what a log has committed into the image that it belongs to. A log that does not begin right, and
 /// what comes after the last commit, counts for nothing.
+/// @throws CSqliteFailure, damage, if it cannot belong to it
 void AddLog(Bytes& image, const Bytes& log);
 
 } // namespace Faultkeeper::Apps

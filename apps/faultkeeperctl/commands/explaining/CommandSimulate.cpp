@@ -3,7 +3,7 @@
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/simulation/SimulationText.h"
 #include "faultkeeperctl/text/Difference.h"
-#include "faultkeeperctl/text/FileText.h"
+#include "faultkeeperctl/typed/FileText.h"
 
 #include <cstdio>
 #include <iostream>

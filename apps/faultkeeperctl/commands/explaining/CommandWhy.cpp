@@ -2,10 +2,11 @@
 
 #include "common/TypedText.h"
 #include "faultkeeperctl/CommandLine.h"
-#include "faultkeeperctl/ConfiguredErrors.h"
 #include "faultkeeperctl/Display.h"
-#include "faultkeeperctl/StateKeys.h"
+#include "faultkeeperctl/keys/PhoneKey.h"
+#include "faultkeeperctl/keys/TypedKey.h"
 #include "faultkeeperctl/reasons/ReasonText.h"
+#include "faultkeeperctl/typed/ConfiguredErrors.h"
 
 #include <iostream>
 #include <memory>
@@ -15,9 +16,12 @@ namespace Faultkeeper::Apps
 
 namespace
 {
+// One that holds other characters than a key in either form is taken for a name with a slip in it.
 bool IsKey(const std::string& typed)
 {
-    return typed.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
+    const std::string bare = BareKey(typed);
+    return bare.find_first_not_of(LooksLikePhoneKey(typed) ? "GHJKLMNPQRSTVWXYZ" : "0123456789ABCDEF") ==
+           std::string::npos;
 }
 
 std::vector<ErrorId> ErrorsOf(const std::string& key, CDisplay& display)
@@ -59,7 +63,7 @@ void Print(const SSettings& settings, const std::string& key, const std::vector<
 
 EProgramStatus Why(const SSettings& settings, const std::string& typed)
 {
-    const std::string key = IsKey(typed) ? CheckedKey(typed) : "";
+    const std::string key = IsKey(typed) ? KeyFromTyped({typed}) : "";
     CDisplay display(settings);
     const ErrorId id = key.empty() ? CheckedId(typed, display.Database()) : ErrorId();
     display.RequirePicture();
@@ -87,7 +91,7 @@ void AddWhy(CCommandLine& commandLine)
         "Example: faultkeeperctl --config /etc/faultkeeper why \"Positioning:Position:Position "
         "Calculation:11\"",
         [what](const SSettings& settings) { return Why(settings, *what); });
-    command.Argument("ID|KEY", *what, "the error, or the key as shown in a tree");
+    command.Argument("ID|KEY", *what, "the error, or the key of a tree in either form");
 }
 
 } // namespace Faultkeeper::Apps

@@ -7,7 +7,7 @@
 #include "faultkeeperctl/text/TextWidth.h"
 #include "faultkeeperctl/text/TimeText.h"
 #include "faultkeeperctl/text/TreeText.h"
-#include "faultkeeperctl/text/TypedTime.h"
+#include "faultkeeperctl/typed/TypedTime.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 

@@ -5,7 +5,7 @@
 #include "faultkeeperctl/past/JournalText.h"
 #include "faultkeeperctl/past/StorePast.h"
 #include "faultkeeperctl/text/TimeText.h"
-#include "faultkeeperctl/text/TypedTime.h"
+#include "faultkeeperctl/typed/TypedTime.h"
 
 #include <poll.h>
 

@@ -75,6 +75,18 @@ TEST_F(Why, AKeyStandsForAllErrorsOfItsTree)
               "triggers: only a report of it raises it\n");
 }
 
+TEST_F(Why, AKeyMayComeByPhone)
+{
+    StartOwner();
+    RaisePosition();
+    const std::string phone = Document({"key", "00F0"})["keys"][0]["phoneKey"];
+    EXPECT_EQ(WithoutTimes(Ctl({"why", phone}).output), kPositionReason);
+    const SFinished misheard =
+        Ctl({"why", phone.substr(0, phone.size() - 1) + (phone.back() == 'G' ? "H" : "G")});
+    EXPECT_EQ(misheard.status, 2);
+    EXPECT_NE(misheard.errors.find("group"), std::string::npos);
+}
+
 TEST_F(Why, GivesADocument)
 {
     StartOwner();

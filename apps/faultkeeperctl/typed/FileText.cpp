@@ -1,4 +1,4 @@
-#include "faultkeeperctl/text/FileText.h"
+#include "faultkeeperctl/typed/FileText.h"
 
 #include "faultkeeperctl/Settings.h"
 

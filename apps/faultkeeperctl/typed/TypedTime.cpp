@@ -1,4 +1,4 @@
-#include "faultkeeperctl/text/TypedTime.h"
+#include "faultkeeperctl/typed/TypedTime.h"
 
 #include "common/TypedText.h"
 

@@ -1,4 +1,4 @@
-#include "faultkeeperctl/ConfiguredErrors.h"
+#include "faultkeeperctl/typed/ConfiguredErrors.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 
