@@ -56,6 +56,13 @@ void WarnOfBrokenPatterns(const std::string& prefix)
     if (std::filesystem::exists(path, ignored) && !document.Parse(path))
         std::fprintf(stderr, "%s:%s; no friendly codes are shown\n", path.c_str(), document.Error().c_str());
 }
+
+// The port has one owner, which may be that of another directory; the same one can have several names.
+bool OwnsWorkingDirectory(const SOwnerStatistics& statistics)
+{
+    std::error_code gone;
+    return std::filesystem::equivalent(statistics.Text("runDirectory"), ".", gone);
+}
 } // namespace
 
 CDisplay::CDisplay(const SSettings& settings)
@@ -102,9 +109,7 @@ void CDisplay::RequirePicture()
 void CDisplay::WarnOfOtherConfiguration() const
 {
     SOwnerStatistics statistics;
-    // The port has one owner, which may be that of another directory.
-    if (AskOwner(kAnswerPatience, statistics) != eoaAnswered ||
-        statistics.Text("runDirectory") != m_settings.runDirectory ||
+    if (AskOwner(kAnswerPatience, statistics) != eoaAnswered || !OwnsWorkingDirectory(statistics) ||
         statistics.Text("configuration") == ConfigurationFingerprint(*m_database))
         return;
     std::fprintf(
