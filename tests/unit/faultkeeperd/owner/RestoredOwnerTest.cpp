@@ -141,7 +141,8 @@ TEST_F(RestoredOwner, StoresWhatIsNotInTheTableYet)
     {
         const CBusyLock lock;
         m_owner->Apply(kDataSensor.first, kDataSensor.second, true, "a");
-        EXPECT_NE(WarnedBy([&] { m_owner->Publish(kStart); }), "");
+        m_owner->Publish(kStart);
+        EXPECT_GT(m_owner->Publisher().Waiting(), 0U);
         Keeper().CommitAtOnce(CStateKeeper::Clock::now());
         EXPECT_EQ(Raised(), std::vector<Id>());
     }
