@@ -116,4 +116,3 @@ TEST_F(Statistics, LetDisplaysWarnThroughASymbolicLink)
     const SFinished finished = Bare({"--config", other.Path(), "--run-dir", link, "list"});
     EXPECT_THAT(finished.errors, HasSubstr("the owner has loaded another configuration"));
 }
-
