@@ -221,8 +221,9 @@ void XMLTreeBuilder::Refuse(std::size_t byte, const std::string& reason)
 
 std::size_t XMLTreeBuilder::CurrentByte() const
 {
+    // Of an empty text -1 with some versions, 0 with others.
     const XML_Index index = XML_GetCurrentByteIndex(m_parser.get());
-    return index < 0 ? m_text.size() : static_cast<std::size_t>(index);
+    return static_cast<std::size_t>(std::max<XML_Index>(index, 0));
 }
 
 } // namespace IO
