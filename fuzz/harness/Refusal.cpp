@@ -19,7 +19,6 @@ struct SRuleBroken
 } // namespace
 
 /// Takes the place of the C library's assertion reporter.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming): it has that one's reserved name
 extern "C" [[noreturn]] void __assert_fail(const char* condition, const char* file, unsigned line,
                                            const char* function)
 {

@@ -5,7 +5,6 @@
 
 // <gcov.h> is for C only. The linker gives every call of _exit to the second and the system's function the
 // third name.
-// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the tools chose these names
 extern "C" void __gcov_dump();
 extern "C" [[noreturn]] void __wrap__exit(int status);
 extern "C" [[noreturn]] void __real__exit(int status);
@@ -15,7 +14,6 @@ void __wrap__exit(int status)
     __gcov_dump();
     __real__exit(status);
 }
-// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming): names of our own from here on
 
 namespace
 {
@@ -29,6 +27,6 @@ void WriteCountsWhenAborted(int)
     __gcov_dump();
 }
 
-const auto before = std::signal(SIGABRT, &WriteCountsWhenAborted);
+const auto kBefore = std::signal(SIGABRT, &WriteCountsWhenAborted);
 
 } // namespace

@@ -82,8 +82,7 @@ void CFailingCalls::Leave(const std::string& call)
 
 } // namespace HostTest
 
-// NOLINTBEGIN(readability-identifier-naming): names and parameters are the system's. The executable's
-// definitions win over the C library's.
+// Names and parameters are the system's. The executable's definitions win over the C library's.
 extern "C"
 {
 
@@ -207,4 +206,3 @@ extern "C"
     }
 
 } // extern "C"
-// NOLINTEND(readability-identifier-naming): the system's names end here

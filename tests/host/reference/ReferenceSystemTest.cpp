@@ -55,9 +55,8 @@ protected:
 
 } // namespace
 
-// NOLINTBEGIN(readability-identifier-naming): names and parameters are the system's, and so is the name that
-// the headers give a function on machines with 32 bits. The executable's definitions win over the C
-// library's.
+// Names and parameters are the system's, and so is the name that the headers give a function on machines with
+// 32 bits. The executable's definitions win over the C library's.
 extern "C"
 {
 
@@ -94,7 +93,6 @@ extern "C"
     }
 
 } // extern "C"
-// NOLINTEND(readability-identifier-naming): the system's names end here
 
 namespace
 {

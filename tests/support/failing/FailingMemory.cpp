@@ -20,8 +20,6 @@
 #define FAULTKEEPER_SYSTEM_MEMORY(name) __libc_##name
 #endif
 
-// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the allocator's own names
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): they have none to repeat
 extern "C"
 {
     void* FAULTKEEPER_SYSTEM_MEMORY(malloc)(std::size_t size);
@@ -96,8 +94,6 @@ extern "C"
     }
 
 } // extern "C"
-// NOLINTEND(readability-inconsistent-declaration-parameter-name): repeated from here on
-// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming): names of our own from here on
 
 void* operator new(std::size_t size)
 {

@@ -52,8 +52,7 @@ long FakeClock::Readings()
     return Clock().readings;
 }
 
-// NOLINTBEGIN(readability-identifier-naming): names and parameters are the system's. The executable's
-// definitions win over the C library's.
+// Names and parameters are the system's. The executable's definitions win over the C library's.
 extern "C"
 {
 
@@ -79,4 +78,3 @@ extern "C"
     }
 
 } // extern "C"
-// NOLINTEND(readability-identifier-naming): the system's names end here

@@ -101,8 +101,7 @@ int SystemCalls::LastSemaphore()
     return Recording().lastSemaphore;
 }
 
-// NOLINTBEGIN(readability-identifier-naming): names and parameters are the system's. The executable's
-// definitions win over the C library's.
+// Names and parameters are the system's. The executable's definitions win over the C library's.
 extern "C"
 {
 
@@ -147,4 +146,3 @@ extern "C"
     }
 
 } // extern "C"
-// NOLINTEND(readability-identifier-naming): the system's names end here
