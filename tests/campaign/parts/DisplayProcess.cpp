@@ -3,7 +3,7 @@
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/ErrorDatabaseView.h>
 
-#include <chrono>
+#include <algorithm>
 #include <cstdio>
 #include <thread>
 
@@ -25,18 +25,36 @@ void BeQuiet()
 }
 } // namespace
 
-std::unique_ptr<CChildProcess> StartCopier(const std::string& configuration)
+std::unique_ptr<CChildProcess> StartCopier(const std::string& configuration, std::chrono::milliseconds pause)
 {
     return std::make_unique<CChildProcess>(
-        [&configuration]() -> int
+        [&configuration, pause]() -> int
         {
             BeQuiet();
             Faultkeeper::CErrorDatabase database(configuration);
             CErrorDatabaseView view(false, Faultkeeper::eViewReader);
-            while (!view.Failed())
+            for (; !view.Failed(); std::this_thread::sleep_for(pause))
                 view.Synchronise(database);
             return 1;
         });
+}
+
+std::vector<std::unique_ptr<CChildProcess>> StartCopiers(int count, const std::string& configuration,
+                                                         std::chrono::milliseconds pause)
+{
+    std::vector<std::unique_ptr<CChildProcess>> copiers;
+    for (int i = 0; i < count; ++i)
+        copiers.push_back(StartCopier(configuration, pause));
+    return copiers;
+}
+
+bool AllRun(const std::vector<std::unique_ptr<CChildProcess>>& displays)
+{
+    const bool allRun =
+        std::all_of(displays.begin(), displays.end(), [](const auto& display) { return display->Running(); });
+    if (!allRun)
+        std::fprintf(stderr, "a display had ended by itself\n");
+    return allRun;
 }
 
 std::unique_ptr<CChildProcess> StartHolder()

@@ -1,6 +1,7 @@
 #include "campaign/parts/Scene.h"
 
 #include "campaign/parts/ReporterProcess.h"
+#include "faultkeeperctl/owner/OwnerStatistics.h"
 
 #include <Faultkeeper/ErrorDatabaseView.h>
 
@@ -10,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 
 namespace Campaign
 {
@@ -94,6 +96,15 @@ int CScene::OwnerDescriptors() const
 {
     const std::filesystem::directory_iterator files("/proc/" + std::to_string(OwnerProcess()) + "/fd");
     return static_cast<int>(std::distance(begin(files), end(files)));
+}
+
+std::int64_t CScene::OwnerNumber(const std::string& name)
+{
+    Faultkeeper::Apps::SOwnerStatistics statistics;
+    constexpr std::chrono::milliseconds kPatience(kPatienceMilliseconds);
+    if (Faultkeeper::Apps::AskOwner(kPatience, statistics) != Faultkeeper::Apps::eoaAnswered)
+        throw std::runtime_error("the owner does not answer");
+    return statistics.numbers.at(name);
 }
 
 bool LockFree(const CScene& scene)

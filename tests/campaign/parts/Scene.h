@@ -9,6 +9,7 @@
 #include <Faultkeeper/StatusTable.h>
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -46,6 +47,10 @@ public:
     pid_t OwnerProcess() const { return m_owner->Process().Number(); }
     long OwnerMemory() const;
     int OwnerDescriptors() const;
+
+    /// What the owner answers to "Statistics" under a name. Waits for the answer.
+    /// @throw std::runtime_error  if none comes
+    static std::int64_t OwnerNumber(const std::string& name);
 
     const Support::CSharedTableDirectory& Directory() const { return m_directory; }
 

@@ -1,7 +1,10 @@
 #include "campaign/parts/Stranger.h"
 
+#include "system/ChildProcess.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -11,6 +14,13 @@
 
 namespace Campaign
 {
+
+namespace
+{
+constexpr unsigned kKinds = 16;
+constexpr unsigned kCutOff = 3;
+constexpr unsigned kMessages = 5; // from here on
+} // namespace
 
 CStranger::CStranger() : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
@@ -44,11 +54,27 @@ bool CStranger::Closed() const
     return count == 0 || (count < 0 && errno != EAGAIN);
 }
 
+bool CStranger::ClosedInTime() const
+{
+    struct pollfd waiting = {m_socket, POLLIN, 0};
+    return poll(&waiting, 1, Support::kPatienceMilliseconds) == 1 && Closed();
+}
+
+bool IsMessage(unsigned number)
+{
+    return number % kKinds >= kMessages;
+}
+
+bool EndsConnection(unsigned number)
+{
+    return !IsMessage(number) && number % kKinds != kCutOff;
+}
+
 std::string Garbage(unsigned number)
 {
     std::minstd_rand random(number + 1);
     std::string bytes;
-    switch (number % 16)
+    switch (number % kKinds)
     {
     case 0: // no message at all
         for (unsigned i = 0; i < 200; ++i)
@@ -58,7 +84,7 @@ std::string Garbage(unsigned number)
         return "d4:argsl1073741824:";
     case 2:
         return "1073741824:";
-    case 3:
+    case kCutOff:
         return "d4:argsli265243ei2e"; // cut off by the next
     case 4:
         return std::string(100, 'l');

@@ -6,7 +6,7 @@
 namespace Campaign
 {
 
-/// A connection to the owner's port by somebody who has no business there. Waits for nothing.
+/// A connection to the owner's port by somebody who has no business there.
 class CStranger
 {
 public:
@@ -21,6 +21,8 @@ public:
 
     /// Has the owner closed it?
     bool Closed() const;
+    /// Waits until it has. @return false if it does not
+    bool ClosedInTime() const;
 
 private:
     int m_socket;
@@ -29,5 +31,11 @@ private:
 /// Something that is no report: whole messages that mean nothing, and bytes that are no message.
 /// @param number  which; each is another one
 std::string Garbage(unsigned number);
+
+/// Is it a message, after all?
+bool IsMessage(unsigned number);
+
+/// Has the owner to close a connection over which this comes, and what was before it?
+bool EndsConnection(unsigned number);
 
 } // namespace Campaign

@@ -134,7 +134,7 @@ bool RunHierarchy(int rounds, unsigned seed)
     JudgeCounts(states, *accounts, verdict);
     JudgeTable(scene.Table(), states, verdict);
     JudgeJournal(journal, verdict);
-    PrintRun("owner", rounds, seed, begin, *accounts);
+    good = PrintRun("owner", rounds, seed, begin, *accounts) && good;
     std::printf("transitions   %zu, compared with a model of %d parents\n", journal.size(), kParents + 1);
     verdict.Print();
     return good && verdict.Good();

@@ -1,10 +1,8 @@
 #include "campaign/parts/AlternatingReporter.h"
+#include "campaign/parts/DisplayProcess.h"
 #include "campaign/parts/Probe.h"
 #include "campaign/parts/Verdict.h"
 #include "campaign/runs/Campaigns.h"
-
-#include <Faultkeeper/ErrorDatabase.h>
-#include <Faultkeeper/ErrorDatabaseView.h>
 
 #include <algorithm>
 #include <chrono>
@@ -13,8 +11,6 @@
 
 namespace Campaign
 {
-
-using namespace Faultkeeper;
 
 namespace
 {
@@ -25,19 +21,10 @@ constexpr std::chrono::milliseconds kDisplayPause(100);
 constexpr std::chrono::milliseconds kStep(10);
 constexpr int kChangesAStep = 100; // 10 000 a second
 
-std::unique_ptr<Support::CChildProcess> StartDisplay(const std::string& configuration)
-{
-    return std::make_unique<Support::CChildProcess>(
-        [&configuration]() -> int
-        {
-            std::freopen("/dev/null", "w", stderr);
-            CErrorDatabase database(configuration);
-            CErrorDatabaseView view(false, eViewReader);
-            for (; !view.Failed(); std::this_thread::sleep_for(kDisplayPause))
-                view.Synchronise(database);
-            return 1;
-        });
-}
+constexpr int kFullSize = 300; // seconds; from here on memory and time are judged: shorter runs are tests
+constexpr double kLeastRate = 9500;    // transitions a second
+constexpr double kMostDelay = 100;     // milliseconds, for 99 %
+constexpr long kMostMemory = 4 * 1024; // KiB beyond what it was after a second
 
 /// The owner's resources in the course of it.
 struct SResources
@@ -56,7 +43,16 @@ struct SResources
         mostMemory = std::max(mostMemory, memory);
         mostDescriptors = std::max(mostDescriptors, descriptors);
     }
+
+    bool Flat() const { return mostMemory - firstMemory <= kMostMemory; }
+    bool NoMoreDescriptors() const { return firstDescriptors > 0 && mostDescriptors <= firstDescriptors; }
 };
+
+/// Reporter and probe are connected, and perhaps who asks.
+bool BothConnected()
+{
+    return Support::WaitUntil([] { return CScene::OwnerNumber("connections") >= 3; });
+}
 
 /// Reports at an even pace. @return false if not everything is acknowledged in the end
 bool ReportEvenly(CAlternatingReporter& reporter, std::chrono::seconds duration, const CScene& scene,
@@ -81,17 +77,17 @@ bool RunLoad(int rounds, unsigned)
     CScene scene(ReportedErrors());
     scene.StartOwner();
     bool good = scene.OwnerReady();
-    std::vector<std::unique_ptr<Support::CChildProcess>> displays;
-    for (int i = 0; i < kDisplays; ++i)
-        displays.push_back(StartDisplay(scene.ConfigurationPrefix()));
+    auto displays = StartCopiers(kDisplays, scene.ConfigurationPrefix(), kDisplayPause);
     SResources resources;
     CAlternatingReporter reporter;
     const ErrorId probed = ErrorsOf(1).front();
     CProbe probe(scene.ConfigurationPrefix(), probed);
+    good = BothConnected() && good;
     const Clock::time_point begin = Clock::now();
     good = ReportEvenly(reporter, std::chrono::seconds(rounds), scene, resources) && good;
     const std::chrono::duration<double> seconds = Clock::now() - begin;
     probe.Finish();
+    good = AllRun(displays) && good;
     displays.clear();
     good = scene.EndOwner() && good;
 
@@ -104,9 +100,9 @@ bool RunLoad(int rounds, unsigned)
     verdict.lost = raises < expected ? expected - raises : 0;
     verdict.twice = raises > expected ? raises - expected : 0;
     JudgeTable(scene.Table(), states, verdict);
-    std::printf("%.0f transitions a second for %.0f s, %d displays looking %d times a second\n",
-                static_cast<double>(reporter.Changes()) / seconds.count(), seconds.count(), kDisplays,
-                static_cast<int>(std::chrono::seconds(1) / kDisplayPause));
+    const double rate = static_cast<double>(reporter.Changes()) / seconds.count();
+    std::printf("%.0f transitions a second for %.0f s, %d displays looking %d times a second\n", rate,
+                seconds.count(), kDisplays, static_cast<int>(std::chrono::seconds(1) / kDisplayPause));
     std::printf("memory        %ld KiB after a second, %ld KiB at most\n", resources.firstMemory,
                 resources.mostMemory);
     std::printf("descriptors   %d after a second, %d at most\n", resources.firstDescriptors,
@@ -115,7 +111,9 @@ bool RunLoad(int rounds, unsigned)
         "raise to copy %.2f ms half of the time, %.2f ms 99 %% of the time, %.2f ms at most, of %zu\n",
         probe.Quantile(0.5), probe.Quantile(0.99), probe.Quantile(1), probe.Delays().size());
     verdict.Print();
-    return good && verdict.Good();
+    const bool kept = resources.Flat() && rate >= kLeastRate && probe.Quantile(0.99) <= kMostDelay;
+    return good && verdict.Good() && resources.NoMoreDescriptors() && !probe.Delays().empty() &&
+           (kept || rounds < kFullSize);
 }
 
 } // namespace Campaign

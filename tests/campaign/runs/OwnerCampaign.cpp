@@ -38,13 +38,16 @@ bool KillOwners(CScene& scene, int rounds, unsigned seed, const std::vector<std:
     return good;
 }
 
-void PrintRun(const char* what, int rounds, unsigned seed, std::chrono::steady_clock::time_point begin,
+bool PrintRun(const char* what, int rounds, unsigned seed, std::chrono::steady_clock::time_point begin,
               const SAccounts& accounts)
 {
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
     std::printf("%s killed %d times in %.1f s (seed %u)\n", what, rounds, seconds.count(), seed);
     std::printf("reports       %" PRIu64 " by %d reporters on %d errors\n", accounts.Reports(), kReporters,
                 kReporters * kErrorsEach);
+    if (accounts.Reports() == 0)
+        std::fprintf(stderr, "nothing was reported\n");
+    return accounts.Reports() > 0;
 }
 
 bool RunOwners(int rounds, unsigned seed)
@@ -57,7 +60,7 @@ bool RunOwners(int rounds, unsigned seed)
     good = reporters.Finish() && good;
     good = scene.EndOwner() && good;
 
-    PrintRun("owner", rounds, seed, begin, *accounts);
+    good = PrintRun("owner", rounds, seed, begin, *accounts) && good;
     return JudgeAll(scene, *accounts).Good() && good;
 }
 

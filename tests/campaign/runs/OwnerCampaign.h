@@ -14,7 +14,8 @@ namespace Campaign
 bool KillOwners(CScene& scene, int rounds, unsigned seed, const std::vector<std::string>& arguments);
 
 /// Tells how much there was of it.
-void PrintRun(const char* what, int rounds, unsigned seed, std::chrono::steady_clock::time_point begin,
+/// @return false if nothing was reported, which is told: then there is nothing to judge
+bool PrintRun(const char* what, int rounds, unsigned seed, std::chrono::steady_clock::time_point begin,
               const SAccounts& accounts);
 
 } // namespace Campaign

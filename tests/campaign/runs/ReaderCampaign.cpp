@@ -85,7 +85,7 @@ bool RunReaders(int rounds, unsigned seed)
     good = reporters.Finish() && good;
     good = LockFree(scene) && good;
     good = scene.EndOwner() && good;
-    PrintRun("display", rounds, seed, begin, *accounts);
+    good = PrintRun("display", rounds, seed, begin, *accounts) && good;
     return JudgeAll(scene, *accounts).Good() && good;
 }
 

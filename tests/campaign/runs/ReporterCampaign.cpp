@@ -78,7 +78,7 @@ bool RunReporters(int rounds, unsigned seed)
     JudgeKilled(states, *accounts, verdict);
     JudgeTable(scene.Table(), states, verdict);
     JudgeJournal(StoredJournal(scene.StorePath()), verdict);
-    PrintRun("reporter", rounds, seed, begin, *accounts);
+    good = PrintRun("reporter", rounds, seed, begin, *accounts) && good;
     verdict.Print();
     return good && verdict.Good();
 }

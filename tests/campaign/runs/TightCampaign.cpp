@@ -28,12 +28,11 @@ bool RunTight(int rounds, unsigned)
     CScene scene(ReportedErrors());
     scene.StartOwner();
     bool good = scene.OwnerReady();
-    std::vector<std::unique_ptr<Support::CChildProcess>> copiers;
-    for (int i = 0; i < kCopiers; ++i)
-        copiers.push_back(StartCopier(scene.ConfigurationPrefix()));
+    auto copiers = StartCopiers(kCopiers, scene.ConfigurationPrefix());
     const auto begin = std::chrono::steady_clock::now();
     good = ReportAll(rounds) && good;
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+    good = AllRun(copiers) && good;
     copiers.clear();
     good = scene.EndOwner() && good;
 
