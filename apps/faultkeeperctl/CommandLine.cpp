@@ -188,7 +188,7 @@ int CCommandLine::Run(int argumentCount, const char* const* arguments)
     }
     catch (const CLI::ParseError& error)
     {
-        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success) && !NamesNoCommand())
         {
             Answer(error);
             return Finished(epsDone);
@@ -217,13 +217,20 @@ void CCommandLine::Answer(const CLI::ParseError& error) const
         m_app->exit(error);
 }
 
+// Help about a command that there is not would be help about all of them, and hide the slip.
+bool CCommandLine::NamesNoCommand() const
+{
+    const std::vector<std::string> unknown = m_app->remaining(true);
+    return m_app->get_subcommands().empty() && !unknown.empty() && !IsOption(unknown.front());
+}
+
 // What is wrong with the command line, with the nearest right name of an option or a command.
 std::string CCommandLine::Misunderstood(const CLI::ParseError& error) const
 {
     const std::vector<std::string> unknown = m_app->remaining(true);
     if (!unknown.empty() && IsOption(unknown.front()))
         return UnknownName("option", unknown.front().substr(0, unknown.front().find('=')), OptionNames());
-    if (!unknown.empty() && m_app->get_subcommands().empty())
+    if (NamesNoCommand())
         return UnknownName("command", unknown.front(), CommandNames());
     return std::string(error.what()) + "; see --help";
 }

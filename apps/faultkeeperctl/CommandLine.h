@@ -89,6 +89,7 @@ public:
 private:
     EProgramStatus RunChosen();
     void Answer(const CLI::ParseError& error) const;
+    bool NamesNoCommand() const;
     std::string Misunderstood(const CLI::ParseError& error) const;
     std::vector<std::string> CommandNames() const;
     std::vector<std::string> OptionNames() const;
