@@ -1,7 +1,7 @@
 #include "faultkeeperctl/CommandLine.h"
 
-#include "common/NearestName.h"
-#include "common/TypedText.h"
+#include "common/text/NearestName.h"
+#include "common/text/TypedText.h"
 #include "faultkeeperctl/text/HelpText.h"
 #include "faultkeeperctl/text/TextWidth.h"
 

@@ -1,7 +1,7 @@
 #include "faultkeeperctl/Display.h"
 
 #include "common/ConfigurationFingerprint.h"
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "faultkeeperctl/owner/OwnerStatistics.h"
 #include "faultkeeperctl/text/Progress.h"
 #include "faultkeeperctl/text/TimeText.h"

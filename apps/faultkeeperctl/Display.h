@@ -1,8 +1,8 @@
 #ifndef FAULTKEEPERCTL_DISPLAY_H
 #define FAULTKEEPERCTL_DISPLAY_H
 
-#include "common/ErrorNames.h"
-#include "common/TableProbe.h"
+#include "common/owner/TableProbe.h"
+#include "common/text/ErrorNames.h"
 #include "faultkeeperctl/Settings.h"
 
 #include <Faultkeeper/ErrorDatabase.h>

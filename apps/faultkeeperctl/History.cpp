@@ -1,6 +1,6 @@
 #include "faultkeeperctl/History.h"
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/ErrorPresentation.h>

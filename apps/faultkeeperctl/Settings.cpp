@@ -1,8 +1,8 @@
 #include "faultkeeperctl/Settings.h"
 
 #include "common/ConfigurationFiles.h"
-#include "common/RunDirectory.h"
-#include "common/TypedText.h"
+#include "common/owner/RunDirectory.h"
+#include "common/text/TypedText.h"
 #include "faultkeeperctl/json/Json.h"
 #include "faultkeeperctl/text/Progress.h"
 

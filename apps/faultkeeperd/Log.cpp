@@ -1,6 +1,6 @@
 #include "faultkeeperd/Log.h"
 
-#include "common/TypedText.h"
+#include "common/text/TypedText.h"
 #include "faultkeeperd/LogLimit.h"
 
 #include <cstddef>

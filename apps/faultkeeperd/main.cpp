@@ -1,6 +1,6 @@
 #include "common/ConfigurationFiles.h"
-#include "common/RunDirectory.h"
 #include "common/StandardStreams.h"
+#include "common/owner/RunDirectory.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/Options.h"
 #include "faultkeeperd/service/Service.h"

@@ -1,6 +1,6 @@
 #include "schemas/SchemaTypes.h"
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
 #include <iterator>
 

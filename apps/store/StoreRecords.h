@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPER_APPS_STORE_STORERECORDS_H
 #define FAULTKEEPER_APPS_STORE_STORERECORDS_H
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
 #include <Faultkeeper/ErrorEntry.h>
 

@@ -5,7 +5,7 @@
 #include "harness/Input.h"
 #include "harness/ScratchDirectory.h"
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "support/ConfigurationBuilder.h"
 
 #include <Faultkeeper/ErrorDatabase.h>

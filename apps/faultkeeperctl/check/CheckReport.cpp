@@ -1,6 +1,6 @@
 #include "faultkeeperctl/check/CheckReport.h"
 
-#include "common/TypedText.h"
+#include "common/text/TypedText.h"
 
 #include "Common/database/ConfigurationRules.h"
 

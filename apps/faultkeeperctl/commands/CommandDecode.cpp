@@ -1,9 +1,9 @@
 #include "faultkeeperctl/commands/Commands.h"
 
-#include "common/ErrorNames.h"
-#include "common/RunDirectory.h"
-#include "common/TableProbe.h"
-#include "common/TypedText.h"
+#include "common/owner/RunDirectory.h"
+#include "common/owner/TableProbe.h"
+#include "common/text/ErrorNames.h"
+#include "common/text/TypedText.h"
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/PrivateTable.h"
 #include "faultkeeperctl/json/Json.h"

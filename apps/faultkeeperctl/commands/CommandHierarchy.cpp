@@ -1,7 +1,7 @@
 #include "faultkeeperctl/commands/Commands.h"
 
-#include "common/RunDirectory.h"
-#include "common/TableProbe.h"
+#include "common/owner/RunDirectory.h"
+#include "common/owner/TableProbe.h"
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/Display.h"
 #include "faultkeeperctl/graph/HierarchyGraph.h"

@@ -1,6 +1,6 @@
 #include "faultkeeperctl/commands/Commands.h"
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/json/Json.h"
 

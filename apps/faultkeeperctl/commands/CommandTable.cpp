@@ -1,6 +1,6 @@
 #include "faultkeeperctl/commands/Commands.h"
 
-#include "common/TableProbe.h"
+#include "common/owner/TableProbe.h"
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/Display.h"
 #include "faultkeeperctl/json/Json.h"

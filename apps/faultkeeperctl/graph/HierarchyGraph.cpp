@@ -1,7 +1,7 @@
 #include "faultkeeperctl/graph/HierarchyGraph.h"
 
-#include "common/ErrorNames.h"
-#include "common/TypedText.h"
+#include "common/text/ErrorNames.h"
+#include "common/text/TypedText.h"
 #include "faultkeeperctl/reasons/SetStates.h"
 
 #include <Faultkeeper/ErrorDatabase.h>

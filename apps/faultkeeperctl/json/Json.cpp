@@ -1,6 +1,6 @@
 #include "faultkeeperctl/json/Json.h"
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "faultkeeperctl/text/TimeText.h"
 
 #include <Faultkeeper/ErrorTree.h>

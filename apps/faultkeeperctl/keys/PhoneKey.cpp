@@ -1,6 +1,6 @@
 #include "faultkeeperctl/keys/PhoneKey.h"
 
-#include "common/TypedText.h"
+#include "common/text/TypedText.h"
 
 #include <algorithm>
 #include <cctype>

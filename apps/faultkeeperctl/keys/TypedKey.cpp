@@ -1,6 +1,6 @@
 #include "faultkeeperctl/keys/TypedKey.h"
 
-#include "common/TypedText.h"
+#include "common/text/TypedText.h"
 #include "faultkeeperctl/Settings.h"
 #include "faultkeeperctl/keys/PhoneKey.h"
 

@@ -1,7 +1,7 @@
 #include "faultkeeperctl/past/JournalText.h"
 
-#include "common/ErrorNames.h"
-#include "common/TypedText.h"
+#include "common/text/ErrorNames.h"
+#include "common/text/TypedText.h"
 #include "faultkeeperctl/text/TimeText.h"
 
 namespace Faultkeeper::Apps

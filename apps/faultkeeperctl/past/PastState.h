@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPERCTL_PAST_PASTSTATE_H
 #define FAULTKEEPERCTL_PAST_PASTSTATE_H
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "store/StoreRecords.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "faultkeeperctl/past/StorePast.h"
 
-#include "common/RunDirectory.h"
+#include "common/owner/RunDirectory.h"
 #include "faultkeeperctl/Settings.h"
 #include "store/BootClock.h"
 #include "store/StoreFile.h"

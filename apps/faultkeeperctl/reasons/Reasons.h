@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPERCTL_REASONS_REASONS_H
 #define FAULTKEEPERCTL_REASONS_REASONS_H
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "faultkeeperctl/reasons/SetStates.h"
 
 #include <Faultkeeper/ErrorEntry.h>

@@ -1,6 +1,6 @@
 #include "faultkeeperctl/reasons/SetStates.h"
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
 #include <Faultkeeper/Error.h>
 

@@ -1,7 +1,7 @@
 #include "faultkeeperctl/simulation/Script.h"
 
-#include "common/NearestName.h"
-#include "common/TypedText.h"
+#include "common/text/NearestName.h"
+#include "common/text/TypedText.h"
 #include "faultkeeperctl/typed/ConfiguredErrors.h"
 
 #include <algorithm>

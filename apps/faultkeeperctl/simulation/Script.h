@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPERCTL_SIMULATION_SCRIPT_H
 #define FAULTKEEPERCTL_SIMULATION_SCRIPT_H
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
 #include <string>
 #include <vector>

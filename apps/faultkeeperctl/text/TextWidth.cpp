@@ -1,5 +1,7 @@
 #include "faultkeeperctl/text/TextWidth.h"
 
+#include "common/text/TypedText.h"
+
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -115,7 +117,7 @@ void AddParagraph(std::vector<std::string>& lines, const std::string& text, int 
     while ((start = text.find_first_not_of(" \t\r", start)) != std::string::npos)
     {
         const std::size_t end = std::min(text.find_first_of(" \t\r", start), text.size());
-        AddWord(lines, text.substr(start, end - start), width);
+        AddWord(lines, WithoutControls(text.substr(start, end - start)), width);
         start = end;
     }
 }

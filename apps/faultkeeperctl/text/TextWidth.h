@@ -16,7 +16,8 @@ int DisplayWidth(const std::string& text);
 std::string Padded(const std::string& text, int width);
 
 /// The text in lines of at most `width` columns, broken at blanks, or within a word that is too long for a
-/// line. Line ends of the text stay. Never empty.
+/// line. Line ends of the text stay; other control characters, and bytes that are no UTF-8, become "\xNN", so
+/// that no text of a configuration or a translation steers a terminal. Never empty.
 std::vector<std::string> Wrapped(const std::string& text, int width);
 
 /// Columns to write in: those of the terminal that standard output is; if it is none, those that

@@ -1,6 +1,6 @@
 #include "faultkeeperctl/text/TreeText.h"
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "faultkeeperctl/text/Colour.h"
 #include "faultkeeperctl/text/TextTable.h"
 #include "faultkeeperctl/text/TextWidth.h"

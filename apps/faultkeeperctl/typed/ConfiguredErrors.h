@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPERCTL_CONFIGUREDERRORS_H
 #define FAULTKEEPERCTL_CONFIGUREDERRORS_H
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
 #include <string>
 

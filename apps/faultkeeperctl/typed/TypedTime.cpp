@@ -1,6 +1,6 @@
 #include "faultkeeperctl/typed/TypedTime.h"
 
-#include "common/TypedText.h"
+#include "common/text/TypedText.h"
 
 #include <cstddef>
 #include <ctime>

@@ -1,7 +1,7 @@
 #include "faultkeeperd/owner/FormerState.h"
 
-#include "common/ErrorNames.h"
-#include "common/TableProbe.h"
+#include "common/owner/TableProbe.h"
+#include "common/text/ErrorNames.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/store/FormerTable.h"
 #include "faultkeeperd/store/StateKeeper.h"

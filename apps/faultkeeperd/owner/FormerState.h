@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPER_FAULTKEEPERD_OWNER_FORMERSTATE_H
 #define FAULTKEEPER_FAULTKEEPERD_OWNER_FORMERSTATE_H
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "store/StoreRecords.h"
 
 #include <Core/Time.h>

@@ -1,6 +1,6 @@
 #include "faultkeeperd/owner/LockWatch.h"
 
-#include "common/TableCalls.h"
+#include "common/owner/TableCalls.h"
 #include "faultkeeperd/Log.h"
 
 #include <Faultkeeper/ErrorDatabaseView.h>

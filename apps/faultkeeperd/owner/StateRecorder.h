@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPER_FAULTKEEPERD_OWNER_STATERECORDER_H
 #define FAULTKEEPER_FAULTKEEPERD_OWNER_STATERECORDER_H
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "store/StoreRecords.h"
 #include "store/TransitionCauses.h"
 

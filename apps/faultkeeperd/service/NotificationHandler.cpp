@@ -1,6 +1,6 @@
 #include "faultkeeperd/service/NotificationHandler.h"
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/owner/Owner.h"
 #include "faultkeeperd/store/StateKeeper.h"

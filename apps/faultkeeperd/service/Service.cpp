@@ -1,7 +1,7 @@
 #include "faultkeeperd/service/Service.h"
 
 #include "common/ConfigurationFingerprint.h"
-#include "common/TableCalls.h"
+#include "common/owner/TableCalls.h"
 #include "faultkeeperd/Log.h"
 #include "faultkeeperd/owner/FormerState.h"
 #include "faultkeeperd/store/FormerTable.h"

@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPER_FAULTKEEPERD_SERVICE_SERVICE_H
 #define FAULTKEEPER_FAULTKEEPERD_SERVICE_SERVICE_H
 
-#include "common/OwnerClaim.h"
+#include "common/owner/OwnerClaim.h"
 #include "faultkeeperd/owner/Owner.h"
 #include "faultkeeperd/service/NotificationHandler.h"
 #include "faultkeeperd/service/ServiceManager.h"

@@ -1,7 +1,7 @@
 #include "faultkeeperd/store/FormerTable.h"
 
-#include "common/TableCalls.h"
-#include "common/TableProbe.h"
+#include "common/owner/TableCalls.h"
+#include "common/owner/TableProbe.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 

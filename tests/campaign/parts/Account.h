@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
 #include <atomic>
 #include <cstdint>

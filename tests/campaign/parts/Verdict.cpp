@@ -1,6 +1,6 @@
 #include "campaign/parts/Verdict.h"
 
-#include "common/TableProbe.h"
+#include "common/owner/TableProbe.h"
 #include "faultkeeperd/store/StateStore.h"
 
 #include <cinttypes>

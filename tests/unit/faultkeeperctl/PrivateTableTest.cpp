@@ -1,6 +1,6 @@
 #include "faultkeeperctl/PrivateTable.h"
 
-#include "common/TableCalls.h"
+#include "common/owner/TableCalls.h"
 #include "support/ConfigurationBuilder.h"
 #include "support/SharedTable.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "faultkeeperd/owner/FormerState.h"
 #include "faultkeeperd/owner/Owner.h"
 #include "faultkeeperd/store/StateKeeper.h"

@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPERCTL_CHECK_READING_CONFIGURATIONMODEL_H
 #define FAULTKEEPERCTL_CHECK_READING_CONFIGURATIONMODEL_H
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 #include "faultkeeperctl/check/Findings.h"
 
 #include <Faultkeeper/Identifiers.h>

@@ -2,7 +2,7 @@
 
 #include "faultkeeperctl/check/reading/TriggerSetReader.h"
 
-#include "common/TypedText.h"
+#include "common/text/TypedText.h"
 
 #include <Core/IO/XMLDocument.h>
 

@@ -1,7 +1,7 @@
 #include "faultkeeperctl/check/reading/Element.h"
 
-#include "common/NearestName.h"
-#include "common/TypedText.h"
+#include "common/text/NearestName.h"
+#include "common/text/TypedText.h"
 
 #include "Common/XmlAttributes.h"
 

@@ -2,7 +2,7 @@
 
 #include "faultkeeperctl/check/reading/ReferenceReader.h"
 
-#include "common/TypedText.h"
+#include "common/text/TypedText.h"
 
 #include "Common/Numbers.h"
 

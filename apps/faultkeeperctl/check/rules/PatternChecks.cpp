@@ -2,7 +2,7 @@
 
 #include "faultkeeperctl/check/rules/PatternMatches.h"
 
-#include "common/TypedText.h"
+#include "common/text/TypedText.h"
 
 #include <algorithm>
 #include <set>

@@ -1,7 +1,7 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
-#include "common/NearestName.h"
-#include "common/TypedText.h"
+#include "common/text/NearestName.h"
+#include "common/text/TypedText.h"
 
 #include <set>
 

@@ -1,6 +1,6 @@
 #include "faultkeeperctl/commands/Commands.h"
 
-#include "common/TypedText.h"
+#include "common/text/TypedText.h"
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/Display.h"
 #include "faultkeeperctl/keys/PhoneKey.h"

@@ -1,6 +1,6 @@
 #include "faultkeeperctl/check/CheckReport.h"
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
 #include "cases/CheckCase.h"
 

@@ -1,7 +1,7 @@
 #include "faultkeeperd/store/FormerTable.h"
 
 #include "common/ConfigurationFingerprint.h"
-#include "common/TableCalls.h"
+#include "common/owner/TableCalls.h"
 #include "support/ConfigurationBuilder.h"
 #include "support/SharedTable.h"
 #include "system/ChildProcess.h"

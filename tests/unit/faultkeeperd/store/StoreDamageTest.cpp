@@ -1,6 +1,6 @@
 #include "StoreFixture.h"
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
 #include <algorithm>
 #include <cstdlib>

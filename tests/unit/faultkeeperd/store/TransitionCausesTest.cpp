@@ -3,7 +3,7 @@
 #include "support/ConfigurationBuilder.h"
 #include "support/FreshDirectory.h"
 
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/ErrorDbChanged.h>

@@ -1,4 +1,4 @@
-#include "common/NearestName.h"
+#include "common/text/NearestName.h"
 
 #include <gtest/gtest.h>
 

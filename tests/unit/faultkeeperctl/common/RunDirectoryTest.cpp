@@ -1,4 +1,4 @@
-#include "common/RunDirectory.h"
+#include "common/owner/RunDirectory.h"
 
 #include "support/FreshDirectory.h"
 

@@ -54,6 +54,13 @@ TEST(Padded, FillsUpToColumns)
     EXPECT_EQ(Padded("GPS", 2), "GPS");
 }
 
+TEST(Wrapped, ShowsControlCharactersInsteadOfPassingThemOn)
+{
+    EXPECT_EQ(Wrapped("\x1b[2Jgone \xC2\x9Bno\x07 \xFF\n\x7F", 40),
+              (Lines{"\\x1B[2Jgone \\xC2\\x9Bno\\x07 \\xFF", "\\x7F"}));
+    EXPECT_EQ(Wrapped("\x1b\x1b", 4), (Lines{"\\x1B", "\\x1B"}));
+}
+
 TEST(Wrapped, BreaksAtBlanks)
 {
     EXPECT_EQ(Wrapped("check the antenna cable", 11), (Lines{"check the", "antenna", "cable"}));

@@ -1,6 +1,6 @@
-#include "common/TableProbe.h"
+#include "common/owner/TableProbe.h"
 
-#include "common/OwnerClaim.h"
+#include "common/owner/OwnerClaim.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,6 +1,6 @@
-#include "common/TableProbe.h"
+#include "common/owner/TableProbe.h"
 
-#include "common/OwnerClaim.h"
+#include "common/owner/OwnerClaim.h"
 #include "support/ConfigurationBuilder.h"
 #include "support/SharedTable.h"
 #include "system/ChildProcess.h"

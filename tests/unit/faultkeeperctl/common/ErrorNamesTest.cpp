@@ -1,4 +1,4 @@
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
 #include "support/ConfigurationBuilder.h"
 #include "support/FreshDirectory.h"

@@ -1,7 +1,7 @@
-#include "common/ErrorNames.h"
+#include "common/text/ErrorNames.h"
 
-#include "common/NearestName.h"
-#include "common/TypedText.h"
+#include "common/text/NearestName.h"
+#include "common/text/TypedText.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 #include <Faultkeeper/Identifiers.h>

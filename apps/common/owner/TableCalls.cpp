@@ -1,4 +1,4 @@
-#include "common/TableCalls.h"
+#include "common/owner/TableCalls.h"
 
 #include <fcntl.h>
 #include <pwd.h>

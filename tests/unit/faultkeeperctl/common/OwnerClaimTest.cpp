@@ -1,4 +1,4 @@
-#include "common/OwnerClaim.h"
+#include "common/owner/OwnerClaim.h"
 
 #include "support/FreshDirectory.h"
 #include "system/ChildProcess.h"

@@ -1,4 +1,4 @@
-#include "common/TypedText.h"
+#include "common/text/TypedText.h"
 
 namespace Faultkeeper::Apps
 {

@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPER_APPS_TABLEPROBE_H
 #define FAULTKEEPER_APPS_TABLEPROBE_H
 
-#include "common/TableCalls.h"
+#include "common/owner/TableCalls.h"
 
 #include <Faultkeeper/StatusTable.h>
 

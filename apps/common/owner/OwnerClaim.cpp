@@ -1,6 +1,6 @@
-#include "common/OwnerClaim.h"
+#include "common/owner/OwnerClaim.h"
 
-#include "common/TableCalls.h"
+#include "common/owner/TableCalls.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
