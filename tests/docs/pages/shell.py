@@ -7,7 +7,7 @@ import subprocess
 import time
 import uuid
 
-PATIENCE = 300  # seconds for one command, in an emulator on a busy machine; each takes a fraction of one
+PATIENCE = 120  # seconds for one command, in an emulator on a busy machine; each takes a fraction of one
 
 _MARK_FUNCTION = "faultkeeper_mark() { local status=$?; printf '\\n%s %d\\n' \"$1\" $status; return $status; }\n"
 
@@ -18,6 +18,7 @@ class Ended(Exception):
 
 class Shell:
     def __init__(self, directory, environment):
+        self._patience = PATIENCE
         self._process = subprocess.Popen(
             ["bash", "--noprofile", "--norc"], cwd=directory, env=environment, start_new_session=True,
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
@@ -34,7 +35,7 @@ class Shell:
         """Ends the shell and whatever it has left running; returns how many processes that were."""
         self._process.stdin.close()
         try:
-            self._process.wait(PATIENCE)
+            self._process.wait(self._patience)
         except subprocess.TimeoutExpired:
             self._process.kill()
             self._process.wait()
@@ -61,6 +62,7 @@ class Shell:
         deadline = time.monotonic() + PATIENCE
         while True:
             if not select.select([self._process.stdout], [], [], max(0, deadline - time.monotonic()))[0]:
+                self._patience = 0  # nor will it end by itself
                 raise Ended(text + f"... no end after {PATIENCE} s")
             piece = os.read(self._process.stdout.fileno(), 65536)
             if not piece:
