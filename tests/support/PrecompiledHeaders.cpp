@@ -1,0 +1,1 @@
+// Compiled for the sake of the headers that CMake puts in front of it.
