@@ -25,16 +25,17 @@ bool ShareOne(const Members& left, const Members& right)
 }
 
 /// An error without several automatic sets has none here, nor has one with a set whose triggers are in doubt.
-std::vector<SAutomatic> AutomaticSets(const SDefinition& error)
+/// Triggers that the library skips are none.
+std::vector<SAutomatic> AutomaticSets(const SConfigurationModel& model, const SDefinition& error)
 {
     std::vector<SAutomatic> sets;
     for (const STriggerSetModel& set : error.sets)
     {
         if (!set.autoTrigger)
             continue;
-        const std::vector<std::size_t> linked = set.Linked();
-        if (linked.size() < set.triggers.size() || !set.whole)
+        if (!model.IsCertain(set))
             return {};
+        const std::vector<std::size_t> linked = set.Linked();
         sets.push_back({&set, linked, Members(linked.begin(), linked.end())});
     }
     return sets.size() < 2 ? std::vector<SAutomatic>() : sets;
@@ -113,7 +114,7 @@ void CheckClearing(const SConfigurationModel& model, CFindings& findings)
 {
     for (const SDefinition& error : model.errors)
     {
-        const std::vector<SAutomatic> sets = AutomaticSets(error);
+        const std::vector<SAutomatic> sets = AutomaticSets(model, error);
         if (!sets.empty() && !TellUnrelated(sets, findings) && !TellNothingInCommon(sets, findings))
             TellLone(sets, model, findings);
     }

@@ -1,5 +1,6 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
+#include "common/text/TypedText.h"
 #include "faultkeeperctl/text/TextWidth.h"
 
 #include <algorithm>
@@ -13,13 +14,16 @@ namespace
 {
 constexpr const char* kTitle = "title";
 
-/// What a screen shows as it stands, although the author meant something else by it: tags, entities and
-/// escapes.
+/// What a screen shows as it stands, although the author meant something else by it: tags, the beginnings of
+/// comments and of raw text, entities and escapes.
 std::string MarkupIn(const std::string& text)
 {
     // no part of it may be tried again and again: texts come from outside and may be long
     static const std::regex markup(
-        "</?[A-Za-z][A-Za-z0-9]{0,20}[ ]?/?>|&(#x?[0-9A-Fa-f]{1,6}|[A-Za-z][A-Za-z0-9]{1,9});|\\\\[nrt]");
+        "</?[A-Za-z][A-Za-z0-9]{0,20}"
+        "(\\s{1,3}[A-Za-z][A-Za-z0-9:_-]{0,30}\\s{0,3}=[^<>]{0,200})?\\s?/?>|" // "a <b and c> d" is none
+        "<!--|<!\\[CDATA\\[|"
+        "&(#x?[0-9A-Fa-f]{1,6}|[A-Za-z][A-Za-z0-9]{1,9});|\\\\[nrt]");
     std::smatch match;
     return std::regex_search(text, match, markup) ? match.str() : "";
 }
@@ -47,7 +51,7 @@ void CheckText(const std::string& type, const STextModel& text, int lineWidth, C
         findings.Warning(text.place, name + " has nothing but blanks in it");
     if (!markup.empty())
         findings.Warning(text.place, name + " has markup in it, which screens show as it stands: " + "\"" +
-                                         markup + "\"");
+                                         WithoutControls(markup) + "\"");
     if (width > lineWidth)
         findings.Warning(text.place, name + " is " + std::to_string(width) + " columns wide, a line has " +
                                          std::to_string(lineWidth));

@@ -187,7 +187,7 @@ TEST(GoodConfigurationTest, TextsAsWideAsALineFit)
 TEST(GoodConfigurationTest, LessThanAndAmpersandAreNoMarkup)
 {
     EXPECT_EQ(CheckedEdited({{CheckCases::kCan, "Check the fuse.",
-                              "Is it &lt; 9 V &amp; > 0 V? See R&amp;D; C:\\Temp; a &lt;- b."}}),
+                              "Is it &lt; 9 V &amp; > 0 V? See R&amp;D; C:\\Temp; a &lt;- b, a &lt;b and c>."}}),
               kNothingInFour);
 }
 

@@ -127,6 +127,46 @@ const SCheckCase kLinkCases[] = {
      "positioning.xml:22:11: warning: this set and the one in line 11 are automatic but share no trigger: "
      "the error is never cleared by its triggers\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"TwoAutomaticSetsOneOfWhichLinksToItself",
+     {{kPositioning, "CAN:Bus:Power:4", "Positioning:GPS:No Data:2"},
+      {kPositioning,
+       "          </TriggerSet>\n"
+       "        </TriggerSets>",
+       "          </TriggerSet>\n"
+       "          <TriggerSet>\n"
+       "            <Options>\n"
+       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
+       "            </Options>\n"
+       "            <Triggers>\n"
+       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
+       "            </Triggers>\n"
+       "          </TriggerSet>\n"
+       "        </TriggerSets>"}},
+     "positioning.xml:20:24: warning: the error \"Positioning:GPS:No Data:2\" links to itself: the trigger "
+     "is skipped\n"
+     "positioning.xml:23:11: warning: this set and the one in line 11 are automatic but share no trigger: "
+     "the error is never cleared by its triggers\n"
+     "0 errors, 2 warnings in 4 files\n"},
+    {"TwoAutomaticSetsOneOfWhichNamesNoError",
+     {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Data:17"},
+      {kPositioning,
+       "          </TriggerSet>\n"
+       "        </TriggerSets>",
+       "          </TriggerSet>\n"
+       "          <TriggerSet>\n"
+       "            <Options>\n"
+       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
+       "            </Options>\n"
+       "            <Triggers>\n"
+       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
+       "            </Triggers>\n"
+       "          </TriggerSet>\n"
+       "        </TriggerSets>"}},
+     "positioning.xml:20:24: warning: no error \"CAN:Bus:Data:17\" is defined; did you mean "
+     "\"CAN:Bus:Power:4\"?\n"
+     "positioning.xml:23:11: warning: this set and the one in line 11 are automatic but share no trigger: "
+     "the error is never cleared by its triggers\n"
+     "0 errors, 2 warnings in 4 files\n"},
     {"TwoAutomaticSetsOneOfWhichRaisesAlone",
      {{kPositioning,
        "          </TriggerSet>\n"

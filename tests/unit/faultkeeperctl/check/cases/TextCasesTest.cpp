@@ -20,6 +20,31 @@ const SCheckCase kTextCases[] = {
      "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
      "\"<b>\"\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithATagThatHasAnAttribute",
+     {{kCan, "\"Check the fuse.\"", "\"Check the &lt;font color='red'&gt;fuse&lt;/font&gt;.\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<font color='red'>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithATagThatHasAnAttributeOnALineOfItsOwn",
+     {{kCan, "\"Check the fuse.\"", "\"Check the &lt;font&#10;color=red&gt;fuse.\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<font\\x0Acolor=red>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithATagThatEndsItself",
+     {{kCan, "\"Check the fuse.\"", "\"Check &lt;img src=x /> the fuse.\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<img src=x />\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithAComment",
+     {{kCan, "\"Check the fuse.\"", "\"Check the fuse. &lt;!-- which? -->\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<!--\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithRawText",
+     {{kCan, "\"Check the fuse.\"", "\"&lt;![CDATA[Check the fuse.]]>\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<![CDATA[\"\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"ATextWithAnEntity",
      {{kCan, "\"Check the fuse.\"", "\"Plug &amp;amp; fuse.\""}},
      "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
