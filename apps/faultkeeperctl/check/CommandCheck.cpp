@@ -2,6 +2,7 @@
 
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/check/CheckReport.h"
+#include "faultkeeperctl/text/Progress.h"
 
 #include <iostream>
 #include <memory>
@@ -26,10 +27,15 @@ std::string Prefix(const SSettings& settings, const std::string& directory)
     return directory.back() == '/' ? directory : directory + "/"; // shown in findings as it was typed
 }
 
+SCheckResult Checked(const SSettings& settings, const SCheckArguments& arguments)
+{
+    const CProgress progress("checking the configuration");
+    return CheckConfiguration(Prefix(settings, arguments.directory), arguments.lineWidth);
+}
+
 EProgramStatus Check(const SSettings& settings, const SCheckArguments& arguments)
 {
-    const SCheckResult result =
-        CheckConfiguration(Prefix(settings, arguments.directory), arguments.lineWidth);
+    const SCheckResult result = Checked(settings, arguments);
     if (settings.json)
         PrintDocument(CheckDocument(result));
     else

@@ -125,6 +125,22 @@ TEST_F(HostXMLPositions, HoldForElementsAfterMoreThanAMegabyte)
     EXPECT_EQ(PositionsIn("<a>\n" + comment + comment + " <b c='1'/></a>"), "a 1:1\nb 4:2 c 4:5\n");
 }
 
+TEST_F(HostXMLPositions, AreTheSameInWhateverOrderTheyAreAskedFor)
+{
+    std::string text = "<a>";
+    for (int child = 0; child < 2000; ++child)
+        text += "<\xC3\xA9/>";
+    Support::WriteFile(m_directory.File("document.xml"), text + "</a>");
+    XMLDocument document(false);
+    ASSERT_TRUE(document.Parse(m_directory.File("document.xml")));
+    const auto& children = document.RootNode().Children().front().Children();
+    int column = 4;
+    for (auto child = children.begin(); child != children.end(); ++child, column += 4)
+        ASSERT_EQ(child->Column(), column);
+    for (auto child = children.rbegin(); child != children.rend(); ++child)
+        ASSERT_EQ(child->Column(), column -= 4);
+}
+
 TEST_F(HostXMLPositions, OfTheNodeAboveTheTopElementAreZero)
 {
     const XMLDocument document(false);

@@ -38,7 +38,15 @@ bool IsWholeNumber(const std::string& text)
 
 void CTriggerSetReader::Read(const CElement& triggerSets)
 {
-    triggerSets.VisitChildren(m_findings, [this](const CElement& child) { ReadSet(child); });
+    int sets = 0;
+    const bool all = triggerSets.VisitChildren(m_findings,
+                                               [&](const CElement& child)
+                                               {
+                                                   ++sets;
+                                                   ReadSet(child);
+                                               });
+    if (all && sets == 0)
+        m_findings.Warning(triggerSets.Place(), "there is no \"TriggerSet\" in this \"TriggerSets\"");
 }
 
 void CTriggerSetReader::ReadSet(const CElement& triggerSet)

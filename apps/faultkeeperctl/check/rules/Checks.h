@@ -9,7 +9,8 @@ namespace Faultkeeper::Apps
 
 /// What can only be told once all files are read. Each check looks at everything and tells of one subject.
 
-/// Triggers that name no error, their own error, or one that the set has already; sets without any.
+/// Triggers that name no error, their own error, or one that the set has already; sets without any, and those
+/// that are the same.
 void CheckTriggers(const SConfigurationModel& model, CFindings& findings);
 
 /// Thresholds of automatic sets that can never or always be met.
@@ -33,14 +34,15 @@ void CheckCapacity(const SConfigurationModel& model, CFindings& findings);
 /// Errors that trigger each other in a circle.
 void CheckCycles(const CHierarchy& hierarchy, CFindings& findings);
 
-/// Trees that can grow so large that no state key could be built for them.
+/// Trees that can grow so large that nobody can wait for their state keys.
 void CheckStateKeys(const CHierarchy& hierarchy, CFindings& findings);
 
 /// Patterns that name errors that are not there, or can never be the one that matches.
 void CheckPatterns(const CHierarchy& hierarchy, CFindings& findings);
 
 /// "no error "X" is defined; did you mean "Y"?"
-SMessage UndefinedError(const SReference& reference, const SConfigurationModel& model);
+/// @param names  of the errors that may be meant
+SMessage UndefinedError(const SReference& reference, const std::vector<std::string>& names);
 
 } // namespace Faultkeeper::Apps
 

@@ -79,8 +79,11 @@ void CheckDisplay(const CHierarchy& hierarchy, CFindings& findings)
         for (const STriggerSetModel& set : hierarchy.Model().errors[error].sets)
         {
             if (shown[error] == 0 && !set.autoTrigger && !set.Linked().empty())
-                findings.Warning(set.place, "this set has no effect: it is not automatic, and its error is "
-                                            "neither visible nor shown in the tree of one that is");
+                findings.Warning(
+                    set.place,
+                    "this set is never shown, and while its error is active it hides its triggers: "
+                    "it is not automatic, and its error is neither visible nor shown in the tree "
+                    "of one that is");
         }
     }
 }

@@ -1,6 +1,7 @@
 #include "faultkeeperctl/check/rules/Hierarchy.h"
 
 #include <algorithm>
+#include <set>
 
 namespace Faultkeeper::Apps
 {
@@ -55,27 +56,64 @@ bool CHierarchy::Certain() const
 
 std::vector<CHierarchy::Errors> CHierarchy::Cycles() const
 {
-    std::vector<char> told(m_triggers.size(), 0);
-    for (const std::size_t error : m_fromLeaves)
-        told[error] = 1;
     std::vector<Errors> cycles;
-    for (std::size_t error = 0; error < told.size(); ++error)
+    std::set<Errors> told;
+    for (const SLink& link : ClosingLinks())
     {
-        const Errors cycle = told[error] != 0 ? Errors() : CycleFrom(error);
-        for (const std::size_t member : cycle)
-            told[member] = 1;
-        if (!cycle.empty())
+        Errors cycle = ShortestWay(link.trigger, link.error);
+        std::rotate(cycle.begin(), std::min_element(cycle.begin(), cycle.end()), cycle.end());
+        if (told.insert(cycle).second)
             cycles.push_back(cycle);
     }
     return cycles;
 }
 
-/// Looks in all directions at once; empty if no way leads back.
-CHierarchy::Errors CHierarchy::CycleFrom(std::size_t start) const
+/// The links that lead back to where the search came from. Each cycle has one of them.
+std::vector<CHierarchy::SLink> CHierarchy::ClosingLinks() const
+{
+    enum : char
+    {
+        eNew = 0,
+        eOpen,
+        eClosed
+    };
+    std::vector<char> states(m_triggers.size(), eNew);
+    for (const std::size_t error : m_fromLeaves)
+        states[error] = eClosed;
+    std::vector<SLink> links;
+    std::vector<std::size_t> followed(m_triggers.size(), 0); // how many links of each error
+    for (std::size_t start = 0; start < states.size(); ++start)
+    {
+        Errors way;
+        if (states[start] == eNew)
+            way.push_back(start);
+        while (!way.empty())
+        {
+            const std::size_t error = way.back();
+            states[error] = eOpen;
+            if (followed[error] == m_triggers[error].size())
+            {
+                states[error] = eClosed;
+                way.pop_back();
+                continue;
+            }
+            const std::size_t trigger = m_triggers[error][followed[error]++];
+            if (states[trigger] == eOpen)
+                links.push_back({error, trigger});
+            if (states[trigger] == eNew)
+                way.push_back(trigger);
+        }
+    }
+    return links;
+}
+
+/// Looks in all directions at once. There is a way, and it ends elsewhere than it begins.
+CHierarchy::Errors CHierarchy::ShortestWay(std::size_t first, std::size_t last) const
 {
     Errors from(m_triggers.size(), kNoError);
-    Errors met = {start};
-    for (std::size_t next = 0; next < met.size() && from[start] == kNoError; ++next)
+    Errors met = {first};
+    from[first] = first;
+    for (std::size_t next = 0; from[last] == kNoError; ++next)
     {
         for (const std::size_t trigger : m_triggers[met[next]])
         {
@@ -85,13 +123,11 @@ CHierarchy::Errors CHierarchy::CycleFrom(std::size_t start) const
             met.push_back(trigger);
         }
     }
-    Errors cycle;
-    for (std::size_t error = from[start]; error != kNoError && error != start; error = from[error])
-        cycle.push_back(error);
-    if (!cycle.empty())
-        cycle.push_back(start);
-    std::reverse(cycle.begin(), cycle.end());
-    return cycle;
+    Errors way = {last};
+    while (way.back() != first)
+        way.push_back(from[way.back()]);
+    std::reverse(way.begin(), way.end());
+    return way;
 }
 
 } // namespace Faultkeeper::Apps

@@ -8,7 +8,7 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-// A key of 256 Ki digits; the tree behind it would be walked for as long as it takes to forget the question.
+// A key of 256 Ki digits. The library builds longer ones, for as long as it takes and memory lasts.
 constexpr std::uint64_t kMostKeyBits = 1048576;
 
 SPlace PlaceOfLink(const SDefinition& error, std::size_t trigger)
@@ -62,12 +62,11 @@ void CheckStateKeys(const CHierarchy& hierarchy, CFindings& findings)
     {
         const SDefinition& definition = hierarchy.Model().errors[error];
         if (bits[error] > kMostKeyBits && hierarchy.Parents(error).empty())
-            findings.ErrorAcross(
-                definition.place,
-                "no state key could be built for \"" + definition.Name() +
-                    "\" with all that is below it: so many ways lead to the same errors that "
-                    "it would take more than " +
-                    std::to_string(kMostKeyBits) + " bits");
+            findings.Warning(definition.place,
+                             "with all that is below \"" + definition.Name() +
+                                 "\" active its state key takes more than " + std::to_string(kMostKeyBits) +
+                                 " bits, because so many ways lead to the same errors: a display takes long "
+                                 "for its tree");
     }
 }
 

@@ -62,10 +62,32 @@ bool CPatternMatches::HoldsBelow(std::size_t top, const Errors& wanted) const
     return std::includes(held.begin(), held.end(), wanted.begin(), wanted.end());
 }
 
+// Any error may be active without those that it raises: they can be cleared on their own.
 bool CPatternMatches::CanEqual(const SPatternModel& pattern) const
 {
+    return Equals(pattern, ErrorsOf(pattern));
+}
+
+std::vector<std::size_t> CPatternMatches::InTheWay(const SPatternModel& pattern) const
+{
+    Errors active = ErrorsOf(pattern);
+    std::vector<std::size_t> inTheWay;
+    for (const std::size_t raised : RaisedWith(active))
+    {
+        Errors more = active;
+        if (!more.insert(raised).second)
+            continue;
+        if (Equals(pattern, more))
+            active = more;
+        else
+            inTheWay.push_back(raised);
+    }
+    return inTheWay;
+}
+
+bool CPatternMatches::Equals(const SPatternModel& pattern, const Errors& active) const
+{
     const std::vector<ErrorId> ids = pattern.SortedIds();
-    const Errors active = RaisedWith(ErrorsOf(pattern));
     for (const std::size_t top : ErrorsOf(pattern))
     {
         std::vector<ErrorId> collected;

@@ -22,14 +22,18 @@ public:
     /// Can a tree hold all errors of the pattern, and perhaps others?
     bool CanHold(const SPatternModel& pattern) const;
 
-    /// Can a tree hold the errors of the pattern, each as often as it is listed, and no others? What is
-    /// raised because of them is in the tree as well, or above it.
+    /// Can a tree hold the errors of the pattern, each as often as it is listed, and no others?
     bool CanEqual(const SPatternModel& pattern) const;
+
+    /// For a pattern that a tree can equal: the errors that its errors raise, and that no such tree stands
+    /// beside. It takes that they were cleared on their own.
+    std::vector<std::size_t> InTheWay(const SPatternModel& pattern) const;
 
 private:
     typedef std::set<std::size_t> Errors;
 
     static Errors ErrorsOf(const SPatternModel& pattern);
+    bool Equals(const SPatternModel& pattern, const Errors& active) const;
     bool HoldsBelow(std::size_t top, const Errors& wanted) const;
     Errors RaisedWith(Errors active) const;
     bool IsRaised(std::size_t error, const Errors& active) const;

@@ -57,30 +57,61 @@ void CheckText(const std::string& type, const STextModel& text, int lineWidth, C
                                          std::to_string(lineWidth));
 }
 
-bool HasTitle(const SDefinition& error)
-{
-    return error.texts.count(kTitle) != 0;
-}
-
 /// Notices of low severity do without a headline.
-void CheckTitle(const SDefinition& error, CFindings& findings)
+bool LacksTitle(const SDefinition& error)
 {
-    if (error.visible && error.severity > eesLow && !HasTitle(error))
-        findings.Warning(error.place, "this \"Error\" is visible but has no text \"title\"");
+    return error.severity > eesLow && error.texts.count(kTitle) == 0;
 }
 
+/// Does the error on its own raise this parent, so that it never heads a tree unless the parent is cleared?
+bool Raises(std::size_t error, const SDefinition& parent)
+{
+    return std::any_of(parent.sets.begin(), parent.sets.end(),
+                       [error](const STriggerSetModel& set)
+                       {
+                           const std::vector<std::size_t> linked = set.Linked();
+                           const auto times = std::count(linked.begin(), linked.end(), error);
+                           return set.autoTrigger && times > 0 && set.needed <= times;
+                       });
+}
+
+/// What stands below another may borrow its title.
+void CheckTitle(const CHierarchy& hierarchy, std::size_t error, CFindings& findings)
+{
+    const SDefinition& definition = hierarchy.Model().errors[error];
+    const CHierarchy::Errors& parents = hierarchy.Parents(error);
+    const bool raises =
+        std::any_of(parents.begin(), parents.end(),
+                    [&](std::size_t parent) { return Raises(error, hierarchy.Model().errors[parent]); });
+    if (definition.visible && !raises && LacksTitle(definition))
+        findings.Warning(definition.place,
+                         std::string("this \"Error\" is visible but has no text \"title\"") +
+                             (parents.empty() ? "" : ", which it needs where no parent is active"));
+}
+
+void CheckTitlesOfTriggers(const SConfigurationModel& model, const STriggerSetModel& set, CFindings& findings)
+{
+    for (const SReference& trigger : set.triggers)
+    {
+        if (set.title == eetsTrigger && trigger.target != kNoError &&
+            LacksTitle(model.errors[trigger.target]))
+            findings.Warning(trigger.place, QuotedTyped(trigger.text) +
+                                                " has no text \"title\", which this set's trees are to be "
+                                                "headed with: they are headed with the error's own");
+    }
+}
 } // namespace
 
 void CheckTexts(const CHierarchy& hierarchy, int lineWidth, CFindings& findings)
 {
-    const std::vector<SDefinition>& errors = hierarchy.Model().errors;
-    for (std::size_t error = 0; error < errors.size(); ++error)
+    const SConfigurationModel& model = hierarchy.Model();
+    for (std::size_t error = 0; error < model.errors.size(); ++error)
     {
-        for (const auto& text : errors[error].texts)
+        for (const auto& text : model.errors[error].texts)
             CheckText(text.first, text.second, lineWidth, findings);
-        // what stands below another may borrow its title
-        if (hierarchy.Parents(error).empty())
-            CheckTitle(errors[error], findings);
+        CheckTitle(hierarchy, error, findings);
+        for (const STriggerSetModel& set : model.errors[error].sets)
+            CheckTitlesOfTriggers(model, set, findings);
     }
 }
 

@@ -3,20 +3,48 @@
 #include "common/text/NearestName.h"
 #include "common/text/TypedText.h"
 
+#include <algorithm>
+#include <iterator>
 #include <set>
+#include <string>
+#include <vector>
 
 namespace Faultkeeper::Apps
 {
 
 namespace
 {
-void CheckTarget(const SReference& trigger, const SConfigurationModel& model, CFindings& findings)
+/// Names that may stand in a set in the place of one that leads nowhere: those of the errors that are neither
+/// in the set nor its owner.
+std::vector<std::string> NamesBeside(const SDefinition& owner, const STriggerSetModel& set,
+                                     const std::vector<std::string>& names, const SConfigurationModel& model)
 {
-    if (trigger.toItself)
-        findings.Warning(trigger.place, "the error " + QuotedTyped(trigger.text) +
-                                            " links to itself: the trigger is skipped");
-    else if (model.LeadsNowhere(trigger))
-        findings.Warning(trigger.place, UndefinedError(trigger, model));
+    std::set<std::string> taken = {owner.Name()};
+    for (const std::size_t trigger : set.Linked())
+        taken.insert(model.errors[trigger].Name());
+    std::vector<std::string> beside;
+    std::remove_copy_if(names.begin(), names.end(), std::back_inserter(beside),
+                        [&taken](const std::string& name) { return taken.count(name) != 0; });
+    return beside;
+}
+
+/// @param names  of all errors
+void CheckTargets(const SDefinition& owner, const STriggerSetModel& set,
+                  const std::vector<std::string>& names, const SConfigurationModel& model,
+                  CFindings& findings)
+{
+    std::vector<std::string> beside;
+    for (const SReference& trigger : set.triggers)
+    {
+        const bool nowhere = model.LeadsNowhere(trigger);
+        if (nowhere && beside.empty())
+            beside = NamesBeside(owner, set, names, model);
+        if (trigger.toItself)
+            findings.Warning(trigger.place, "the error " + QuotedTyped(trigger.text) +
+                                                " links to itself: the trigger is skipped");
+        else if (nowhere)
+            findings.Warning(trigger.place, UndefinedError(trigger, beside));
+    }
 }
 
 void CheckRepeated(const STriggerSetModel& set, CFindings& findings)
@@ -40,6 +68,27 @@ void CheckEmpty(const STriggerSetModel& set, const SConfigurationModel& model, C
                          : "this \"TriggerSet\" is left without triggers: none names another error");
 }
 
+bool SameSets(const STriggerSetModel& left, const STriggerSetModel& right)
+{
+    return left.autoTrigger == right.autoTrigger && left.needed == right.needed &&
+           left.linking == right.linking && left.title == right.title && left.Linked() == right.Linked();
+}
+
+void CheckSameSets(const std::vector<STriggerSetModel>& sets, const SConfigurationModel& model,
+                   CFindings& findings)
+{
+    for (auto later = sets.begin(); later != sets.end(); ++later)
+    {
+        const auto earlier = std::find_if(
+            sets.begin(), later, [later](const STriggerSetModel& set) { return SameSets(set, *later); });
+        if (earlier != later && !later->Linked().empty() && model.IsCertain(*earlier) &&
+            model.IsCertain(*later))
+            findings.Warning(later->place, "this set is the same as the one in line " +
+                                               std::to_string(earlier->place.line) +
+                                               ": each of its triggers stands in the tree twice");
+    }
+}
+
 void CheckThreshold(const STriggerSetModel& set, CFindings& findings)
 {
     const std::size_t linked = set.Linked().size();
@@ -54,9 +103,9 @@ void CheckThreshold(const STriggerSetModel& set, CFindings& findings)
 }
 } // namespace
 
-SMessage UndefinedError(const SReference& reference, const SConfigurationModel& model)
+SMessage UndefinedError(const SReference& reference, const std::vector<std::string>& names)
 {
-    const std::string nearest = NearestName(reference.text, model.Names());
+    const std::string nearest = NearestName(reference.text, names);
     return {"no error " + QuotedTyped(reference.text) + " is defined" +
                 (nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?"),
             nearest};
@@ -64,15 +113,16 @@ SMessage UndefinedError(const SReference& reference, const SConfigurationModel& 
 
 void CheckTriggers(const SConfigurationModel& model, CFindings& findings)
 {
+    const std::vector<std::string> names = model.Names();
     for (const SDefinition& error : model.errors)
     {
         for (const STriggerSetModel& set : error.sets)
         {
-            for (const SReference& trigger : set.triggers)
-                CheckTarget(trigger, model, findings);
+            CheckTargets(error, set, names, model, findings);
             CheckRepeated(set, findings);
             CheckEmpty(set, model, findings);
         }
+        CheckSameSets(error.sets, model, findings);
     }
 }
 

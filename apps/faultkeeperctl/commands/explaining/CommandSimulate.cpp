@@ -3,6 +3,7 @@
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/simulation/SimulationText.h"
 #include "faultkeeperctl/text/Difference.h"
+#include "faultkeeperctl/text/Progress.h"
 #include "faultkeeperctl/typed/FileText.h"
 
 #include <cstdio>
@@ -41,6 +42,7 @@ SScript ReadScript(const SSimulateArguments& arguments, const std::string& text,
 std::vector<SSimulatedStep> Played(const SScript& script, CErrorDatabase& database,
                                    const std::string& configuration)
 {
+    const CProgress progress("playing the script");
     CSimulation simulation(database, configuration);
     std::vector<SSimulatedStep> steps;
     steps.reserve(script.steps.size());

@@ -30,10 +30,15 @@ XMLSource::Position XMLSource::PositionOf(std::size_t byte) const
     const std::size_t end = std::min(byte, m_text.size());
     const auto next = std::upper_bound(m_lines.begin() + 1, m_lines.end(), end);
     const std::size_t begin = *(next - 1);
-    int column = 1;
-    for (std::size_t place = begin; place < end; ++place)
-        column += m_singleByte || !ContinuesCharacter(m_text[place]) ? 1 : 0;
-    return {static_cast<int>(next - m_lines.begin()), column};
+    // a file may be one long line, of which every place is asked for
+    if (m_lastByte < begin || m_lastByte > end)
+    {
+        m_lastByte = begin;
+        m_lastColumn = 1;
+    }
+    for (; m_lastByte < end; ++m_lastByte)
+        m_lastColumn += m_singleByte || !ContinuesCharacter(m_text[m_lastByte]) ? 1 : 0;
+    return {static_cast<int>(next - m_lines.begin()), m_lastColumn};
 }
 
 std::vector<std::size_t> XMLSource::FindLines() const

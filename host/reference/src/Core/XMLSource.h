@@ -45,8 +45,10 @@ private:
 
     const std::string m_text;
     bool m_singleByte = false;
-    mutable std::mutex m_mutex;               // guards the next one
+    mutable std::mutex m_mutex;               // guards what follows
     mutable std::vector<std::size_t> m_lines; // first byte of each line; empty before the first question
+    mutable std::size_t m_lastByte = 0;       // that was asked for, or where its line begins
+    mutable int m_lastColumn = 1;             // of that byte
 };
 
 } // namespace IO

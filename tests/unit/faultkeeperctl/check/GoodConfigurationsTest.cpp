@@ -140,6 +140,15 @@ TEST(GoodConfigurationTest, AnInvisibleErrorAndANoticeNeedNoTitle)
     EXPECT_EQ(Checked(CConfigurationBuilder().Add(hidden).Add(notice)), "0 errors, 0 warnings in 3 files\n");
 }
 
+TEST(GoodConfigurationTest, AnErrorThatRaisesItsParentNeedsNoTitle)
+{
+    EXPECT_EQ(
+        CheckedEdited({{CheckCases::kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+                       {CheckCases::kCan, "visible=\"no\"", "visible=\"yes\""},
+                       {CheckCases::kPositioning, "value=\"trigger\"", "value=\"parent\""}}),
+        kNothingInFour);
+}
+
 TEST(GoodConfigurationTest, NothingIsToldOfOptionsThatSayWhatIsUsual)
 {
     EXPECT_EQ(CheckedEdited({{CheckCases::kPositioning, "\"verbose\"", "\"deep\""},
@@ -162,12 +171,9 @@ TEST(GoodConfigurationTest, NothingIsToldOfAPatternForAllThatIsLeft)
               kNothingInFour);
 }
 
-TEST(GoodConfigurationTest, ThePatternsAndTheirErrorsMayBeCalledOtherwise)
+TEST(GoodConfigurationTest, TheErrorsOfPatternsMayBeCalledOtherwise)
 {
-    EXPECT_EQ(CheckedEdited({{CheckCases::kPatterns, "<ErrorPatterns>", "<Codes>"},
-                             {CheckCases::kPatterns, "</ErrorPatterns>", "</Codes>"},
-                             {CheckCases::kPatterns, "<error id", "<fault id"}}),
-              kNothingInFour);
+    EXPECT_EQ(CheckedEdited({{CheckCases::kPatterns, "<error id", "<fault id"}}), kNothingInFour);
 }
 
 TEST(GoodConfigurationTest, NothingIsToldOfAFileThatServesTwoModules)
@@ -186,9 +192,10 @@ TEST(GoodConfigurationTest, TextsAsWideAsALineFit)
 
 TEST(GoodConfigurationTest, LessThanAndAmpersandAreNoMarkup)
 {
-    EXPECT_EQ(CheckedEdited({{CheckCases::kCan, "Check the fuse.",
-                              "Is it &lt; 9 V &amp; > 0 V? See R&amp;D; C:\\Temp; a &lt;- b, a &lt;b and c>."}}),
-              kNothingInFour);
+    EXPECT_EQ(
+        CheckedEdited({{CheckCases::kCan, "Check the fuse.",
+                        "Is it &lt; 9 V &amp; > 0 V? See R&amp;D; C:\\Temp; a &lt;- b, a &lt;b and c>."}}),
+        kNothingInFour);
 }
 
 } // namespace

@@ -7,6 +7,12 @@ using namespace CheckCases;
 
 // Friendly codes.
 const SCheckCase kPatternCases[] = {
+    {"AnotherNameOfTheTopElement",
+     {{kPatterns, "<ErrorPatterns>", "<Codes>"}, {kPatterns, "</ErrorPatterns>", "</Codes>"}},
+     "ErrorPatterns.xml:1:1: warning: the top element is called \"Codes\": programs take that, but editors "
+     "and "
+     "schemas expect \"ErrorPatterns\"\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"APatternWithoutCode",
      {{kPatterns, " fixedCode=\"P-2\"", ""}},
      "ErrorPatterns.xml:7:5: warning: this \"pattern\" has no \"fixedCode\" and is not read\n"
@@ -106,7 +112,28 @@ const SCheckCase kPatternCases[] = {
        "    <pattern fixedCode=\"P-1\" allowPartialMatch=\"no\">\n"
        "      <error id=\"Positioning:GPS:No Data:2\"/>\n",
        "    <pattern fixedCode=\"P-1\">\n"}},
-     "ErrorPatterns.xml:3:5: warning: this pattern never matches: no tree can hold exactly these errors\n"
+     "ErrorPatterns.xml:3:5: warning: this pattern matches only after \"Positioning:GPS:No Data:2\" was "
+     "cleared on its own: these errors raise it\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"AnExactPatternWithoutTwoParentsThatAreRaisedAlong",
+     {{kPatterns,
+       "    <pattern fixedCode=\"P-1\" allowPartialMatch=\"no\">\n"
+       "      <error id=\"Positioning:GPS:No Data:2\"/>\n",
+       "    <pattern fixedCode=\"P-1\">\n"},
+      {kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
+       "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
+       "        <TriggerSets>\n"
+       "          <TriggerSet>\n"
+       "            <Options>\n"
+       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
+       "            </Options>\n"
+       "            <Triggers>\n"
+       "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n"
+       "            </Triggers>\n"
+       "          </TriggerSet>\n"
+       "        </TriggerSets>\n"}},
+     "ErrorPatterns.xml:3:5: warning: this pattern matches only after \"Positioning:GPS:No Data:2\" and 1 "
+     "other were cleared on their own: these errors raise them\n"
      "0 errors, 1 warning in 4 files\n"},
     {"AnExactPatternOfErrorsThatAreNotLinked",
      {{kCan, "        <Text type=\"title\"", "        <Text type=\"title\""},
@@ -146,8 +173,8 @@ const SCheckCase kPatternCases[] = {
       {kPatterns, "<pattern fixedCode=\"P-1\" allowPartialMatch=\"no\">",
        "<pattern fixedCode=\"P-1\" allowPartialMatch=\"yes\">\n"
        "      <error id=\"CAN:Bus:Power:4\"/>"}},
-     "can.xml:10:11: warning: this set has no effect: it is not automatic, and its error is neither visible "
-     "nor shown in the tree of one that is\n"
+     "can.xml:10:11: warning: this set is never shown, and while its error is active it hides its "
+     "triggers: it is not automatic, and its error is neither visible nor shown in the tree of one that is\n"
      "ErrorPatterns.xml:3:5: warning: this pattern never matches: no tree can hold all of these errors\n"
      "0 errors, 2 warnings in 4 files\n"},
 };

@@ -11,6 +11,22 @@ const SCheckCase kTextCases[] = {
      {{kPositioning, "        <Text type=\"title\" text=\"No Satellites\"/>\n", ""}},
      "positioning.xml:4:7: warning: this \"Error\" is visible but has no text \"title\"\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"ATriggerWithoutTitleWhereTheSetTakesItsTitle",
+     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""}},
+     "positioning.xml:20:24: warning: \"CAN:Bus:Power:4\" has no text \"title\", which this set's trees are "
+     "to "
+     "be headed with: they are headed with the error's own\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"AVisibleErrorWithoutTitleThatDoesNotRaiseItsParent",
+     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+      {kCan, "visible=\"no\"", "visible=\"yes\""},
+      {kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"2\""},
+      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
+      {kPatterns, "allowPartialMatch=\"no\"", "allowPartialMatch=\"yes\""}},
+     "can.xml:4:7: warning: this \"Error\" is visible but has no text \"title\", which it needs where no "
+     "parent "
+     "is active\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"ATextOfBlanks",
      {{kCan, "\"Check the fuse.\"", "\"  \""}},
      "can.xml:7:31: warning: the text \"solution\" has nothing but blanks in it\n"
