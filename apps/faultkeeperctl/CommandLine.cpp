@@ -11,10 +11,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <iostream>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -63,6 +65,21 @@ CFailure NoDirectory(const std::string& option)
     return CFailure(epsUsage, option + " names no directory");
 }
 
+bool TakesNext(const std::string& argument)
+{
+    return std::find(std::begin(kDirectoryOptions), std::end(kDirectoryOptions), argument) !=
+           std::end(kDirectoryOptions);
+}
+
+/// The place of the command among the arguments, or their number if there is none.
+std::size_t PlaceOfCommand(const std::vector<const char*>& arguments)
+{
+    std::size_t place = 1;
+    while (place < arguments.size() && IsOption(arguments[place]))
+        place += TakesNext(arguments[place]) ? 2 : 1;
+    return std::min(place, arguments.size());
+}
+
 // "help COMMAND" means "COMMAND --help"; without a command likewise.
 std::vector<const char*> Understood(int argumentCount, const char* const* arguments)
 {
@@ -72,9 +89,10 @@ std::vector<const char*> Understood(int argumentCount, const char* const* argume
         if (Contains(argumentCount, arguments, std::string(option) + "="))
             throw NoDirectory(option); // what follows would be taken for the directory
     }
-    if (understood.size() > 1 && understood[1] == std::string("help"))
+    const std::size_t command = PlaceOfCommand(understood);
+    if (command < understood.size() && understood[command] == std::string("help"))
     {
-        understood.erase(understood.begin() + 1);
+        understood.erase(understood.begin() + static_cast<std::ptrdiff_t>(command));
         understood.push_back("--help");
     }
     return understood;
@@ -188,7 +206,8 @@ int CCommandLine::Run(int argumentCount, const char* const* arguments)
     }
     catch (const CLI::ParseError& error)
     {
-        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success) && !NamesNoCommand())
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success) &&
+            m_app->remaining(true).empty())
         {
             Answer(error);
             return Finished(epsDone);
@@ -217,7 +236,6 @@ void CCommandLine::Answer(const CLI::ParseError& error) const
         m_app->exit(error);
 }
 
-// Help about a command that there is not would be help about all of them, and hide the slip.
 bool CCommandLine::NamesNoCommand() const
 {
     const std::vector<std::string> unknown = m_app->remaining(true);
@@ -232,7 +250,9 @@ std::string CCommandLine::Misunderstood(const CLI::ParseError& error) const
         return UnknownName("option", unknown.front().substr(0, unknown.front().find('=')), OptionNames());
     if (NamesNoCommand())
         return UnknownName("command", unknown.front(), CommandNames());
-    return std::string(error.what()) + "; see --help";
+    // help that is asked for is no reason to pass over what is wrong beside it
+    const bool answer = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success);
+    return std::string(answer ? CLI::ExtrasError(unknown).what() : error.what()) + "; see --help";
 }
 
 std::vector<std::string> CCommandLine::CommandNames() const

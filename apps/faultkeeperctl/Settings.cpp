@@ -96,7 +96,7 @@ void CheckFiles(const std::string& prefix, const CFailure* instead)
 {
     const CConfigurationFiles files(prefix);
     for (const SConfigurationFinding& finding : files.Findings())
-        std::fprintf(stderr, "%s\n", finding.Line().c_str());
+        std::fprintf(stderr, "%s\n", WithoutControls(finding.Line()).c_str());
     if (!files.Usable() && instead != nullptr)
         throw *instead;
     if (!files.Usable())

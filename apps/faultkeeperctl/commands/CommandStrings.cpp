@@ -4,6 +4,7 @@
 #include "faultkeeperctl/json/Json.h"
 #include "faultkeeperctl/strings/LocalisedStrings.h"
 #include "faultkeeperctl/strings/TranslationReport.h"
+#include "faultkeeperctl/typed/FileText.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 
@@ -54,9 +55,9 @@ EProgramStatus Check(const SSettings& settings, const std::string& path)
                                    TextsOfFile(path));
     const std::vector<STextFinding> findings = translation.Findings();
     if (settings.json)
-        PrintDocument(TranslationDocument(path, translation));
+        PrintDocument(TranslationDocument(FileName(path), translation));
     else
-        std::cout << TranslationText(path, translation);
+        std::cout << TranslationText(FileName(path), translation);
     return findings.empty() ? epsDone : epsNo;
 }
 
@@ -65,7 +66,7 @@ EProgramStatus Write(const SSettings& settings, const SRequest& request)
     if (settings.json && request.path == "-")
         throw CFailure(epsUsage, "\"strings -\" writes the texts themselves, which are no JSON: name a file");
     const std::unique_ptr<CErrorDatabase> database = LoadConfiguration(settings);
-    const std::vector<CError>& errors = database->GetErrorList();
+    const std::vector<CError> errors = LastDefinitions(database->GetErrorList());
     const std::string text = request.withOriginals ? TextFileContent(WithOriginals(OriginalTexts(errors)))
                                                    : LocalisedStrings(errors);
     if (request.path == "-")
@@ -102,7 +103,7 @@ void AddStrings(CCommandLine& commandLine)
         "Example: faultkeeperctl --config config/example strings --with-originals texts.txt\n"
         "Example: faultkeeperctl --config config/example strings --check german.txt",
         [request](const SSettings& settings) { return Strings(settings, *request); });
-    command.Argument("FILE", request->path, "file to write, \"-\" for standard output, or to check");
+    command.Argument("FILE", request->path, "file to write or to check; \"-\" for standard output or input");
     command.Flag("--check", request->check, "check the translation in FILE");
     command.Flag("--with-originals", request->withOriginals,
                  "write each text twice, for translating one of them");

@@ -21,6 +21,21 @@ constexpr std::size_t kDataLetters = kPhoneGroupLetters - 1;
 constexpr std::size_t kPlaceMark = 7;
 constexpr char kFilling = 'Z';
 
+// What texts from elsewhere have in the place of blanks and dashes: a blank that does not break, U+2010 to
+// U+2014.
+constexpr std::string_view kOtherGaps[] = {"\xC2\xA0",     "\xE2\x80\x90", "\xE2\x80\x91",
+                                           "\xE2\x80\x92", "\xE2\x80\x93", "\xE2\x80\x94"};
+
+std::string WithUsualGaps(std::string typed)
+{
+    for (const std::string_view gap : kOtherGaps)
+    {
+        for (std::size_t at = typed.find(gap); at != std::string::npos; at = typed.find(gap, at))
+            typed.replace(at, gap.size(), " ");
+    }
+    return typed;
+}
+
 char Capital(char c)
 {
     return static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -76,8 +91,9 @@ Groups FilledGroups(const std::string& letters)
 }
 
 /// The groups as they were typed, however long each is.
-Groups TypedGroups(const std::string& typed)
+Groups TypedGroups(const std::string& text)
 {
+    const std::string typed = WithUsualGaps(text);
     Groups groups;
     for (std::size_t start = 0; (start = typed.find_first_not_of(kBetween, start)) != std::string::npos;)
     {
@@ -218,7 +234,7 @@ bool LooksLikePhoneKey(const std::string& typed)
 std::string BareKey(const std::string& typed)
 {
     std::string bare;
-    for (const char c : typed)
+    for (const char c : WithUsualGaps(typed))
         bare += kBetween.find(c) == std::string::npos ? std::string(1, Capital(c)) : "";
     return bare;
 }

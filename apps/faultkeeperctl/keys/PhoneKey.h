@@ -35,7 +35,7 @@ struct SPhoneReading
     std::string problem;            ///< what is wrong, with these numbers; "" if nothing is
 };
 
-/// Reads what was typed, large or small letters, with blanks and dashes wherever they may be.
+/// Reads what was typed, large or small letters, with blanks and dashes of all kinds wherever they may be.
 SPhoneReading ReadPhoneKey(const std::string& typed);
 
 /// Was this meant to be groups of letters rather than the digits of a key?

@@ -24,11 +24,17 @@ void CheckDigits(const std::string& key)
 }
 } // namespace
 
-std::string KeyFromTyped(const std::vector<std::string>& words)
+std::string JoinedWords(const std::vector<std::string>& words)
 {
     std::string typed;
     for (const std::string& word : words)
         typed += (typed.empty() ? "" : " ") + word;
+    return typed;
+}
+
+std::string KeyFromTyped(const std::vector<std::string>& words)
+{
+    const std::string typed = JoinedWords(words);
     if (!LooksLikePhoneKey(typed))
     {
         const std::string key = BareKey(typed); // small letters mean the same

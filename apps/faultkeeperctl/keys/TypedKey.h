@@ -7,6 +7,9 @@
 namespace Faultkeeper::Apps
 {
 
+/// The words of a command line as one text.
+std::string JoinedWords(const std::vector<std::string>& words);
+
 /// The state key that was typed, in one of its two forms: digits, or groups of letters as on the phone.
 /// @param words  as they stood on the command line, groups apart or together
 /// @return digits 0-9 and A-F, at least as many as name an error

@@ -1,5 +1,6 @@
 #include "faultkeeperctl/strings/LocalisedStrings.h"
 
+#include "common/text/ErrorNames.h"
 #include "faultkeeperctl/Settings.h"
 #include "faultkeeperctl/TemporaryName.h"
 
@@ -8,10 +9,12 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 namespace Faultkeeper::Apps
@@ -45,8 +48,22 @@ bool EndsWith(const std::string& text, const std::string& end)
 }
 } // namespace
 
-std::string LocalisedStrings(const std::vector<CError>& errors)
+std::vector<CError> LastDefinitions(const std::vector<CError>& errors)
 {
+    std::set<ErrorId> later;
+    std::vector<CError> last;
+    for (auto error = errors.rbegin(); error != errors.rend(); ++error)
+    {
+        if (later.emplace(error->ProblemCode(), error->ProblemType()).second)
+            last.push_back(*error);
+    }
+    std::reverse(last.begin(), last.end());
+    return last;
+}
+
+std::string LocalisedStrings(const std::vector<CError>& defined)
+{
+    const std::vector<CError> errors = LastDefinitions(defined);
     const CTemporaryFile file;
     CErrorPresentation::DumpLocalisedText(errors, file.Path());
     std::ostringstream text;

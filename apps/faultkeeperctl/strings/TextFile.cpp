@@ -1,28 +1,29 @@
 #include "faultkeeperctl/strings/TextFile.h"
 
-#include "faultkeeperctl/Settings.h"
+#include "faultkeeperctl/typed/FileText.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <system_error>
 
 namespace Faultkeeper::Apps
 {
 
 namespace
 {
-constexpr const char* kMarkOfUtf8 = "\xEF\xBB\xBF";
 constexpr std::ptrdiff_t kColons = 3;
 
 bool IsKeyLine(const std::string& line)
 {
     return line.size() > 2 && line.front() == '[' && line.find(']') == line.size() - 1 &&
            line.rfind('[') == 0 && std::count(line.begin(), line.end(), ':') == kColons;
+}
+
+// Blank lines between the records are for people.
+std::string WithoutBlankEnd(const std::string& text)
+{
+    const std::size_t last = text.find_last_not_of(" \t\n");
+    return last == std::string::npos ? text.substr(0, text.find('\n'))
+                                     : text.substr(0, text.find('\n', last));
 }
 
 class CRecordBuilder
@@ -42,7 +43,13 @@ public:
             AddStray(line);
     }
 
-    std::vector<STextRecord> Records() const { return m_records; }
+    std::vector<STextRecord> Records() const
+    {
+        std::vector<STextRecord> records = m_records;
+        for (STextRecord& record : records)
+            record.text = WithoutBlankEnd(record.text);
+        return records;
+    }
 
 private:
     void AddStray(const std::string& line)
@@ -60,9 +67,7 @@ private:
 std::vector<STextRecord> ParsedTexts(const std::string& content)
 {
     CRecordBuilder builder;
-    std::size_t start =
-        content.compare(0, std::strlen(kMarkOfUtf8), kMarkOfUtf8) == 0 ? std::strlen(kMarkOfUtf8) : 0;
-    while (start < content.size())
+    for (std::size_t start = 0; start < content.size();)
     {
         const std::size_t end = std::min(content.find('\n', start), content.size());
         std::string line = content.substr(start, end - start);
@@ -76,16 +81,7 @@ std::vector<STextRecord> ParsedTexts(const std::string& content)
 
 std::vector<STextRecord> TextsOfFile(const std::string& path)
 {
-    std::error_code ignored;
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    if (file)
-        content << file.rdbuf(); // an empty file puts nothing in, which counts as failed
-    if (!file || std::filesystem::is_directory(path, ignored))
-        throw CFailure(epsNo,
-                       "cannot read " + path + ": " +
-                           std::strerror(std::filesystem::is_directory(path, ignored) ? EISDIR : errno));
-    return ParsedTexts(content.str());
+    return ParsedTexts(FileText(path));
 }
 
 std::string TextFileContent(const std::vector<STextRecord>& records)

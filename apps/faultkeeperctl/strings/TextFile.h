@@ -17,11 +17,11 @@ struct STextRecord
 };
 
 /// Takes a file apart. A key is what stands in brackets on a line of its own with three colons in it; all up
-/// to the next one is its text, so that a text may not hold such a line. Line ends may be those of Windows,
-/// and the file may begin with the mark of UTF-8. Text in front of the first key has the key "".
+/// to the next one is its text, so that a text may not hold such a line, but for blank lines at its end.
+/// Line ends may be those of Windows. Text in front of the first key has the key "".
 std::vector<STextRecord> ParsedTexts(const std::string& content);
 
-/// Reads and takes apart a file.
+/// Reads and takes apart a file, "-" being standard input.
 /// @throws CFailure (epsNo) if it cannot be read
 std::vector<STextRecord> TextsOfFile(const std::string& path);
 

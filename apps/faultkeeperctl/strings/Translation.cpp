@@ -17,19 +17,6 @@ std::map<std::string, std::size_t> PlacesOf(const std::vector<STextRecord>& reco
     return places;
 }
 
-// An error that is defined twice has its texts twice.
-std::vector<STextRecord> WithoutRepeats(const std::vector<STextRecord>& records)
-{
-    const std::map<std::string, std::size_t> places = PlacesOf(records);
-    std::vector<STextRecord> kept;
-    for (std::size_t i = 0; i < records.size(); ++i)
-    {
-        if (places.at(records[i].key) == i)
-            kept.push_back(records[i]);
-    }
-    return kept;
-}
-
 const STextRecord* Found(const std::vector<STextRecord>& records,
                          const std::map<std::string, std::size_t>& places, const std::string& key)
 {
@@ -64,7 +51,7 @@ std::vector<STextRecord> WithOriginals(const std::vector<STextRecord>& originals
 }
 
 CTranslation::CTranslation(const std::vector<STextRecord>& originals, const std::vector<STextRecord>& records)
-    : m_originals(WithoutRepeats(originals)), m_records(records), m_originalPlaces(PlacesOf(m_originals)),
+    : m_originals(originals), m_records(records), m_originalPlaces(PlacesOf(m_originals)),
       m_places(PlacesOf(m_records))
 {
 }

@@ -2,7 +2,6 @@
 
 #include "faultkeeperctl/text/TextWidth.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <sstream>
 #include <vector>
@@ -15,6 +14,7 @@ namespace
 constexpr std::size_t kDescriptionColumn = 30; // where the parser puts descriptions
 constexpr std::size_t kGoesOn = 60;            // a shorter line of prose is the end of it
 constexpr int kLeastDescription = 20;
+constexpr std::size_t kNarrowColumn = 6; // below what is described, where that leaves no room beside it
 
 bool StartsWith(const std::string& line, const char* beginning)
 {
@@ -56,11 +56,18 @@ std::string Fitted(const std::string& line, int width)
 {
     if (DisplayWidth(line) <= width)
         return line + "\n";
-    const std::size_t column = HasDescription(line) ? kDescriptionColumn : 0;
+    std::size_t column = HasDescription(line) ? kDescriptionColumn : 0;
     std::string beginning = line.substr(0, column);
+    const std::string description = line.substr(column);
     std::string text;
-    for (const std::string& part :
-         Wrapped(line.substr(column), std::max(width - static_cast<int>(column), kLeastDescription)))
+    if (column > 0 && width < static_cast<int>(column) + kLeastDescription)
+    {
+        const std::size_t end = beginning.find_last_not_of(' ');
+        text = end == std::string::npos ? "" : Fitted(beginning.substr(0, end + 1), width);
+        column = kNarrowColumn;
+        beginning.assign(column, ' ');
+    }
+    for (const std::string& part : Wrapped(description, width - static_cast<int>(column)))
     {
         text += beginning + part + "\n";
         beginning.assign(column, ' ');

@@ -6,12 +6,15 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string_view>
 
 namespace Faultkeeper::Apps
 {
 
 namespace
 {
+constexpr std::string_view kMarkOfUtf8 = "\xEF\xBB\xBF";
+
 int LeaveOpen(std::FILE*)
 {
     return 0;
@@ -36,7 +39,7 @@ std::string FileText(const std::string& path)
         text.append(piece, read);
     if (std::ferror(file.get()) != 0)
         FailToRead(path);
-    return text;
+    return text.compare(0, kMarkOfUtf8.size(), kMarkOfUtf8) == 0 ? text.substr(kMarkOfUtf8.size()) : text;
 }
 
 std::string FileName(const std::string& path)

@@ -6,7 +6,8 @@
 namespace Faultkeeper::Apps
 {
 
-/// All that is in a file, or comes from standard input if the path is "-".
+/// All that is in a file, or comes from standard input if the path is "-", but for a mark of UTF-8 at its
+/// beginning.
 /// @throws CFailure (epsNo) if it cannot be read
 std::string FileText(const std::string& path);
 

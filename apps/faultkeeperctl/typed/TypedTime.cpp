@@ -1,6 +1,10 @@
 #include "faultkeeperctl/typed/TypedTime.h"
 
 #include "common/text/TypedText.h"
+#include "faultkeeperctl/Settings.h"
+#include "faultkeeperctl/text/TimeText.h"
+
+#include <Core/Time.h>
 
 #include <cstddef>
 #include <ctime>
@@ -18,6 +22,7 @@ constexpr int kSecondsPerHour = 3600;
 constexpr int kSecondsPerDay = 86400;
 constexpr int kFractionDigits = 9;
 constexpr int kMostDigits = 9; // of a number that says how long ago
+constexpr int kMillisecondDigits = 3;
 constexpr int kLocal = -1000000;
 
 /// A time taken apart; what was not given is as at its beginning.
@@ -31,7 +36,9 @@ struct SClock
     int second = 0;
     std::int64_t fraction = 0; // nanoseconds
     int zone = kLocal;         // seconds east of Greenwich
-    std::int64_t length = kSecondsPerDay * kSecond;
+    std::int64_t length = 0;   // nanoseconds, besides these, which need not last as long as others:
+    int months = 0;
+    int days = 0;
 };
 
 /// Reads a text from its beginning to its end.
@@ -88,9 +95,13 @@ int DaysIn(int month, int year)
 
 bool ReadDate(CCursor& cursor, SClock& clock)
 {
-    return cursor.Number(4, kFirstYear, kLastYear, clock.year) && cursor.Take('-') &&
-           cursor.Number(2, 1, 12, clock.month) && cursor.Take('-') &&
-           cursor.Number(2, 1, DaysIn(clock.month, clock.year), clock.day);
+    if (!cursor.Number(4, kFirstYear, kLastYear, clock.year) || !cursor.Take('-') ||
+        !cursor.Number(2, 1, 12, clock.month))
+        return false;
+    clock.months = cursor.AtEnd() ? 1 : 0;
+    clock.days = 1 - clock.months;
+    return cursor.AtEnd() ||
+           (cursor.Take('-') && cursor.Number(2, 1, DaysIn(clock.month, clock.year), clock.day));
 }
 
 bool ReadFraction(CCursor& cursor, SClock& clock)
@@ -107,9 +118,15 @@ bool ReadFraction(CCursor& cursor, SClock& clock)
 
 bool ReadTimeOfDay(CCursor& cursor, SClock& clock)
 {
-    if (!cursor.Number(2, 0, 23, clock.hour) || !cursor.Take(':') || !cursor.Number(2, 0, 59, clock.minute))
+    clock.days = 0;
+    clock.length = kSecondsPerHour * kSecond;
+    if (!cursor.Number(2, 0, 23, clock.hour))
         return false;
+    if (!cursor.Take(':'))
+        return true;
     clock.length = kSecondsPerMinute * kSecond;
+    if (!cursor.Number(2, 0, 59, clock.minute))
+        return false;
     if (!cursor.Take(':'))
         return true;
     clock.length = kSecond;
@@ -128,8 +145,8 @@ bool ReadZone(CCursor& cursor, SClock& clock)
     int minutes = 0;
     if ((!cursor.Take('-') && !cursor.Take('+')) || !cursor.Number(2, 0, 23, hours))
         return false;
-    cursor.Take(':');
-    if (!cursor.Number(2, 0, 59, minutes))
+    const bool colon = cursor.Take(':');
+    if ((colon || !cursor.AtEnd()) && !cursor.Number(2, 0, 59, minutes))
         return false;
     clock.zone = sign * (hours * kSecondsPerHour + minutes * kSecondsPerMinute);
     return true;
@@ -168,6 +185,16 @@ std::int64_t SecondsOf(const SClock& clock)
     days += clock.day - 1;
     return days * kSecondsPerDay + clock.hour * kSecondsPerHour + clock.minute * kSecondsPerMinute +
            clock.second - clock.zone;
+}
+
+// Not every month is as long as another one, nor is every day.
+STypedTime Lasting(const SClock& clock)
+{
+    SClock after = clock;
+    after.month += clock.months;
+    after.day += clock.days;
+    return {SecondsOf(clock) * kSecond + clock.fraction,
+            SecondsOf(after) * kSecond + clock.fraction + clock.length - 1};
 }
 
 int SecondsOfUnit(char unit)
@@ -231,9 +258,20 @@ bool ParseTime(const std::string& typed, std::int64_t now, STypedTime& time, std
                   "as 90s, 10m, 2h, 1d or 1h30m";
         return false;
     }
-    time.first = SecondsOf(clock) * kSecond + clock.fraction;
-    time.last = time.first + clock.length - 1;
+    time = Lasting(clock);
     return true;
+}
+
+STypedTime PastTime(const std::string& typed, std::int64_t now)
+{
+    STypedTime time;
+    std::string problem;
+    if (!ParseTime(typed, now, time, problem))
+        throw CFailure(epsUsage, problem);
+    if (time.first > now)
+        throw CFailure(epsUsage, ExactTimeText(Core::Time::FromNanoseconds(time.first), kMillisecondDigits) +
+                                     " has not come yet");
+    return time;
 }
 
 } // namespace Faultkeeper::Apps

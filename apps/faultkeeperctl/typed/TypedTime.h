@@ -22,6 +22,10 @@ struct STypedTime
 /// @param problem  replaced if the result is false
 bool ParseTime(const std::string& typed, std::int64_t now, STypedTime& time, std::string& problem);
 
+/// The same for a time that must have come.
+/// @throws CFailure (epsUsage) if it cannot be read or has not come yet
+STypedTime PastTime(const std::string& typed, std::int64_t now);
+
 } // namespace Faultkeeper::Apps
 
 #endif

@@ -109,6 +109,8 @@ TEST_F(OnATerminal, HelpIsAsWideAsTheTerminal)
         EXPECT_NE(narrow.text.find("\nExample: faultkeeperctl "), std::string::npos) << narrow.text;
     }
     EXPECT_LE(LongestLine(Shown({"--help"}, 80).text), 80);
+    EXPECT_LE(LongestLine(Shown({"--help"}, 40).text), 40);
+    EXPECT_LE(LongestLine(Shown({"strings", "--help"}, 40).text), 40);
 }
 
 TEST_F(OnATerminal, WhatTakesMoreThanASecondIsTold)

@@ -70,6 +70,42 @@ TEST_F(Translation, ACheckNamesWhatIsMissingLeftOverAndChanged)
     EXPECT_EQ(Json::parse(document.output)["leftOver"][0]["line"], 77);
 }
 
+TEST_F(Translation, ACheckReadsStandardInputForADash)
+{
+    ASSERT_EQ(Ctl({"strings", m_path}).status, 0);
+    const std::string command = std::string(FAULTKEEPER_TEST_CTL) + " --config " + Configuration();
+    const auto check = [&](const std::string& input)
+    {
+        CProgram shell({"/bin/sh", "-c", input + " | " + command + " strings --check -"});
+        shell.Wait();
+        return shell.Output();
+    };
+    EXPECT_EQ(check("cat " + m_path), "20 texts, 20 without what they were translated from\n");
+    EXPECT_EQ(check("(echo deutsch; cat " + m_path + ")"),
+              "standard input:1:1: error: text in front of the first key\n"
+              "20 texts, 1 left over, 20 without what they were translated from\n");
+}
+
+TEST_F(Translation, OfSeveralDefinitionsTheLastOneIsWrittenAndChecked)
+{
+    const std::string text = "problem of Positioning:GPS:Communications:9";
+    std::string module = ReadFile(Configuration() + "/module0.xml");
+    ASSERT_NE(module.find(text), std::string::npos);
+    WriteFile(Configuration() + "/again.xml", module.replace(module.find(text), text.size(), "Silence"));
+    std::string list = ReadFile(Configuration() + "/FaultkeeperConfig.xml");
+    list.insert(list.find("</ErrorList>"), "<Module identifier=\"Positioning\" file=\"again.xml\"/>");
+    WriteFile(Configuration() + "/FaultkeeperConfig.xml", list);
+    const SFinished written = Ctl({"strings", "--with-originals", m_path});
+    EXPECT_EQ(written.status, 0);
+    EXPECT_EQ(written.output, "wrote the texts of 5 errors to " + m_path + "\n");
+    const std::string texts = ReadFile(m_path);
+    EXPECT_NE(texts.find("[Positioning:GPS:Communications:9.problem]\nSilence\n"), std::string::npos);
+    EXPECT_EQ(texts.find(text), std::string::npos);
+    const SFinished checked = Ctl({"strings", "--check", m_path});
+    EXPECT_EQ(checked.status, 0);
+    EXPECT_EQ(checked.output, "20 texts\n");
+}
+
 TEST_F(Translation, AFileThatCannotBeReadIsTold)
 {
     for (const std::vector<std::string>& arguments :

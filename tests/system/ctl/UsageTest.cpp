@@ -109,6 +109,37 @@ TEST_F(Usage, HelpIsACommandToo)
     EXPECT_EQ(Bare({"help", "decode"}).output, Bare({"decode", "--help"}).output);
 }
 
+TEST_F(Usage, HelpIsACommandBehindOptionsToo)
+{
+    const std::string help = Bare({"decode", "--help"}).output;
+    EXPECT_EQ(Bare({"--json", "help"}).output, Bare({"--help"}).output);
+    EXPECT_EQ(Bare({"--config", ".", "help", "decode"}).output, help);
+    EXPECT_EQ(Bare({"--run-dir=.", "--json", "help", "decode"}).output, help);
+    EXPECT_EQ(Bare({"help", "decode", "0140"}).output, help);
+    EXPECT_EQ(Bare({"--config", "help", "decode", "--help"}).output, help);
+}
+
+TEST_F(Usage, WhatIsWrongBesideHelpIsTold)
+{
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{"help", "hierarchy", "--dto"},
+                                               {"hierarchy", "--dto", "--help"},
+                                               {"--dto", "help", "hierarchy"}})
+    {
+        const SFinished finished = Bare(arguments);
+        EXPECT_EQ(finished.status, 2);
+        EXPECT_EQ(finished.output, "");
+        EXPECT_EQ(finished.errors,
+                  "faultkeeperctl: no option is called \"--dto\", the nearest is \"--dot\"\n");
+    }
+    const SFinished finished = Bare({"help", "list", "extra"});
+    EXPECT_EQ(finished.status, 2);
+    EXPECT_EQ(finished.output, "");
+    EXPECT_EQ(finished.errors,
+              "faultkeeperctl: The following argument was not expected: extra; see --help\n");
+    EXPECT_EQ(Bare({"list", "extra"}).errors, finished.errors);
+}
+
 TEST_F(Usage, HelpAboutACommandThatThereIsNotNamesTheNearestOne)
 {
     for (const std::vector<std::string>& arguments :
@@ -136,8 +167,13 @@ TEST_F(Usage, ADirectoryWithoutANameIsRefused)
 
 TEST_F(Usage, ControlCharactersThatWereTypedDoNotReachTheTerminal)
 {
-    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
-             {"\x1b[2Jlist"}, {"list", "\x1b[2Jx"}, {"raise", "\x1b[2J:GPS:No Data:2"}, {"decode", "\x1b"}})
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{"\x1b[2Jlist"},
+                                               {"help", "\x1b[2Jlist"},
+                                               {"help", "list", "\x1b[2Jx"},
+                                               {"list", "\x1b[2Jx"},
+                                               {"raise", "\x1b[2J:GPS:No Data:2"},
+                                               {"decode", "\x1b"}})
     {
         const SFinished finished = Ctl(arguments);
         EXPECT_EQ(finished.status, 2);
@@ -193,6 +229,17 @@ TEST_F(Usage, AModuleFileThatIsBrokenIsToldWithLineAndColumn)
     const SFinished finished = Ctl({"tree"});
     EXPECT_EQ(finished.status, 1);
     EXPECT_EQ(finished.errors.find(Configuration() + "/module0.xml:2:"), 0U) << finished.errors;
+}
+
+TEST_F(Usage, ControlCharactersInAConfigurationDoNotReachTheTerminal)
+{
+    WriteFile(Configuration() + "/FaultkeeperConfig.xml",
+              "<Faultkeeper><ErrorList><Module identifier=\"CAN\" file=\"\xC2\x9B"
+              "2J.xml\"/></ErrorList></Faultkeeper>");
+    const SFinished finished = Ctl({"tree"});
+    EXPECT_EQ(finished.status, 1);
+    EXPECT_EQ(finished.errors.find("\xC2\x9B"), std::string::npos) << finished.errors;
+    EXPECT_NE(finished.errors.find("\\x"), std::string::npos) << finished.errors;
 }
 
 TEST_F(Usage, ABrokenRuleOfTheConfigurationIsAnAnswerAndNoCrash)

@@ -61,6 +61,7 @@ struct SDefinition
     bool visible = false;
     int severity = eesUnknown;
     std::map<std::string, STextModel> texts; ///< by type
+    bool textsWhole = true;                  ///< false if something that may have been one was told
     std::vector<STriggerSetModel> sets;
 
     std::string Name() const { return ErrorName(id.first, id.second); }

@@ -113,14 +113,15 @@ int CModuleReader::ReadFailureMode(const CElement& error, SDefinition& definitio
 void CModuleReader::ReadContent(const CElement& error, SDefinition& definition)
 {
     const std::size_t before = m_pending.size();
-    error.VisitChildren(m_findings,
-                        [&](const CElement& child)
-                        {
-                            if (child.Is(kText))
-                                ReadText(child, definition);
-                            else if (child.Is(kTriggerSets))
-                                RememberSets(child, before);
-                        });
+    const bool all = error.VisitChildren(m_findings,
+                                         [&](const CElement& child)
+                                         {
+                                             if (child.Is(kText))
+                                                 ReadText(child, definition);
+                                             else if (child.Is(kTriggerSets))
+                                                 RememberSets(child, before);
+                                         });
+    definition.textsWhole = definition.textsWhole && all;
 }
 
 /// Of several, the last one counts.
@@ -149,6 +150,7 @@ void CModuleReader::ReadText(const CElement& text, SDefinition& definition)
     {
         if (!type.empty())
             m_findings.Warning(text.Place(kType), UnknownName("type of text", type, types));
+        definition.textsWhole = false;
         return;
     }
     const auto added = definition.texts.emplace(type, STextModel());

@@ -93,8 +93,10 @@ void CheckTitlesOfTriggers(const SConfigurationModel& model, const STriggerSetMo
 {
     for (const SReference& trigger : set.triggers)
     {
-        if (set.title == eetsTrigger && trigger.target != kNoError &&
-            LacksTitle(model.errors[trigger.target]))
+        if (set.title != eetsTrigger || trigger.target == kNoError)
+            continue;
+        const SDefinition& definition = model.errors[trigger.target];
+        if (LacksTitle(definition) && definition.textsWhole)
             findings.Warning(trigger.place, QuotedTyped(trigger.text) +
                                                 " has no text \"title\", which this set's trees are to be "
                                                 "headed with: they are headed with the error's own");

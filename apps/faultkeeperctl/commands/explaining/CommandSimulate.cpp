@@ -1,5 +1,6 @@
 #include "faultkeeperctl/commands/Commands.h"
 
+#include "common/text/TypedText.h"
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/simulation/SimulationText.h"
 #include "faultkeeperctl/text/Difference.h"
@@ -31,8 +32,8 @@ SScript ReadScript(const SSimulateArguments& arguments, const std::string& text,
 {
     SScript script = ParseScript(text, database);
     for (const SScriptMistake& mistake : script.mistakes)
-        std::fprintf(stderr, "%s:%d:%d: error: %s\n", FileName(arguments.script).c_str(), mistake.line,
-                     mistake.column, mistake.text.c_str());
+        std::fprintf(stderr, "%s:%d:%d: error: %s\n", WithoutControls(FileName(arguments.script)).c_str(),
+                     mistake.line, mistake.column, mistake.text.c_str());
     if (!script.mistakes.empty())
         throw CFailure(epsNo, "the script has " + Counted(script.mistakes.size(), "mistake") +
                                   "; nothing was played");

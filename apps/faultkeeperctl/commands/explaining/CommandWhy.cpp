@@ -10,6 +10,7 @@
 
 #include <iostream>
 #include <memory>
+#include <vector>
 
 namespace Faultkeeper::Apps
 {
@@ -61,9 +62,10 @@ void Print(const SSettings& settings, const std::string& key, const std::vector<
         std::cout << ReasonText(reason);
 }
 
-EProgramStatus Why(const SSettings& settings, const std::string& typed)
+EProgramStatus Why(const SSettings& settings, const std::vector<std::string>& words)
 {
-    const std::string key = IsKey(typed) ? KeyFromTyped({typed}) : "";
+    const std::string typed = JoinedWords(words);
+    const std::string key = IsKey(typed) ? KeyFromTyped(words) : "";
     CDisplay display(settings);
     const ErrorId id = key.empty() ? CheckedId(typed, display.Database()) : ErrorId();
     display.RequirePicture();
@@ -82,7 +84,7 @@ EProgramStatus Why(const SSettings& settings, const std::string& typed)
 
 void AddWhy(CCommandLine& commandLine)
 {
-    const auto what = std::make_shared<std::string>();
+    const auto what = std::make_shared<std::vector<std::string>>();
     CCommand command = commandLine.Add(
         "why", "Tell why an error is active, or what it takes for it to become so",
         "For an active error: through which of its trigger sets, how many of how many triggers are active,\n"
@@ -91,7 +93,7 @@ void AddWhy(CCommandLine& commandLine)
         "Example: faultkeeperctl --config /etc/faultkeeper why \"Positioning:Position:Position "
         "Calculation:11\"",
         [what](const SSettings& settings) { return Why(settings, *what); });
-    command.Argument("ID|KEY", *what, "the error, or the key of a tree in either form");
+    command.Words("ID|KEY", *what, true, "the error, or the key of a tree in either form");
 }
 
 } // namespace Faultkeeper::Apps

@@ -110,17 +110,11 @@ Json StateDocument(std::int64_t time, const SPastState& state, const std::vector
 EProgramStatus At(const SSettings& settings, const SAtArguments& arguments)
 {
     const std::int64_t now = Core::Time::Now().Nanoseconds();
-    STypedTime time;
-    std::string problem;
-    if (!ParseTime(arguments.time, now, time, problem))
-        throw CFailure(epsUsage, problem);
-    if (time.first > now)
-        throw CFailure(epsUsage,
-                       ExactTimeText(Core::Time::FromNanoseconds(time.first), kDigits) + " has not come yet");
-    const std::int64_t moment = std::min(time.last, now);
+    const std::int64_t moment = std::min(PastTime(arguments.time, now).last, now);
     const SPast past = ReadPast(StorePath(settings, arguments.store));
     const std::unique_ptr<CErrorDatabase> database = LoadConfiguration(settings);
     SPastState state;
+    std::string problem;
     if (!StateAt(past, moment, state, problem))
         throw CFailure(epsNo, problem);
     const std::vector<SErrorTree> trees = PastTrees(state, *database, settings.configuration);

@@ -40,11 +40,7 @@ struct SExcerpt
 
 STypedTime ParsedSince(const std::string& since)
 {
-    STypedTime time;
-    std::string problem;
-    if (!since.empty() && !ParseTime(since, Core::Time::Now().Nanoseconds(), time, problem))
-        throw CFailure(epsUsage, problem);
-    return time;
+    return since.empty() ? STypedTime() : PastTime(since, Core::Time::Now().Nanoseconds());
 }
 
 // From the first one of that time or later: a clock that is set back afterwards hides nothing.

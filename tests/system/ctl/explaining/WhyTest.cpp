@@ -35,6 +35,17 @@ TEST_F(Why, AnActiveErrorIsActiveDownToWhatWasReported)
     EXPECT_EQ(Ctl({"why", "0xA211B:2"}).output, finished.output);
 }
 
+TEST_F(Why, TheWordsOfAKeyOrANameNeedNoQuotes)
+{
+    StartOwner();
+    RaisePosition();
+    const std::string output = Ctl({"why", "GGYGL"}).output;
+    EXPECT_NE(output, "");
+    EXPECT_EQ(Ctl({"why", "ggy", "gl"}).output, output);
+    EXPECT_EQ(Ctl({"why", "Positioning:GPS:No", "Data:2"}).output, Ctl({"why", kReceiver}).output);
+    EXPECT_EQ(Ctl({"why", "GGYGL", "GGYGL"}).status, 2);
+}
+
 TEST_F(Why, AnotherErrorLacksSomething)
 {
     StartOwner();

@@ -111,6 +111,10 @@ TEST_F(Past, TheJournalCanBeListedFromATimeOn)
     EXPECT_EQ(Ctl({"journal", "--since", "2026-03-01T18:05:10+01:00"}).output, LinesFrom(3));
     EXPECT_EQ(Ctl({"journal", "--since", "2026-03-01"}).output, LinesFrom(0));
     EXPECT_EQ(Ctl({"journal", "--since", "1s"}).output, "Nothing was raised or cleared since.\n");
+    const SFinished future = Ctl({"journal", "--since", "2200-01-01T00:00Z"});
+    EXPECT_EQ(future.status, 2);
+    EXPECT_EQ(future.output, "");
+    EXPECT_EQ(future.errors, "faultkeeperctl: 2200-01-01T00:00:00.000+00:00 has not come yet\n");
     const SFinished wrong = Ctl({"journal", "--since", "noon"});
     EXPECT_EQ(wrong.status, 2);
     EXPECT_EQ(wrong.errors, "faultkeeperctl: \"noon\" is no time: type one as it is printed, such as "

@@ -281,3 +281,18 @@ TEST(PhoneKeyTest, TellsTheTwoFormsApartAlsoWithMistakesInThem)
     EXPECT_FALSE(LooksLikePhoneKey("00G0"));
     EXPECT_FALSE(LooksLikePhoneKey(""));
 }
+
+TEST(PhoneKeyTest, TakesTheBlanksAndDashesOfOtherTextsForGaps)
+{
+    const std::string phone = PhoneKey("0140F");
+    ASSERT_EQ(phone.size(), 11U);
+    for (const char* const gap : {"\xC2\xA0", "\xE2\x80\x90", "\xE2\x80\x91", "\xE2\x80\x92", "\xE2\x80\x93",
+                                  "\xE2\x80\x94", " \xE2\x80\x93\xC2\xA0"})
+    {
+        const std::string typed = phone.substr(0, 5) + gap + phone.substr(6);
+        EXPECT_EQ(ReadPhoneKey(typed).key, "0140F") << typed;
+        EXPECT_TRUE(LooksLikePhoneKey(typed)) << typed;
+        EXPECT_EQ(BareKey(std::string("01") + gap + "40f"), "0140F");
+        EXPECT_EQ(ReadPhoneKey(phone.substr(0, 4) + gap + phone.substr(6)).wrong, Numbers({1})) << typed;
+    }
+}

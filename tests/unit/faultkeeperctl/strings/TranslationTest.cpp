@@ -46,13 +46,13 @@ std::set<std::string> KeysOf(const std::vector<STextFinding>& findings, ETextFin
 TEST(TextFileTest, KeysStandInBracketsAndTextsBelowThem)
 {
     const std::vector<STextRecord> records =
-        ParsedTexts("[a:b:c:1.problem]\none\ntwo\n\n[a:b:c:1.solution]\n\n");
+        ParsedTexts("[a:b:c:1.problem]\none\ntwo\n \n\n[a:b:c:1.solution]\n\n");
     ASSERT_EQ(records.size(), 2U);
     EXPECT_EQ(records[0].key, "a:b:c:1.problem");
-    EXPECT_EQ(records[0].text, "one\ntwo\n");
+    EXPECT_EQ(records[0].text, "one\ntwo");
     EXPECT_EQ(records[0].line, 1);
     EXPECT_EQ(records[1].text, "");
-    EXPECT_EQ(records[1].line, 5);
+    EXPECT_EQ(records[1].line, 6);
 }
 
 TEST(TextFileTest, BracketsInTextsAreNoKeys)
@@ -67,10 +67,10 @@ TEST(TextFileTest, BracketsInTextsAreNoKeys)
     }
 }
 
-TEST(TextFileTest, LineEndsAndTheMarkOfWindowsChangeNothing)
+TEST(TextFileTest, LineEndsOfWindowsChangeNothing)
 {
     const std::vector<STextRecord> records =
-        ParsedTexts("\xEF\xBB\xBF[a:b:c:1.problem]\r\none\r\ntwo\r\n[a:b:c:1.solution]\r\nthree");
+        ParsedTexts("[a:b:c:1.problem]\r\none\r\ntwo\r\n[a:b:c:1.solution]\r\nthree");
     ASSERT_EQ(records.size(), 2U);
     EXPECT_EQ(records[0].text, "one\ntwo");
     EXPECT_EQ(records[1].text, "three");
@@ -137,13 +137,13 @@ TEST(TranslationTest, AKeyThatIsThereTwiceIsToldIfTheTextsDiffer)
               "de.txt:11:1: error: there twice: GPS:GPS:No Data:2.problem\n2 texts, 1 there twice\n");
 }
 
-TEST(TranslationTest, AnErrorThatIsDefinedTwiceIsAskedForOnce)
+TEST(TranslationTest, BlankLinesBehindATextAreNoChange)
 {
-    std::vector<STextRecord> originals = Originals();
-    originals.push_back(originals.front());
-    const CTranslation translation(originals, {});
-    EXPECT_EQ(translation.Count(), 2U);
-    EXPECT_EQ(translation.Findings().size(), 2U);
+    std::string spaced;
+    for (const STextRecord& record : WithOriginals(Originals()))
+        spaced += "[" + record.key + "]\n" + record.text + "\n\n  \n";
+    EXPECT_EQ(Checked(spaced), "2 texts\n");
+    EXPECT_EQ(Checked(spaced + TextFileContent(Originals())), "2 texts\n");
 }
 
 TEST(TranslationTest, GivesADocument)

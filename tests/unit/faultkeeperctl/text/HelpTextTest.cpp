@@ -18,6 +18,24 @@ TEST(HelpTextTest, DescriptionsGoOnBelowWhereTheyBegin)
               "                              if there is one\n");
 }
 
+TEST(HelpTextTest, DescriptionsStandBelowWhereThereIsNoRoomBeside)
+{
+    EXPECT_EQ(FittedHelp("  --config DIR                configuration directory, if there is one\n"
+                         "  -h,--help                   Print this help message and exit\n",
+                         40),
+              "  --config DIR\n"
+              "      configuration directory, if there\n"
+              "      is one\n"
+              "  -h,--help\n"
+              "      Print this help message and exit\n");
+    EXPECT_EQ(FittedHelp("  KEY TEXT ... REQUIRED AND SO ON\n"
+                         "                              the key as shown in a tree, or its groups\n",
+                         40),
+              "  KEY TEXT ... REQUIRED AND SO ON\n"
+              "      the key as shown in a tree, or its\n"
+              "      groups\n");
+}
+
 TEST(HelpTextTest, SentencesAreBrokenAnewAndExamplesAreNot)
 {
     EXPECT_EQ(FittedHelp("Prints the errors of the tree, their codes and its texts, all of them,\n"

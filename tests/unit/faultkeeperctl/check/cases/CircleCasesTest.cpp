@@ -101,7 +101,7 @@ const SCheckCase kCircleCases[] = {
      "positioning.xml:20:24: error: errors trigger each other in a circle: \"Positioning:GPS:No Data:2\" <- "
      "\"CAN:Bus:Power:4\" <- \"Positioning:GPS:Checksum:9\" <- \"Positioning:GPS:No Data:2\" (\"<-\": is "
      "triggered by)\n"
-     "positioning.xml:42:24: error: errors trigger each other in a circle: \"Positioning:GPS:Checksum:9\" <- "
+     "positioning.xml:45:24: error: errors trigger each other in a circle: \"Positioning:GPS:Checksum:9\" <- "
      "\"CAN:Bus:Power:4\" <- \"Positioning:GPS:Checksum:9\" (\"<-\": is triggered by)\n"
      "2 errors, 0 warnings in 4 files\n"},
     {"TwoCircles",

@@ -132,13 +132,16 @@ const SCheckCase kRuleCases[] = {
        "        <Text type=\"solution\" text=\"Check the fuse.\"/>\n"
        "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
        ""}},
+     "positioning.xml:20:24: warning: \"CAN:Bus:Power:4\" has no text \"title\", which this set's trees are "
+     "to "
+     "be headed with: they are headed with the error's own\n"
      "can.xml:4:7: error: this \"Error\" has no text \"problem\" [rule 197: "
      "!newError.ProblemText().empty()]\n"
      "can.xml:4:7: error: this \"Error\" has no text \"solution\" [rule 198: "
      "!newError.SolutionText().empty()]\n"
      "can.xml:4:7: error: this \"Error\" has no text \"shortProblem\" [rule 199: "
      "!newError.ShortProblemText().empty()]\n"
-     "3 errors, 0 warnings in 4 files\n"},
+     "3 errors, 1 warning in 4 files\n"},
     {"AnotherElementInTriggerSets",
      {{kPositioning, "<TriggerSet>", "<TrigerSet>"}, {kPositioning, "</TriggerSet>", "</TrigerSet>"}},
      "positioning.xml:11:11: error: unknown element \"TrigerSet\"; did you mean \"TriggerSet\"? [rule 219: "
