@@ -80,7 +80,7 @@ std::size_t PlaceOfCommand(const std::vector<const char*>& arguments)
     return std::min(place, arguments.size());
 }
 
-// "help COMMAND" means "COMMAND --help"; without a command likewise.
+// "help COMMAND" means "--help COMMAND"; without a command likewise.
 std::vector<const char*> Understood(int argumentCount, const char* const* arguments)
 {
     std::vector<const char*> understood(arguments, arguments + argumentCount);
@@ -91,10 +91,7 @@ std::vector<const char*> Understood(int argumentCount, const char* const* argume
     }
     const std::size_t command = PlaceOfCommand(understood);
     if (command < understood.size() && understood[command] == std::string("help"))
-    {
-        understood.erase(understood.begin() + static_cast<std::ptrdiff_t>(command));
-        understood.push_back("--help");
-    }
+        understood[command] = "--help";
     return understood;
 }
 

@@ -138,6 +138,7 @@ TEST_F(Usage, WhatIsWrongBesideHelpIsTold)
     EXPECT_EQ(finished.errors,
               "faultkeeperctl: The following argument was not expected: extra; see --help\n");
     EXPECT_EQ(Bare({"list", "extra"}).errors, finished.errors);
+    EXPECT_EQ(Bare({"help", "--config"}).errors, Bare({"--config"}).errors);
 }
 
 TEST_F(Usage, HelpAboutACommandThatThereIsNotNamesTheNearestOne)
