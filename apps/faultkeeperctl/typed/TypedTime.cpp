@@ -183,8 +183,8 @@ std::int64_t SecondsOf(const SClock& clock)
     for (int month = 1; month < clock.month; ++month)
         days += DaysIn(month, clock.year);
     days += clock.day - 1;
-    return days * kSecondsPerDay + clock.hour * kSecondsPerHour + clock.minute * kSecondsPerMinute +
-           clock.second - clock.zone;
+    const int ofDay = clock.hour * kSecondsPerHour + clock.minute * kSecondsPerMinute + clock.second;
+    return days * kSecondsPerDay + ofDay - clock.zone;
 }
 
 // Not every month is as long as another one, nor is every day.

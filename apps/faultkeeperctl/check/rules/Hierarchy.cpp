@@ -6,6 +6,17 @@
 namespace Faultkeeper::Apps
 {
 
+namespace
+{
+/// How far a search has come with an error: what is below it has not been looked at, is, or was.
+enum ESearchState : char
+{
+    essNew = 0,
+    essOpen,
+    essClosed
+};
+} // namespace
+
 CHierarchy::CHierarchy(const SConfigurationModel& model)
     : m_model(model), m_triggers(model.errors.size()), m_parents(model.errors.size())
 {
@@ -71,36 +82,30 @@ std::vector<CHierarchy::Errors> CHierarchy::Cycles() const
 /// The links that lead back to where the search came from. Each cycle has one of them.
 std::vector<CHierarchy::SLink> CHierarchy::ClosingLinks() const
 {
-    enum : char
-    {
-        eNew = 0,
-        eOpen,
-        eClosed
-    };
-    std::vector<char> states(m_triggers.size(), eNew);
+    std::vector<char> states(m_triggers.size(), essNew);
     for (const std::size_t error : m_fromLeaves)
-        states[error] = eClosed;
+        states[error] = essClosed;
     std::vector<SLink> links;
     std::vector<std::size_t> followed(m_triggers.size(), 0); // how many links of each error
     for (std::size_t start = 0; start < states.size(); ++start)
     {
         Errors way;
-        if (states[start] == eNew)
+        if (states[start] == essNew)
             way.push_back(start);
         while (!way.empty())
         {
             const std::size_t error = way.back();
-            states[error] = eOpen;
+            states[error] = essOpen;
             if (followed[error] == m_triggers[error].size())
             {
-                states[error] = eClosed;
+                states[error] = essClosed;
                 way.pop_back();
                 continue;
             }
             const std::size_t trigger = m_triggers[error][followed[error]++];
-            if (states[trigger] == eOpen)
+            if (states[trigger] == essOpen)
                 links.push_back({error, trigger});
-            if (states[trigger] == eNew)
+            if (states[trigger] == essNew)
                 way.push_back(trigger);
         }
     }
