@@ -63,6 +63,20 @@ TEST_F(BusyLock, LosesNoReportHoweverLongItIsHeld)
     EXPECT_EQ(Record(kDataSensor).counter1, 1);
 }
 
+TEST_F(BusyLock, WithoutAStoreNothingIsAcknowledgedThatIsNotInTheTable)
+{
+    auto owner = StartOwner({"--state", "none"});
+    CLockHolder holder;
+    const auto reporter = StartReporter("confirm raise 0x40C09 9");
+    ASSERT_TRUE(owner->SaysInTime("which does not let go; changes wait\n"));
+    Kill(*owner);
+    EXPECT_TRUE(holder.Release());
+    owner = StartOwner({"--state", "none"});
+    EXPECT_EQ(reporter->Wait(), 0) << "it sends again what was not acknowledged";
+    EXPECT_EQ(Record(kLinkSensor).flags, kRaisedFlag);
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1);
+}
+
 TEST_F(BusyLock, LosesNoReportWhileDisplaysCopyWithoutAPause)
 {
     const auto owner = StartOwner();

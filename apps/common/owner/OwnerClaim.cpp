@@ -33,6 +33,12 @@ struct SClaim
     std::int64_t made = 0; // when the semaphore set was: numbers are given again after a restart
 
     bool Means(int lock) const { return semaphore == lock && made == LockMade(lock); }
+
+    /// As it stands behind the process; empty if nothing is marked.
+    std::string Mark() const
+    {
+        return semaphore == -1 ? "" : " " + std::to_string(semaphore) + " " + std::to_string(made);
+    }
 };
 
 SClaim Read(int descriptor)
@@ -86,7 +92,7 @@ bool COwnerClaim::Take()
             return false;
         std::this_thread::sleep_for(kBetweenTries);
     }
-    Write(false);
+    Write(m_file ? Read(m_descriptor).Mark() : std::string());
     return true;
 }
 
@@ -103,25 +109,24 @@ pid_t COwnerClaim::Holder() const
 
 void COwnerClaim::Mark()
 {
-    Write(true);
+    key_t key = -1;
+    SClaim claim;
+    claim.semaphore = TableKey(key) ? FindSemaphore(key) : -1;
+    claim.made = LockMade(claim.semaphore);
+    Write(claim.Mark());
 }
 
 void COwnerClaim::Unmark()
 {
-    Write(false);
+    Write(std::string());
 }
 
 // A full disk takes nothing; then displays can tell less, and that is all.
-void COwnerClaim::Write(bool marked) const
+void COwnerClaim::Write(const std::string& mark) const
 {
     if (!m_file)
         return;
-    std::string text = std::to_string(getpid());
-    key_t key = -1;
-    const int semaphore = marked && TableKey(key) ? FindSemaphore(key) : -1;
-    if (semaphore != -1)
-        text += " " + std::to_string(semaphore) + " " + std::to_string(LockMade(semaphore));
-    text += "\n";
+    const std::string text = std::to_string(getpid()) + mark + "\n";
     const bool written = ftruncate(m_descriptor, 0) == 0 && pwrite(m_descriptor, text.data(), text.size(),
                                                                    0) == static_cast<ssize_t>(text.size());
     static_cast<void>(written);

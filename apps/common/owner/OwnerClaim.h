@@ -3,6 +3,8 @@
 
 #include <sys/types.h>
 
+#include <string>
+
 namespace Faultkeeper::Apps
 {
 
@@ -21,7 +23,8 @@ public:
     COwnerClaim(const COwnerClaim&) = delete;
     COwnerClaim& operator=(const COwnerClaim&) = delete;
 
-    /// Waits up to a second for one that is just ending, or for somebody who only looks.
+    /// Waits up to a second for one that is just ending. What a former owner has marked stays marked: if this
+    /// process ends before it has taken over, the lock is still that owner's.
     /// @return false if another process has it
     bool Take();
 
@@ -35,7 +38,7 @@ public:
 
 private:
     bool TryTake() const;
-    void Write(bool marked) const;
+    void Write(const std::string& mark) const;
 
     int m_descriptor = -1;
     bool m_file = false; // and not the directory

@@ -170,6 +170,11 @@ std::int64_t LockMade(int semaphore)
     return Seconds(Description(semaphore).sem_ctime);
 }
 
+unsigned long LockCount(int semaphore)
+{
+    return static_cast<unsigned long>(Description(semaphore).sem_nsems);
+}
+
 int TakeDownLock(int semaphore)
 {
     // Not by SETVAL, which would also forget what the system owes to processes that hold the lock.

@@ -82,7 +82,7 @@ std::vector<SErrorEntry> RecordsOf(const SStatusTable* table, const CErrorDataba
 {
     std::vector<SErrorEntry> records;
     if (table != nullptr)
-        records = UsableRecords(*table, database);
+        records = UsableRecords(*table, database, LatestPossible());
     records.erase(std::remove_if(records.begin(), records.end(), Blank), records.end());
     return records;
 }
@@ -194,10 +194,10 @@ void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& re
 }
 
 /// What was raised last because of another error, as far as the journal tells.
-std::set<ErrorId> Caused(CStateKeeper& keeper)
+std::map<ErrorId, ErrorId> Causes(CStateKeeper& keeper)
 {
     constexpr std::size_t kAtOnce = 1000;
-    std::set<ErrorId> caused;
+    std::map<ErrorId, ErrorId> causes;
     std::vector<STransition> transitions = keeper.Journal(0, kAtOnce);
     while (!transitions.empty())
     {
@@ -205,13 +205,13 @@ std::set<ErrorId> Caused(CStateKeeper& keeper)
         {
             const ErrorId id(transition.problemCode, transition.problemType);
             if (transition.raised && transition.caused)
-                caused.insert(id);
+                causes[id] = ErrorId(transition.causeCode, transition.causeType);
             else
-                caused.erase(id);
+                causes.erase(id);
         }
         transitions = keeper.Journal(transitions.back().number + 1, kAtOnce);
     }
-    return caused;
+    return causes;
 }
 
 /// Within the range that makes sense, whatever is in the table has been seen.
@@ -240,12 +240,14 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
     {
         LogInfo("the state store is of another configuration; what still exists is kept");
         if (contents.OfBoot(boot))
-            former.caused = Caused(keeper);
+            former.causes = Causes(keeper);
     }
     const ETableRelation relation = keeper.FormerTable();
     former.sameBoot = contents.OfBoot(boot);
     TakeStore(former, contents, database);
-    const bool stored = former.sameBoot && (relation == etrUnknown || relation == etrStored);
+    // Where nothing can be written, the note could not be kept up either, and the table is published first.
+    const bool stored =
+        former.sameBoot && keeper.Storing() && (relation == etrUnknown || relation == etrStored);
     std::vector<SStoredError> fromTable;
     if (!stored && !records.empty())
     {

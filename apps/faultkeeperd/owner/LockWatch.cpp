@@ -6,6 +6,7 @@
 #include <Faultkeeper/ErrorDatabaseView.h>
 
 #include <string>
+#include <thread>
 
 namespace Faultkeeper::Apps
 {
@@ -15,15 +16,25 @@ constexpr std::chrono::seconds CLockWatch::kBusyForLong;
 
 namespace
 {
+constexpr int kLooks = 5;
+constexpr std::chrono::milliseconds kBetweenLooks(1);
+
 // The lock of the working directory, or -1.
 int Semaphore()
 {
     key_t key = -1;
     return TableKey(key) ? FindSemaphore(key) : -1;
 }
+
+// A table that may not be written is another user's, whose owner can be running.
+bool TableMayBeOurs()
+{
+    key_t key = -1;
+    return TableKey(key) && (FindSegment(key) == -1 || SegmentUsable(key));
+}
 } // namespace
 
-CLockWatch::CLockWatch() : m_surplus(TakeDownLock(Semaphore()))
+CLockWatch::CLockWatch() : m_surplus(TableMayBeOurs() ? TakeDownLock(Semaphore()) : 0)
 {
     if (m_surplus > 0)
         LogInfo("a former owner had left the lock at " + std::to_string(m_surplus));
@@ -55,7 +66,13 @@ bool CLockWatch::Held()
 {
     if (m_semaphore == -1)
         m_semaphore = Semaphore();
-    return LockValue(m_semaphore) == 0;
+    for (int look = 1; LockValue(m_semaphore) == 0; ++look)
+    {
+        if (look == kLooks)
+            return true;
+        std::this_thread::sleep_for(kBetweenLooks); // readers hold it for a copy of the table
+    }
+    return false;
 }
 
 void CLockWatch::LockBusy(Clock::time_point now, bool progress, bool changesWait)

@@ -10,7 +10,7 @@
 #include <Faultkeeper/ErrorDbChanged.h>
 
 #include <cstdint>
-#include <set>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -76,7 +76,7 @@ private:
     void ErrorCleared(int problemCode, int problemType) override;
 
     void Restore(const SFormerState& former);
-    void ClearOrphans(const std::set<ErrorId>& caused);
+    void ClearOrphans(const std::map<ErrorId, ErrorId>& causes);
     bool PublishChanges();
     bool TakeTimes();
 

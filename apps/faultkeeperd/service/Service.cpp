@@ -74,11 +74,14 @@ bool CService::Claim()
         LogError(RefusedClaim());
         return false;
     }
-    const bool foreign = ForeignSegment();
-    if (foreign)
-        LogError("the shared memory under the key of " + m_runDirectory +
-                 " is not a table of faults, and left as it is");
-    return !foreign;
+    const std::string foreign =
+        ForeignSegment() ? "shared memory under the key of " + m_runDirectory + " is not a table of faults"
+        : ForeignLock()
+            ? "semaphore set under the key of " + m_runDirectory + " is not the lock of a table of faults"
+            : std::string();
+    if (!foreign.empty())
+        LogError("the " + foreign + ", and left as it is");
+    return foreign.empty();
 }
 
 bool CService::Load(const std::string& configurationPrefix)
@@ -168,10 +171,18 @@ bool CService::Settle()
 {
     const bool published = Publish();
     if (m_keeper.Commit(Clock::now()))
-        m_handler.Acknowledge();
+        Acknowledge();
     m_serviceManager.Alive(Clock::now());
     LogLeftOut(false);
     return published;
+}
+
+/// What would not come back with the next owner is not acknowledged: without a store that is all that waits
+/// for the lock of the table.
+void CService::Acknowledge()
+{
+    if (m_keeper.Storing() || m_owner->Publisher().Waiting() == 0)
+        m_handler.Acknowledge();
 }
 
 bool CService::Publish()
@@ -205,7 +216,7 @@ bool CService::End()
         WaitForInput(nullptr, 0, m_owner->MillisecondsToPublish(Clock::now()));
     }
     m_keeper.CommitAtOnce(Clock::now());
-    m_handler.Acknowledge();
+    Acknowledge();
     m_server.Close();
     m_keeper.CommitAtOnce(Clock::now()); // that the sessions have no connections any more
     return TellEnd();

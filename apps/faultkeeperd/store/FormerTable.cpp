@@ -18,11 +18,12 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-constexpr std::int64_t kDay = 86400000000000; // nanoseconds
+constexpr std::int64_t kDay = 86400000000000;       // nanoseconds
+constexpr std::int64_t kRollover = 1024 * 7 * kDay; // after which satellites count their weeks anew
 
-bool TimeMakesSense(const Core::Time& time, const Core::Time& now)
+bool TimeMakesSense(const Core::Time& time, const Core::Time& latest)
 {
-    return time >= Core::Time() && time.Nanoseconds() <= now.Nanoseconds() + kDay;
+    return time >= Core::Time() && time <= latest;
 }
 
 // The number of the segment that was confirmed last, in the working directory: a new directory has none.
@@ -46,11 +47,11 @@ bool OlderThanDirectory(int segment)
     return ReadSegmentFacts(segment, facts) && DirectoryBirth(birth) && MadeBefore(segment, facts, birth);
 }
 
-bool MakesSense(const SErrorEntry& record, const Core::Time& now, const CErrorDatabase& database)
+bool MakesSense(const SErrorEntry& record, const Core::Time& latest, const CErrorDatabase& database)
 {
     return database.RetrieveError(record.problemCode, record.problemType) != nullptr &&
-           (record.flags & ~kRaisedFlag) == 0 && TimeMakesSense(record.raisedTime, now) &&
-           TimeMakesSense(record.clearedTime, now);
+           (record.flags & ~kRaisedFlag) == 0 && TimeMakesSense(record.raisedTime, latest) &&
+           TimeMakesSense(record.clearedTime, latest);
 }
 } // namespace
 
@@ -89,16 +90,30 @@ void ConfirmTable()
         std::ofstream(kConfirmedPath) << segment << "\n";
 }
 
-std::vector<SErrorEntry> UsableRecords(const SStatusTable& table, const CErrorDatabase& database)
+bool ForeignLock()
 {
-    const Core::Time now = Core::Time::Now();
+    key_t key = -1;
+    return TableKey(key) && FindSemaphore(key) != -1 && LockCount(FindSemaphore(key)) > 1;
+}
+
+Core::Time LatestPossible()
+{
+    key_t key = -1;
+    if (TableKey(key) && Confirmed(FindSegment(key)))
+        return Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + kRollover);
+    return Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + kDay);
+}
+
+std::vector<SErrorEntry> UsableRecords(const SStatusTable& table, const CErrorDatabase& database,
+                                       const Core::Time& latest)
+{
     std::vector<SErrorEntry> usable;
     std::set<std::pair<int, int>> seen;
     for (int position = 0; position < RecordCount(table); ++position)
     {
         const SErrorEntry& record = table.records[position];
         const bool first = seen.emplace(record.problemCode, record.problemType).second;
-        if (first && MakesSense(record, now, database))
+        if (first && MakesSense(record, latest, database))
             usable.push_back(record);
     }
     return usable;

@@ -27,9 +27,10 @@ struct SSegmentFacts;
 /// read.
 std::unique_ptr<SStatusTable> FormerTable();
 
-/// Is there shared memory under the working directory's key that is no table? It is another program's, then:
-/// keys are made of 16 bits of a directory's number.
+/// Is there shared memory under the working directory's key that is no table, or a semaphore set that is no
+/// lock of one? It is another program's, then: keys are made of 16 bits of a directory's number.
 bool ForeignSegment();
+bool ForeignLock();
 
 /// Was that segment last confirmed before the directory's birth, in seconds since 1970, and not in this
 /// directory? Then it is not the directory's.
@@ -39,10 +40,15 @@ bool MadeBefore(int segment, const SSegmentFacts& facts, std::int64_t birth);
 /// the clock is set: its number is left in a file. For its owner.
 void ConfirmTable();
 
+/// The latest time that a table of the working directory can have been written with. A clock that is set back
+/// while the machine runs brings times into the future: as far as a receiver that has lost count of its
+/// weeks, if the table was confirmed here; of another one more than a day is too much.
+Core::Time LatestPossible();
+
 /// Those records of a table that make sense: of a known error, the first of each, with no bits set that mean
-/// nothing, and with times that are not before 1970 nor far in the future. A clock that is set back while the
-/// machine runs brings times into the future; more than a day is too much.
-std::vector<SErrorEntry> UsableRecords(const SStatusTable& table, const CErrorDatabase& database);
+/// nothing, and with times that are not before 1970 nor after `latest`.
+std::vector<SErrorEntry> UsableRecords(const SStatusTable& table, const CErrorDatabase& database,
+                                       const Core::Time& latest);
 
 } // namespace Faultkeeper::Apps
 

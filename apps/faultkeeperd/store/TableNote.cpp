@@ -22,13 +22,22 @@ ETableRelation RelationOf(char sign)
     return found == nullptr ? etrElsewhere : static_cast<ETableRelation>(found - kSigns);
 }
 
-/// Writes at the beginning of a file.
-bool PutBytes(const std::string& path, int flags, const std::string& bytes)
+/// How much of a file is written.
+enum EExtent : int
+{
+    eexBeginning = 0,
+    eexWhole,
+};
+
+/// In its place: a full disk takes that, where it would not take a file that was emptied first.
+bool PutBytes(const std::string& path, int flags, const std::string& bytes, EExtent extent)
 {
     const int file = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | flags, kMode);
     if (file == -1)
         return false;
-    const bool put = write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+    const auto size = static_cast<off_t>(bytes.size());
+    const bool put = write(file, bytes.data(), bytes.size()) == size &&
+                     (extent == eexBeginning || ftruncate(file, size) == 0);
     close(file);
     return put;
 }
@@ -42,6 +51,7 @@ void CTableNote::Read()
     std::ifstream file(m_path);
     std::string line;
     std::getline(file, line); // nothing, if it could not be written whole
+    m_written = true;
     m_relation = RelationOf(line.empty() ? '\0' : line.front());
     m_store = line.substr(line.size() < 2 ? line.size() : 2);
 }
@@ -56,8 +66,11 @@ void CTableNote::Write(ETableRelation relation, const std::string& store)
 {
     if (m_path.empty() || (relation == m_relation && store == m_store))
         return;
-    if (store != m_store || m_relation == etrUnknown || !PutSign(relation))
-        PutAll(relation, store);
+    const bool signWillDo = m_written && store == m_store && m_relation != etrUnknown;
+    m_written = (signWillDo && PutSign(relation)) || PutAll(relation, store);
+    std::error_code ignored; // what is no file of ours is left alone
+    if (!m_written && std::filesystem::is_regular_file(m_path, ignored))
+        unlink(m_path.c_str()); // none is better than one that is cut off or not so any more
     m_relation = relation;
     m_store = store;
 }
@@ -72,12 +85,12 @@ void CTableNote::FallBehind()
 
 bool CTableNote::PutSign(ETableRelation relation) const
 {
-    return PutBytes(m_path, 0, std::string(1, kSigns[relation]));
+    return PutBytes(m_path, 0, std::string(1, kSigns[relation]), eexBeginning);
 }
 
-void CTableNote::PutAll(ETableRelation relation, const std::string& store) const
+bool CTableNote::PutAll(ETableRelation relation, const std::string& store) const
 {
-    PutBytes(m_path, O_CREAT | O_TRUNC, std::string(1, kSigns[relation]) + " " + store + "\n");
+    return PutBytes(m_path, O_CREAT, std::string(1, kSigns[relation]) + " " + store + "\n", eexWhole);
 }
 
 } // namespace Faultkeeper::Apps

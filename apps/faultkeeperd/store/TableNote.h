@@ -22,7 +22,8 @@ enum ETableRelation : int
 /// A store that fails, or is not used for a while, falls behind; then the table of a dead owner knows better,
 /// and only the note can tell. It is one line, a sign and the store's path. That a store falls behind changes
 /// the sign alone, in its place, which a full disk does not keep from being written.
-/// Failure: a directory that takes no file has no note; then everything counts as unknown.
+/// Failure: a directory that takes no file has no note; then everything counts as unknown. A note
+/// that could not be written whole is removed.
 class CTableNote
 {
 public:
@@ -43,11 +44,12 @@ public:
 
 private:
     bool PutSign(ETableRelation relation) const;
-    void PutAll(ETableRelation relation, const std::string& store) const;
+    bool PutAll(ETableRelation relation, const std::string& store) const;
 
     const std::string m_path;
     ETableRelation m_relation = etrUnknown;
     std::string m_store;
+    bool m_written = false; // as these say
 };
 
 } // namespace Faultkeeper::Apps

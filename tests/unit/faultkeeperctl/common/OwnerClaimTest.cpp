@@ -1,7 +1,11 @@
 #include "common/owner/OwnerClaim.h"
 
+#include "common/owner/TableCalls.h"
 #include "support/FreshDirectory.h"
+#include "support/SharedTable.h"
 #include "system/ChildProcess.h"
+
+#include <Faultkeeper/ErrorDatabaseView.h>
 
 #include <gtest/gtest.h>
 
@@ -23,6 +27,10 @@ class OwnerClaim : public testing::Test
 protected:
     CFreshDirectory m_directory;
     CWorkingDirectory m_working{m_directory.Path()};
+};
+
+class OwnerClaimOfATable : public SharedTableTest
+{
 };
 } // namespace
 
@@ -79,6 +87,30 @@ TEST_F(OwnerClaim, CannotBeHeldThroughTheDirectory)
     COwnerClaim claim;
     EXPECT_TRUE(claim.Take());
     close(directory);
+}
+
+TEST_F(OwnerClaimOfATable, StaysMarkedWhereASuccessorEndsBeforeItHasTakenOver)
+{
+    const Faultkeeper::CErrorDatabaseView table(true, Faultkeeper::eViewOwner);
+    const int semaphore = Faultkeeper::Apps::FindSemaphore(m_directory.Key());
+    {
+        COwnerClaim killed;
+        EXPECT_TRUE(killed.Take());
+        killed.Mark();
+        EXPECT_FALSE(OwnerClaimLeft(semaphore)) << "it runs";
+    }
+    EXPECT_TRUE(OwnerClaimLeft(semaphore));
+    {
+        COwnerClaim successor;
+        EXPECT_TRUE(successor.Take()); // and a rule of the configuration is broken
+    }
+    EXPECT_TRUE(OwnerClaimLeft(semaphore));
+    {
+        COwnerClaim successor;
+        EXPECT_TRUE(successor.Take());
+        successor.Unmark();
+    }
+    EXPECT_FALSE(OwnerClaimLeft(semaphore));
 }
 
 TEST_F(OwnerClaim, NamesItsHolder)

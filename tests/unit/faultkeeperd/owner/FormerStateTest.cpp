@@ -1,12 +1,14 @@
 #include "faultkeeperd/owner/FormerState.h"
 
 #include "../OwnerFixture.h"
+#include "../store/FailingDisk.h"
 #include "support/CapturedOutput.h"
 #include "support/FreshDirectory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <sstream>
 
 using namespace Support;
@@ -210,6 +212,18 @@ TEST_F(FormerState, OfATableThatIsAheadOfTheStoreIsTheTables)
     EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 7/7\nPositioning:Ublox:No Data:2 raised "
                        "7/7\na 17\n");
     EXPECT_EQ(m_said, "");
+}
+
+TEST_F(FormerState, OfAStoreThatCanOnlyBeReadIsTheTables)
+{
+    LeaveStore("boot", "c");
+    WriteFile(m_directory.File("note"), "= " + m_directory.File("state.db") + "\n");
+    LeaveTable({kDataSensor}, 2);
+    FailingDisk::RefuseAfter(0, EROFS, -1, FailingDisk::ekWrite | FailingDisk::ekOpenToWrite);
+    const std::string found = Found();
+    FailingDisk::Mend();
+    EXPECT_EQ(found, "Positioning:GPS:Communications:9 raised 5/5\nPositioning:Ublox:No Data:2 raised "
+                     "2/2\na 17\n");
 }
 
 TEST_F(FormerState, OfATableThatIsInAnotherStoreIsTheTables)

@@ -250,6 +250,30 @@ TEST_F(RestoredOwner, ClearsWhatFollowedFromAnErrorThatHasNothingToDoWithItAnyMo
     EXPECT_EQ(Keeper().JournalLength(), 5u) << "three raises, two clears";
 }
 
+TEST_F(RestoredOwner, KeepsWhatStayedActiveBehindALinkThatIsAsItWas)
+{
+    const auto configuration = [this](const std::string& text)
+    {
+        STestError parent;
+        parent.name = "Positioning:GPS:No Data:2";
+        parent.sets.resize(2);
+        parent.sets[0].triggers = {"Positioning:GPS:Communications:9"};
+        parent.sets[1].triggers = {"Positioning:Ublox:No Data:2"};
+        parent.problem = text;
+        CConfigurationBuilder builder;
+        builder.Leaf("Positioning:GPS:Communications:9").Leaf("Positioning:Ublox:No Data:2").Add(parent);
+        builder.WriteTo(m_directory.Prefix());
+    };
+    configuration("one text");
+    Start("boot", "d");
+    Report(kLinkSensor, true);
+    Report(kLinkSensor, false);
+    ASSERT_EQ(Raised(), std::vector<Id>{kReceiver}) << "either set keeps it";
+    configuration("another text");
+    WarnedBy([&] { Start("boot", "e"); });
+    EXPECT_EQ(Raised(), std::vector<Id>{kReceiver});
+}
+
 TEST_F(RestoredOwner, KeepsWhatFollowsByAnotherConfigurationAsWell)
 {
     Report(kLinkSensor, true);

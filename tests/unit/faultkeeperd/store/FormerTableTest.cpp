@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/sem.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
 
@@ -49,7 +50,8 @@ protected:
     std::vector<SErrorEntry> Records()
     {
         const std::unique_ptr<SStatusTable> table = Faultkeeper::Apps::FormerTable();
-        return table == nullptr ? std::vector<SErrorEntry>() : UsableRecords(*table, *m_database);
+        return table == nullptr ? std::vector<SErrorEntry>()
+                                : UsableRecords(*table, *m_database, LatestPossible());
     }
 
     std::size_t Usable(const SErrorEntry& record)
@@ -57,7 +59,7 @@ protected:
         const auto table = std::make_unique<SStatusTable>();
         table->header.count = 1;
         table->records[0] = record;
-        return UsableRecords(*table, *m_database).size();
+        return UsableRecords(*table, *m_database, LatestPossible()).size();
     }
 
     std::unique_ptr<CErrorDatabase> m_database;
@@ -108,6 +110,29 @@ TEST_F(FormerTable, AClockThatWasSetBackSpoilsNoRecord)
     SErrorEntry record = Record(1);
     record.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + 3600000000000);
     EXPECT_EQ(Usable(record), 1u);
+}
+
+TEST_F(FormerTable, OfAConfirmedTableAClockThatWasYearsAheadSpoilsNoRecord)
+{
+    SErrorEntry record = Record(1);
+    record.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + 600000000000000000);
+    EXPECT_EQ(Usable(record), 0u) << "nineteen years, in a table that nobody has confirmed";
+    const CErrorDatabaseView owner(true, eViewOwner);
+    ConfirmTable();
+    EXPECT_EQ(Usable(record), 1u);
+    record.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + 700000000000000000);
+    EXPECT_EQ(Usable(record), 0u) << "twenty-two";
+}
+
+TEST_F(FormerTable, ASetOfSeveralSemaphoresIsAnotherPrograms)
+{
+    EXPECT_FALSE(ForeignLock()) << "there is none";
+    const int semaphores = semget(m_directory.Key(), 3, IPC_CREAT | IPC_EXCL | 0600);
+    ASSERT_NE(semaphores, -1);
+    EXPECT_TRUE(ForeignLock());
+    semctl(semaphores, 0, IPC_RMID);
+    const CErrorDatabaseView owner(true, eViewOwner);
+    EXPECT_FALSE(ForeignLock());
 }
 
 TEST_F(FormerTable, OfADirectoryThatHadTheSameNumberIsNotRead)
@@ -185,9 +210,9 @@ TEST_F(FormerTable, ACountOutOfRangeIsBroughtIntoIt)
     table->header.count = 1000000;
     table->records[399] = Record(2);
     table->records[398] = Record(2);
-    EXPECT_EQ(UsableRecords(*table, *m_database).size(), 1u) << "the first of two";
+    EXPECT_EQ(UsableRecords(*table, *m_database, LatestPossible()).size(), 1u) << "the first of two";
     table->header.count = -5;
-    EXPECT_EQ(UsableRecords(*table, *m_database).size(), 0u);
+    EXPECT_EQ(UsableRecords(*table, *m_database, LatestPossible()).size(), 0u);
 }
 
 TEST_F(FormerTable, TheFingerprintTellsConfigurationsApart)

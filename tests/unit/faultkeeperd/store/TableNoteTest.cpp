@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 using namespace Faultkeeper::Apps;
 using namespace Support;
 
@@ -91,6 +93,25 @@ TEST_F(TableNote, ThatIsNoFileIsNotWaitedFor)
     EXPECT_EQ(Found(), etrUnknown);
     CTableNote(Path()).Write(etrStored, "/a");
     EXPECT_EQ(Found(), etrUnknown);
+}
+
+TEST_F(TableNote, OfALongerPathLeavesNothingBehind)
+{
+    CTableNote note(Path());
+    note.Write(etrStored, "/a/longer/path");
+    note.Write(etrApart, std::string());
+    EXPECT_EQ(ReadFile(Path()), "+ \n");
+}
+
+TEST_F(TableNote, ThatCannotBeWrittenWholeIsRemoved)
+{
+    ASSERT_EQ(symlink("/dev/full", Path().c_str()), 0); // takes nothing; it is no file of ours, and stays
+    CTableNote note(Path());
+    note.Write(etrStored, "/a");
+    EXPECT_TRUE(std::filesystem::is_symlink(Path()));
+    ASSERT_EQ(unlink(Path().c_str()), 0);
+    note.Write(etrAhead, "/a");
+    EXPECT_EQ(ReadFile(Path()), "> /a\n") << "all of it, as nothing was there";
 }
 
 TEST_F(TableNote, IsMadeAnewIfSomebodyHasRemovedIt)
