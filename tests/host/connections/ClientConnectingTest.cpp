@@ -163,6 +163,7 @@ TEST(HostClientConnecting, IsNoticedToHaveEndedByThePeer)
     EXPECT_TRUE(Eventually([&] { return !client.VerifyConnection(); }));
     EXPECT_FALSE(client.Connected());
     EXPECT_EQ(client.Descriptor(), -1);
+    EXPECT_FALSE(client.SendNotification("x", nullptr)) << "the yes was taken back";
 }
 
 TEST(HostClientConnecting, IsNoticedToHaveBeenReset)

@@ -273,6 +273,14 @@ TEST_F(HostClientSending, AfterAYesTheLargestNotificationIsAccepted)
     EXPECT_FALSE(SendNumber(0, 600000)) << "beyond what may be sent at all";
 }
 
+TEST_F(HostClientSending, ADestroyTakesBackTheYesBeforeIt)
+{
+    EXPECT_TRUE(m_client->VerifyConnection());
+    m_client->Destroy();
+    EXPECT_FALSE(SendNumber(1));
+    EXPECT_EQ(m_client->BytesWaiting(), 0u);
+}
+
 TEST_F(HostClientSending, MessagesThatTheDecoderWouldRefuseAreNotSent)
 {
     EXPECT_FALSE(SendNumber(0, BDecoderC::kMaximumMessageBytes));

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "host/connections/ServerFixture.h"
 #include "host/connections/SessionsHandler.h"
@@ -45,8 +46,8 @@ protected:
         EXPECT_EQ(m_handler.logs[2], "");
     }
 
-    /// Lets the half second pass after which the server has a look at who is waited for. Nothing is served.
-    static void LetPatienceRunOut() { std::this_thread::sleep_for(std::chrono::milliseconds(600)); }
+    /// Lets the time pass after which the server has another look at who is waited for. Nothing is served.
+    static void LetALookComeDue() { std::this_thread::sleep_for(std::chrono::milliseconds(150)); }
 
     std::optional<CRawConnection> m_first;
     std::optional<CRawConnection> m_second;
@@ -120,11 +121,14 @@ TEST_F(HostServerSuccession, WhoEndsWhileItWaitsIsHeardInItsTurn)
 TEST_F(HostServerSuccession, AFirstConnectionWithInputIsWaitedForOn)
 {
     ConnectBoth();
-    m_first->Send(kPlain);
-    LetPatienceRunOut();
-    EXPECT_EQ(m_server.Serve(0), 1);
-    EXPECT_EQ(m_handler.counts[1], 1);
-    EXPECT_EQ(m_handler.logs[2], "");
+    for (int count = 1; count <= 8; ++count)
+    {
+        m_first->Send(kPlain);
+        LetALookComeDue();
+        EXPECT_EQ(m_server.Serve(0), 1);
+        EXPECT_EQ(m_handler.counts[1], count);
+        EXPECT_EQ(m_handler.logs[2], "");
+    }
     EXPECT_TRUE(ServeUntil([&] { return Has(2, "introduced"); })) << "once it has nothing to say";
 }
 
@@ -137,11 +141,25 @@ TEST_F(HostServerSuccession, AFirstConnectionWithSomethingLeftOverIsWaitedForOn)
     m_first->Send(many);
     ASSERT_TRUE(HostTest::Eventually([&] { return m_first->Delivered(); }));
     EXPECT_EQ(m_server.Serve(0), MPISocketServerC::kBatchMessages);
-    LetPatienceRunOut();
+    LetALookComeDue();
     EXPECT_EQ(m_server.Serve(0), MPISocketServerC::kBatchMessages);
     EXPECT_EQ(m_handler.logs[2], "");
     EXPECT_TRUE(ServeUntil([&] { return Has(2, "introduced"); }));
     EXPECT_EQ(m_handler.counts[1], 3000);
+}
+
+TEST_F(HostServerSuccession, WhoBeginsToWaitDoesNotPutOffWhoWaitsAlready)
+{
+    ConnectBoth();
+    std::vector<std::unique_ptr<CRawConnection>> others;
+    while (!Has(2, "introduced") && others.size() < 100)
+    {
+        others.push_back(std::make_unique<CRawConnection>(Connect()));
+        others.back()->Send("d4:argsl32:" + std::string(32, 'a') + "e4:name5:Helloe");
+        std::this_thread::sleep_for(std::chrono::milliseconds(60));
+        m_server.Serve(0);
+    }
+    EXPECT_TRUE(Has(2, "introduced"));
 }
 
 TEST_F(HostServerSuccession, TheEndOfOneThatIsNotWaitedForAnyMoreDoesNotDisturbItsSuccessor)

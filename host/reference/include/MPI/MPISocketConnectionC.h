@@ -152,9 +152,9 @@ protected:
     /// Are notifications accepted without a connection?
     bool Bridges() const;
 
-    /// Somebody was told that a notification can be sent: the next one is accepted even if the connection is
-    /// lost before it comes, and goes to the next.
-    void PromiseToAccept() { m_promised = true; }
+    /// Was somebody told last that a notification can be sent? Then the next one is accepted even if the
+    /// connection is lost before it comes, and goes to the next.
+    void PromiseToAccept(bool promised) { m_promised = promised; }
 
     /// Is a lost connection made again from CheckCallbacks? No at first.
     bool ConnectsAgain() const { return m_connectsAgain; }

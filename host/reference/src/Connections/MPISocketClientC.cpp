@@ -61,14 +61,14 @@ bool MPISocketClientC::VerifyConnection()
     m_ownersAttemptAtNo = OwnersAttempts();
     if (yes && Welcomed())
         m_lookTime = Milliseconds();
-    if (yes && ConnectsAgain())
-        PromiseToAccept();
+    PromiseToAccept(yes && ConnectsAgain());
     return yes;
 }
 
 bool MPISocketClientC::SayNoAgain()
 {
     m_batchOfNo = Batch();
+    PromiseToAccept(false);
     return false;
 }
 

@@ -27,6 +27,7 @@ void MPISocketConnectionC::Destroy()
 {
     Forget();
     DropOutbox();
+    PromiseToAccept(false);
     ForgetInput();
 }
 

@@ -56,6 +56,12 @@ bool ServerConnection::Silent() const
     return m_messages == 0 && !HasWork() && !SocketCalls::HasInput(Descriptor());
 }
 
+int ServerConnection::QuietLooks()
+{
+    m_quietLooks = HasWork() || SocketCalls::HasInput(Descriptor()) ? 0 : m_quietLooks + 1;
+    return m_quietLooks;
+}
+
 int ServerConnection::Serve(char* buffer, std::size_t size)
 {
     m_passedOn = 0;
@@ -80,6 +86,7 @@ void ServerConnection::PassOnFrom(char* buffer, std::size_t size)
     if (m_bytesRead == 0)
         return;
     m_readLately = true;
+    m_quietLooks = 0;
     SocketCalls::AcknowledgeAtOnce(Descriptor());
     const std::string_view bytes(buffer, m_bytesRead);
     std::size_t done = 0;

@@ -53,6 +53,9 @@ public:
     /// Has not even the first message come from it, nor anything that waits to be read?
     bool Silent() const;
 
+    /// How many times in a row, this one included, it was asked for and had brought nothing since.
+    int QuietLooks();
+
     /// The session that it has introduced itself with; empty before that.
     const std::string& Session() const { return m_session; }
 
@@ -139,6 +142,7 @@ private:
     std::optional<std::uint64_t> m_acknowledge; // to be sent
     std::size_t m_unacknowledgedBytes = 0;      // read since one was sent last
     bool m_readLately = false;
+    int m_quietLooks = 0;
     bool m_inQuietQueue = false;
     bool m_watched = true;
     bool m_watchedForOutput = false;

@@ -373,6 +373,7 @@ void MPISocketServerC::Implementation::Close()
     m_order.Clear();
     if (m_patience.Valid())
         SetTimer(m_patience, 0);
+    m_looking = false;
     m_listeners.Close();
     if (m_pause.Valid())
         SetTimer(m_pause, 0);

@@ -56,6 +56,7 @@ private:
     void Requeue(ServerConnection& connection);
     void Hold(ServerConnection& connection);
     void Release(std::uint64_t number);
+    void StartLooking();
     void LosePatience();
     ServerConnection* Find(std::uint64_t number);
     void FollowOutput(ServerConnection& connection);
@@ -78,6 +79,7 @@ private:
     FileDescriptor m_pause; // a timer that runs while the listeners are not watched
     FileDescriptor m_quiet; // a timer that runs while acknowledgements wait
     FileDescriptor m_patience; // a timer that runs while connections wait for others of their session
+    bool m_looking = false;    // that timer runs
     FileDescriptor m_more;     // an event that lasts while the queue is not empty
     bool m_moreTold = false;
     std::vector<char> m_buffer;                 // for all connections, one after the other

@@ -7,7 +7,8 @@
 namespace
 {
 
-constexpr long kPatienceNanoseconds = 500000000; // 500 ms
+constexpr long kLookNanoseconds = 100000000; // 100 ms
+constexpr int kLooks = 5;
 
 } // namespace
 
@@ -17,7 +18,15 @@ void MPISocketServerC::Implementation::Hold(ServerConnection& connection)
     epoll_ctl(m_watch.Number(), EPOLL_CTL_DEL, connection.Descriptor(), nullptr);
     connection.Watched(false);
     connection.WatchedForOutput(false);
-    SetTimer(m_patience, kPatienceNanoseconds);
+    StartLooking();
+}
+
+/// Who begins to wait while others do does not put these off.
+void MPISocketServerC::Implementation::StartLooking()
+{
+    if (!m_looking)
+        SetTimer(m_patience, kLookNanoseconds);
+    m_looking = true;
 }
 
 void MPISocketServerC::Implementation::Release(std::uint64_t number)
@@ -32,17 +41,18 @@ void MPISocketServerC::Implementation::Release(std::uint64_t number)
     Requeue(*connection);
 }
 
-/// One that neither ends nor says anything is not waited for: it is another's, or goes on beside its
-/// successor.
+/// One that neither ends nor says anything from look to look is not waited for: it is another's, or goes on
+/// beside its successor.
 void MPISocketServerC::Implementation::LosePatience()
 {
     SetTimer(m_patience, 0);
+    m_looking = false;
     for (const SessionOrder::SWaitedFor& first : m_order.WaitedFor())
     {
-        const ServerConnection& connection = *m_connections.at(first.connection); // who goes leaves its line
-        if (!connection.HasWork() && !SocketCalls::HasInput(connection.Descriptor()))
+        ServerConnection& connection = *m_connections.at(first.connection); // who goes leaves its line
+        if (connection.QuietLooks() >= kLooks)
             Release(m_order.Leave(first.session, first.connection));
     }
     if (!m_order.WaitedFor().empty())
-        SetTimer(m_patience, kPatienceNanoseconds);
+        StartLooking();
 }
