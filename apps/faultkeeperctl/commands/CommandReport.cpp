@@ -3,6 +3,7 @@
 #include "common/text/ErrorNames.h"
 #include "faultkeeperctl/CommandLine.h"
 #include "faultkeeperctl/json/Json.h"
+#include "faultkeeperctl/owner/OwnerStatistics.h"
 #include "faultkeeperctl/text/Progress.h"
 #include "faultkeeperctl/typed/ConfiguredErrors.h"
 
@@ -153,10 +154,24 @@ bool Send(const SRequest& request, const ErrorId& id)
     return false;
 }
 
+// An owner acknowledges what it has done with, and that includes what it does not know.
+void CheckKnown(const ErrorId& id)
+{
+    SOwnerStatistics statistics;
+    AskOwner(kPatience, statistics, &id);
+    if (statistics.known.value_or(true))
+        return;
+    throw CFailure(epsNo, "refused: the owner knows no error " + ErrorName(id.first, id.second) + " (" +
+                              ErrorNumber(id.first, id.second) + ")");
+}
+
 bool SendTelling(const SRequest& request, const ErrorId& id)
 {
     const CProgress progress("waiting for the owner");
-    return Send(request, id);
+    const bool acknowledged = Send(request, id);
+    if (acknowledged)
+        CheckKnown(id);
+    return acknowledged;
 }
 
 EProgramStatus Report(const SSettings& settings, const SRequest& request)
@@ -199,11 +214,11 @@ void AddReport(CCommandLine& commandLine)
         "Sends the report to the owner on port 5300. The last field of a name is the failure mode, as "
         "number or\n"
         "name. With a configuration the error must be defined in it.\n"
-        "Waits until the owner acknowledges the report: it has applied it then, or logged that it does not "
-        "know\n"
-        "the error. An owner that never acknowledges anything counts as one that has taken it; \"and "
-        "acknowledged\"\n"
-        "is missing from the output then.\n"
+        "Waits until the owner acknowledges the report: it has applied and stored it then. An owner that "
+        "never\n"
+        "acknowledges anything counts as one that has taken it; \"and acknowledged\" is missing from the "
+        "output then.\n"
+        "Exit status 1: the configuration, or the owner's, does not define the error.\n"
         "Exit status 3: nobody listens, an owner that does acknowledge has not done so in time, or the "
         "connection\n"
         "was lost before one has, so that it is not sure whether the report was applied.\n"

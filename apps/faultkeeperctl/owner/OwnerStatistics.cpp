@@ -2,6 +2,7 @@
 
 #include <MPI/BAtomC.h>
 #include <MPI/BDictionaryC.h>
+#include <MPI/BListC.h>
 #include <MPI/MPISocketConnectionC.h>
 
 #include <memory>
@@ -36,13 +37,19 @@ int MillisecondsUntil(Clock::time_point end)
 }
 } // namespace
 
-EOwnerAnswer AskOwner(std::chrono::milliseconds patience, SOwnerStatistics& statistics)
+EOwnerAnswer AskOwner(std::chrono::milliseconds patience, SOwnerStatistics& statistics, const ErrorId* error)
 {
     const Clock::time_point end = Clock::now() + patience;
     MPISocketConnectionC owner;
     if (!owner.Connect("localhost", kPort, MillisecondsUntil(end)))
         return eoaNobody;
-    owner.SendNotification("Statistics", nullptr);
+    BListC arguments;
+    if (error != nullptr)
+    {
+        arguments.Append(std::make_unique<BAtomC>(std::int64_t{error->first}));
+        arguments.Append(std::make_unique<BAtomC>(std::int64_t{error->second}));
+    }
+    owner.SendNotification("Statistics", &arguments);
     while (owner.Connected() && Clock::now() < end)
     {
         owner.SetTimeout(MillisecondsUntil(end));
@@ -51,6 +58,8 @@ EOwnerAnswer AskOwner(std::chrono::milliseconds patience, SOwnerStatistics& stat
         if (answer == nullptr || answer->AsDictionary() == nullptr)
             continue;
         statistics = StatisticsOf(*answer->AsDictionary());
+        if (const BElementC* const known = message->Find("known"))
+            statistics.known = known->AsAtom() != nullptr && known->AsAtom()->Integer() != 0;
         return eoaAnswered;
     }
     return eoaSilent;

@@ -1,9 +1,12 @@
 #ifndef FAULTKEEPERCTL_OWNER_OWNERSTATISTICS_H
 #define FAULTKEEPERCTL_OWNER_OWNERSTATISTICS_H
 
+#include "common/text/ErrorNames.h"
+
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace Faultkeeper::Apps
@@ -14,6 +17,7 @@ struct SOwnerStatistics
 {
     std::map<std::string, std::int64_t> numbers;
     std::map<std::string, std::string> texts;
+    std::optional<bool> known; ///< is there the error that was asked for? Owners need not tell
 
     /// A text; empty if the owner does not tell it.
     std::string Text(const std::string& name) const
@@ -34,7 +38,9 @@ enum EOwnerAnswer : int
 /// Asks the owner on port 5300 of this machine.
 /// @param patience    how long to wait for the answer
 /// @param statistics  replaced if it has answered, untouched otherwise
-EOwnerAnswer AskOwner(std::chrono::milliseconds patience, SOwnerStatistics& statistics);
+/// @param error       to ask for as well; null for none
+EOwnerAnswer AskOwner(std::chrono::milliseconds patience, SOwnerStatistics& statistics,
+                      const ErrorId* error = nullptr);
 
 } // namespace Faultkeeper::Apps
 

@@ -102,9 +102,14 @@ void COwner::ClearOrphans(const std::map<ErrorId, ErrorId>& causes)
     }
 }
 
+bool COwner::Knows(int problemCode, int problemType) const
+{
+    return m_database.RetrieveError(problemCode, problemType) != nullptr;
+}
+
 bool COwner::Apply(int problemCode, int problemType, bool raised, const std::string& session)
 {
-    if (m_database.RetrieveError(problemCode, problemType) == nullptr)
+    if (!Knows(problemCode, problemType))
         return false;
     m_recorder.Begin(session);
     if (raised)

@@ -47,6 +47,9 @@ public:
     /// more.
     bool Failed() const { return m_view.Failed(); }
 
+    /// Is there such an error?
+    bool Knows(int problemCode, int problemType) const;
+
     /// Raises or clears an error, and whatever follows from that.
     /// @param session  who asks, for the journal; empty if nobody knows
     /// @return false if there is no such error; nothing is changed then

@@ -130,7 +130,7 @@ bool CNotificationHandler::NotificationReceived(const MPIPeerC& peer, const MPIN
 {
     const bool isNew = IsNew(peer, notification.number);
     if (notification.name == "Statistics")
-        AnswerStatistics(peer);
+        AnswerStatistics(peer, notification.arguments);
     else
         ++m_counts.received;
     if (!isNew || notification.name == "Statistics")
@@ -144,10 +144,17 @@ bool CNotificationHandler::NotificationReceived(const MPIPeerC& peer, const MPIN
     return true;
 }
 
-void CNotificationHandler::AnswerStatistics(const MPIPeerC& peer)
+void CNotificationHandler::AnswerStatistics(const MPIPeerC& peer, const BListC& arguments)
 {
-    if (m_server != nullptr && m_statistics)
-        m_server->Answer(peer.connection, *m_statistics());
+    if (m_server == nullptr || !m_statistics)
+        return;
+    const std::unique_ptr<BDictionaryC> answer = m_statistics();
+    if (ArgumentFault(arguments, kIdentifierArguments).empty())
+    {
+        const bool known = m_owner->Knows(IntegerAt(arguments, 0), IntegerAt(arguments, 1));
+        answer->Insert("known", std::make_unique<BAtomC>(std::int64_t{known ? 1 : 0}));
+    }
+    m_server->Answer(peer.connection, *answer);
 }
 
 void CNotificationHandler::TellUnknown(const MPIPeerC& peer, const MPINotificationC& notification)

@@ -16,6 +16,7 @@
 #include <vector>
 
 class BDictionaryC;
+class BListC;
 
 namespace Faultkeeper::Apps
 {
@@ -40,7 +41,8 @@ struct SReportCounts
 /// "ClearError" takes a problem code and a failure mode. A notification that is anything else is logged and
 /// skipped; its connection stays.
 ///
-/// "Statistics" is a request: it is answered with a dictionary.
+/// "Statistics" is a request: it is answered with a dictionary. With a problem code and a failure mode the
+/// answer also tells whether there is such an error.
 ///
 /// A client that introduces itself is welcomed with the number up to which its session has been applied and
 /// stored. What it has sent again and was applied before is skipped. It is acknowledged what is stored;
@@ -87,7 +89,7 @@ private:
     void KeepSession(const MPIPeerC& peer, const CSessions::SSession& session, std::int64_t left);
     void ForgetSessions();
     bool IsNew(const MPIPeerC& peer, std::uint64_t number);
-    void AnswerStatistics(const MPIPeerC& peer);
+    void AnswerStatistics(const MPIPeerC& peer, const BListC& arguments);
     void TellUnknown(const MPIPeerC& peer, const MPINotificationC& notification);
     void ApplyReport(const MPIPeerC& peer, const MPINotificationC& notification, bool raised);
     void Apply(const MPIPeerC& peer, std::uint64_t offset, int problemCode, int problemType, bool raised);

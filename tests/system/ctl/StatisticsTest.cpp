@@ -36,7 +36,7 @@ class NoStatistics : public CtlTest
 TEST_F(Statistics, TellWhatTheOwnerHasDone)
 {
     EXPECT_EQ(Ctl({"raise", kReceiver}).status, 0);
-    EXPECT_EQ(Bare({"raise", "0x50C1B:2"}).status, 0); // not configured
+    EXPECT_EQ(Bare({"raise", "0x50C1B:2"}).status, 1); // not configured
     const Json document = Document({"statistics"});
     EXPECT_EQ(
         KeysOf(document),
@@ -53,6 +53,19 @@ TEST_F(Statistics, TellWhatTheOwnerHasDone)
     EXPECT_EQ(document["acknowledged"], "stored");
     EXPECT_EQ(document["runDirectory"], m_directory.Path());
     EXPECT_EQ(document["configuration"].get<std::string>().size(), 16U);
+}
+
+TEST_F(Statistics, TellAReporterWhatTheOwnerRefuses)
+{
+    for (const char* const command : {"raise", "clear"})
+    {
+        const SFinished refused = Bare({command, "0x50C1B:2"});
+        EXPECT_EQ(refused.status, 1) << command;
+        EXPECT_EQ(refused.output, "");
+        EXPECT_EQ(refused.errors,
+                  "faultkeeperctl: refused: the owner knows no error Service:GPS:No Data:2 (0x50C1B:2)\n");
+        EXPECT_EQ(Bare({command, "0x40C1B:2"}).status, 0) << command;
+    }
 }
 
 TEST_F(Statistics, AreATableForPeople)
