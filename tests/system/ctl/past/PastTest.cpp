@@ -77,8 +77,8 @@ protected:
 };
 
 constexpr const char* kLines[] = {
-    "2026-03-01T17:05:09.000+00:00 + Positioning:GPS:Communications:9, reported by "
-    "0123456789abcdef0123456789abcdef\n",
+    ("2026-03-01T17:05:09.000+00:00 + Positioning:GPS:Communications:9, reported by "
+     "0123456789abcdef0123456789abcdef\n"),
     "2026-03-01T17:05:09.001+00:00 + Positioning:GPS:No Data:2 follows Positioning:GPS:Communications:9\n",
     "2026-03-01T17:05:09.002+00:00 + System:Position:No Data:2 follows Positioning:GPS:No Data:2\n",
     "2026-03-01T17:05:19.000+00:00 - Positioning:GPS:Communications:9, reported\n",
