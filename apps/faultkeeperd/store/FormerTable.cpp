@@ -18,8 +18,8 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-constexpr std::int64_t kDay = 86400000000000;       // nanoseconds
-constexpr std::int64_t kRollover = 1024 * 7 * kDay; // after which satellites count their weeks anew
+constexpr std::int64_t kDay = 86400000000000;   // nanoseconds
+constexpr std::int64_t kRollover = 7168 * kDay; // 1024 weeks, after which satellites count anew
 
 bool TimeMakesSense(const Core::Time& time, const Core::Time& latest)
 {
