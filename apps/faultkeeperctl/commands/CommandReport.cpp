@@ -209,20 +209,19 @@ void AddOne(CCommandLine& commandLine, bool raise, const char* name, const char*
 
 void AddReport(CCommandLine& commandLine)
 {
-    AddOne(
-        commandLine, true, "raise", "Report an error as raised",
-        "Sends the report to the owner on port 5300. The last field of a name is the failure mode, as "
-        "number or\n"
-        "name. With a configuration the error must be defined in it.\n"
-        "Waits until the owner acknowledges the report: it has applied and stored it then. An owner that "
-        "never\n"
-        "acknowledges anything counts as one that has taken it; \"and acknowledged\" is missing from the "
-        "output then.\n"
-        "Exit status 1: the configuration, or the owner's, does not define the error.\n"
-        "Exit status 3: nobody listens, an owner that does acknowledge has not done so in time, or the "
-        "connection\n"
-        "was lost before one has, so that it is not sure whether the report was applied.\n"
-        "Example: faultkeeperctl raise \"Positioning:GPS:No Data:2\"");
+    AddOne(commandLine, true, "raise", "Report an error as raised",
+           "Sends the report to the owner on port 5300. The last field of a name is the failure mode, as "
+           "number or\n"
+           "name. With a configuration the error must be defined in it.\n"
+           "Waits until the owner acknowledges the report: it has applied and stored it then. An owner that "
+           "never\n"
+           "acknowledges anything counts as one that has taken it; \"and acknowledged\" is missing from the "
+           "output then.\n"
+           "Exit status 1: the configuration, or the owner's, does not define the error.\n"
+           "Exit status 3: nobody listens, an owner that does acknowledge has not done so in time, or the "
+           "connection\n"
+           "was lost before one has, so that it is not sure whether the report was applied.\n"
+           "Example: faultkeeperctl raise \"Positioning:GPS:No Data:2\"");
     AddOne(commandLine, false, "clear", "Report an error as cleared",
            "Sends the report to the owner on port 5300, as \"raise\" does.\n"
            "Example: faultkeeperctl clear 0x40C1B:2");

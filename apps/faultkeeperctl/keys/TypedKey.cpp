@@ -37,7 +37,7 @@ std::string KeyFromTyped(const std::vector<std::string>& words)
     const std::string typed = JoinedWords(words);
     if (!LooksLikePhoneKey(typed))
     {
-        const std::string key = BareKey(typed); // small letters mean the same
+        std::string key = BareKey(typed); // small letters mean the same
         CheckDigits(key);
         return key;
     }

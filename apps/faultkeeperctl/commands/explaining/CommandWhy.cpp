@@ -27,7 +27,7 @@ bool IsKey(const std::string& typed)
 
 std::vector<ErrorId> ErrorsOf(const std::string& key, CDisplay& display)
 {
-    const std::vector<ErrorId> errors = display.ErrorsOfKey(key);
+    std::vector<ErrorId> errors = display.ErrorsOfKey(key);
     if (errors.empty())
         throw CFailure(epsNo, "the key " + QuotedTyped(key) + " names no error of the owner's table");
     return errors;
