@@ -64,7 +64,7 @@ std::vector<STransition> CJournalFollower::News()
         return {};
     try
     {
-        const std::vector<STransition> news = Read();
+        std::vector<STransition> news = Read();
         m_failureTold = false;
         m_mark = mark;
         m_read = mark.settled;

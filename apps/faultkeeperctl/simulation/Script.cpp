@@ -13,7 +13,8 @@ namespace Faultkeeper::Apps
 namespace
 {
 constexpr const char* kBlanks = " \t\r";
-const std::vector<std::string> kRequests = {"raise", "clear"};
+constexpr const char* kRaise = "raise";
+constexpr const char* kClear = "clear";
 
 /// Part of a line, and where it begins.
 struct SWord
@@ -42,7 +43,7 @@ int ColumnOf(const std::string& line, std::size_t at)
 
 std::string UnknownRequest(const std::string& typed)
 {
-    const std::string nearest = NearestName(typed, kRequests);
+    const std::string nearest = NearestName(typed, {kRaise, kClear});
     return "no request is called " + QuotedTyped(typed) +
            (nearest.empty() ? "; there are \"raise ID\" and \"clear ID\""
                             : ", the nearest is \"" + nearest + "\"");
@@ -63,9 +64,9 @@ public:
         const SWord id = Trimmed(line, all.at + length, all.at + all.text.size());
         SScriptStep step;
         step.line = number;
-        step.raise = request == kRequests.front();
+        step.raise = request == kRaise;
         std::string problem;
-        if (!step.raise && request != kRequests.back())
+        if (!step.raise && request != kClear)
             Complain(number, ColumnOf(line, all.at), UnknownRequest(request));
         else if (id.text.empty())
             Complain(number, ColumnOf(line, id.at), "\"" + request + "\" needs an error");

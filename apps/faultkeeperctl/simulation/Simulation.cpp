@@ -111,6 +111,7 @@ SSimulatedStep CSimulation::Play(const SScriptStep& step)
 void CSimulation::Publish(const std::vector<SSimulatedChange>& changes)
 {
     std::vector<SErrorChange> published;
+    published.reserve(changes.size());
     for (const SSimulatedChange& change : changes)
         published.push_back({change.id.first, change.id.second, change.raised});
     if (!m_table.View().ApplyChanges(published))

@@ -125,7 +125,7 @@ const ServerConnection* MPISocketServerC::Implementation::LongestSilent() const
 
 void MPISocketServerC::Implementation::GiveWay(const ServerConnection& connection)
 {
-    const MPIPeerC peer = connection.Peer();
+    const auto peer = MPIPeerC(connection.Peer()); // which Remove takes away
     Remove(peer.connection);
     m_handler.PeerTurnedAway(peer);
 }
