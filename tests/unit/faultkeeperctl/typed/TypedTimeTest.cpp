@@ -136,7 +136,7 @@ TEST_F(TypedTime, RefusesEverythingElse)
 TEST_F(TypedTime, ReadsWhatIsPrinted)
 {
     std::mt19937_64 random(3);
-    for (const char* const zone : {"UTC0", "CET-1CEST,M3.5.0,M10.5.0/3", "XXX3:30", "YYY-14"})
+    for (const char* const zone : {"UTC0", "CET-1CEST,M3.5.0,M10.5.0/3", "WEST3:30", "EAST-14"})
     {
         Zone(zone);
         for (int i = 0; i < 500; ++i)
