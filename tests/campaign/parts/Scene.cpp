@@ -57,12 +57,10 @@ bool CScene::KillOwner()
     return running;
 }
 
-bool CScene::OwnerReady() const
+void CScene::AwaitOwner() const
 {
-    const bool ready = m_owner->SaysInTime("info: ready");
-    if (!ready)
-        std::fprintf(stderr, "the owner does not get ready:\n%s", m_owner->Errors().c_str());
-    return ready;
+    if (!m_owner->SaysInTime("info: ready"))
+        throw std::runtime_error("the owner does not get ready:\n" + m_owner->Errors());
 }
 
 bool CScene::EndOwner()
@@ -76,8 +74,11 @@ bool CScene::EndOwner()
 
 Faultkeeper::SStatusTable CScene::Table()
 {
+    const std::uint8_t* const bytes = m_directory.Table();
+    if (bytes == nullptr)
+        throw std::runtime_error("there is no table");
     Faultkeeper::SStatusTable table;
-    std::memcpy(static_cast<void*>(&table), m_directory.Table(), sizeof table);
+    std::memcpy(static_cast<void*>(&table), bytes, sizeof table);
     return table;
 }
 

@@ -34,11 +34,13 @@ public:
     /// Kills the owner. @return false if it had ended by itself, which is told
     bool KillOwner();
     /// Waits until the owner is ready.
-    bool OwnerReady() const;
+    /// @throw std::runtime_error  if it does not get so
+    void AwaitOwner() const;
     /// Has the owner end in order. @return false if it does not
     bool EndOwner();
 
     /// The table as it stands.
+    /// @throw std::runtime_error  if there is none
     Faultkeeper::SStatusTable Table();
     std::string ConfigurationPrefix() const { return m_directory.Prefix(); }
     std::string StorePath() const { return m_directory.File("faultkeeper.db"); }

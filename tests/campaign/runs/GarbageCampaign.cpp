@@ -94,12 +94,12 @@ bool RunGarbage(int rounds, unsigned)
     CScene scene(ReportedErrors());
     AllowDescriptors();
     scene.StartOwner({"--connections", kConnections});
-    bool good = scene.OwnerReady();
+    scene.AwaitOwner();
     const ErrorId error = ErrorsOf(0).front();
     const auto begin = std::chrono::steady_clock::now();
     CProbe probe(scene.ConfigurationPrefix(), error);
     SGarbage sent;
-    good = SendGarbage(kHalfSent, sent) && good; // what is always kept is there from now on
+    bool good = SendGarbage(kHalfSent, sent); // what is always kept is there from now on
     const long before = scene.OwnerMemory();
     good = SendGarbage(rounds, sent) && good;
     good = Reaches("malformed", sent.refused) && Reaches("unknown", sent.meaningless) && good;

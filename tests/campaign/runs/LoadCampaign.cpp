@@ -76,13 +76,13 @@ bool RunLoad(int rounds, unsigned)
 {
     CScene scene(ReportedErrors());
     scene.StartOwner();
-    bool good = scene.OwnerReady();
+    scene.AwaitOwner();
     auto displays = StartCopiers(kDisplays, scene.ConfigurationPrefix(), kDisplayPause);
     SResources resources;
     CAlternatingReporter reporter;
     const ErrorId probed = ErrorsOf(1).front();
     CProbe probe(scene.ConfigurationPrefix(), probed);
-    good = BothConnected() && good;
+    bool good = BothConnected();
     const Clock::time_point begin = Clock::now();
     good = ReportEvenly(reporter, std::chrono::seconds(rounds), scene, resources) && good;
     const std::chrono::duration<double> seconds = Clock::now() - begin;

@@ -33,7 +33,7 @@ bool KillOwners(CScene& scene, int rounds, unsigned seed, const std::vector<std:
         good = scene.KillOwner() && good;
     }
     scene.StartOwner(arguments);
-    good = scene.OwnerReady() && good;
+    scene.AwaitOwner();
     std::this_thread::sleep_for(kLastLife);
     return good;
 }

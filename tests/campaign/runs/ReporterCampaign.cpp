@@ -58,7 +58,8 @@ bool RunReporters(int rounds, unsigned seed)
 {
     CScene scene(ReportedErrors());
     scene.StartOwner();
-    bool good = scene.OwnerReady();
+    scene.AwaitOwner();
+    bool good = true;
     CSharedAccounts accounts;
     const auto begin = std::chrono::steady_clock::now();
     CReporters reporters(seed, accounts);

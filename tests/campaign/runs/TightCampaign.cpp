@@ -27,10 +27,10 @@ bool RunTight(int rounds, unsigned)
 {
     CScene scene(ReportedErrors());
     scene.StartOwner();
-    bool good = scene.OwnerReady();
+    scene.AwaitOwner();
     auto copiers = StartCopiers(kCopiers, scene.ConfigurationPrefix());
     const auto begin = std::chrono::steady_clock::now();
-    good = ReportAll(rounds) && good;
+    bool good = ReportAll(rounds);
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
     good = AllRun(copiers) && good;
     copiers.clear();
