@@ -68,6 +68,27 @@ void CRawConnection::Send(const std::string& bytes) const
     ASSERT_EQ(send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
 }
 
+void CRawConnection::EndSending() const
+{
+    shutdown(m_socket, SHUT_WR);
+}
+
+std::string CRawConnection::Received(std::size_t size) const
+{
+    std::string received;
+    struct pollfd input = {m_socket, POLLIN, 0};
+    char byte = 0;
+    while (received.size() < size)
+    {
+        if (poll(&input, 1, kPatienceMilliseconds) != 1)
+            return received + "late";
+        if (recv(m_socket, &byte, 1, 0) <= 0)
+            break;
+        received += byte;
+    }
+    return received;
+}
+
 bool CRawConnection::ClosedInTime() const
 {
     struct pollfd input = {m_socket, POLLIN, 0};

@@ -59,6 +59,10 @@ public:
     CRawConnection& operator=(const CRawConnection&) = delete;
 
     void Send(const std::string& bytes) const;
+    /// Tells the other end that nothing more is sent.
+    void EndSending() const;
+    /// What the other end sends, up to so many bytes or until it closes; "late" at its end if neither comes.
+    std::string Received(std::size_t size = std::string::npos) const;
     /// Waits until the other end has closed. @return false if it does not
     bool ClosedInTime() const;
 

@@ -73,7 +73,9 @@ void CNotificationHandler::PeerIntroduced(const MPIPeerC& peer)
     m_lastConnection = 0;
     KeepSession(peer, session, SStoredSession::kConnected);
     ForgetSessions();
-    if (m_server != nullptr)
+    if (session.applied > session.stored)
+        m_unwelcomed[peer.connection] = &session; // what is not stored yet will be in a moment
+    else if (m_server != nullptr)
         m_server->Welcome(peer.connection, session.stored);
 }
 
@@ -169,23 +171,34 @@ void CNotificationHandler::BatchEnded(const MPIPeerC& peer)
     if (session == nullptr)
         return;
     KeepSession(peer, *session, SStoredSession::kConnected);
+    m_sessions.AwaitStore(*session);
     m_unacknowledged[peer.connection] = session;
+}
+
+void CNotificationHandler::PeerFinished(const MPIPeerC& peer)
+{
+    if (m_settle && (m_unacknowledged.count(peer.connection) > 0 || m_unwelcomed.count(peer.connection) > 0))
+        m_settle();
 }
 
 void CNotificationHandler::Acknowledge()
 {
-    for (const auto& waiting : m_unacknowledged)
+    m_sessions.Stored();
+    if (m_server != nullptr)
     {
-        waiting.second->stored = waiting.second->applied;
-        if (m_server != nullptr)
+        for (const auto& waiting : m_unwelcomed)
+            m_server->Welcome(waiting.first, waiting.second->stored);
+        for (const auto& waiting : m_unacknowledged)
             m_server->Acknowledge(waiting.first, waiting.second->stored);
     }
+    m_unwelcomed.clear();
     m_unacknowledged.clear();
 }
 
 void CNotificationHandler::PeerDisconnected(const MPIPeerC& peer)
 {
     m_lastConnection = 0;
+    m_unwelcomed.erase(peer.connection);
     m_unacknowledged.erase(peer.connection); // the next welcome tells how far it is stored
     const auto found = m_open.find(peer.connection);
     if (found == m_open.end())

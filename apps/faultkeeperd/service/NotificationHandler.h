@@ -45,8 +45,9 @@ struct SReportCounts
 /// answer also tells whether there is such an error.
 ///
 /// A client that introduces itself is welcomed with the number up to which its session has been applied and
-/// stored. What it has sent again and was applied before is skipped. It is acknowledged what is stored;
-/// skipped with a word in the log counts as applied, since sending it again would not change that.
+/// stored; if more is applied than stored, when that is stored. What it has sent again and was applied before
+/// is skipped. It is acknowledged what is stored; skipped with a word in the log counts as applied, since
+/// sending it again would not change that. For one that has ended its sending that is seen to at once.
 /// Ownership: owner, keeper and server are borrowed.
 class CNotificationHandler : public MPIServerHandlerC
 {
@@ -70,6 +71,9 @@ public:
         m_statistics = std::move(statistics);
     }
 
+    /// How to have what was applied stored at once and acknowledged, if that can be; nothing without.
+    void Settling(std::function<void()> settle) { m_settle = std::move(settle); }
+
     /// All that was applied so far is stored, or cannot be just now: acknowledges it.
     void Acknowledge();
 
@@ -80,6 +84,7 @@ public:
     bool NumbersReceived(const MPIPeerC& peer, const MPINumbersC& notification) override;
     bool NotificationReceived(const MPIPeerC& peer, const MPINotificationC& notification) override;
     void BatchEnded(const MPIPeerC& peer) override;
+    void PeerFinished(const MPIPeerC& peer) override;
     void PeerDisconnected(const MPIPeerC& peer) override;
     void InputRefused(const MPIPeerC& peer, std::uint64_t offset, const std::string& reason) override;
     void PeerTurnedAway(const MPIPeerC& peer) override;
@@ -98,11 +103,13 @@ private:
     CStateKeeper* m_keeper;
     MPISocketServerC* m_server;
     std::function<std::unique_ptr<BDictionaryC>()> m_statistics;
+    std::function<void()> m_settle;
     SReportCounts m_counts;
     CSessions m_sessions;
     std::map<std::uint64_t, CSessions::SSession*>
         m_open; // of the connections that have introduced themselves
-    std::map<std::uint64_t, CSessions::SSession*> m_unacknowledged; // those of them that wait for it
+    std::map<std::uint64_t, CSessions::SSession*> m_unwelcomed;     // those of them that wait for it
+    std::map<std::uint64_t, CSessions::SSession*> m_unacknowledged; // likewise
     std::uint64_t m_lastConnection;                                 // asked for; 0 is none
     CSessions::SSession* m_lastSession;                             // its session; null if it has none
 };

@@ -47,6 +47,7 @@ CService::CService(const std::string& runDirectory, const SStoreSettings& store,
     m_server.MaximumConnections(connections);
     m_server.GathersInput(true); // its descriptor is polled beside others
     m_handler.Server(&m_server);
+    m_handler.Settling([this] { SettleNow(); });
 }
 
 bool CService::Listen(unsigned short port)
@@ -175,6 +176,14 @@ bool CService::Settle()
     m_serviceManager.Alive(Clock::now());
     LogLeftOut(false);
     return published;
+}
+
+/// For who will not be there any more when it is time to. A store that does not work is left to its pauses.
+void CService::SettleNow()
+{
+    Publish();
+    if (m_keeper.Storing() ? m_keeper.CommitAtOnce(Clock::now()) : m_keeper.Commit(Clock::now()))
+        Acknowledge();
 }
 
 /// What would not come back with the next owner is not acknowledged: without a store that is all that waits

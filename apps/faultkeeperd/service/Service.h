@@ -57,6 +57,7 @@ private:
     SStatistics Statistics() const;
     bool Turn();
     bool Settle();
+    void SettleNow();
     void Acknowledge();
     bool Publish();
     bool End();

@@ -1,5 +1,7 @@
 #include "faultkeeperd/service/Sessions.h"
 
+#include <algorithm>
+
 namespace Faultkeeper::Apps
 {
 
@@ -59,11 +61,37 @@ void CSessions::ForgetOldest()
 {
     while (m_sessions.size() > kLimit && !m_unconnected.empty())
     {
-        const auto oldest = m_sessions.find(*m_unconnected.front());
+        const std::string oldest = *m_unconnected.front();
         m_unconnected.pop_front();
-        m_forgotten.push_back(oldest->first);
-        m_sessions.erase(oldest);
+        Forget(oldest);
     }
+}
+
+void CSessions::Forget(const std::string& session)
+{
+    const auto found = m_sessions.find(session);
+    if (found->second.awaitsStore)
+        m_awaitStore.erase(std::find(m_awaitStore.begin(), m_awaitStore.end(), &found->second));
+    m_sessions.erase(found);
+    m_forgotten.push_back(session);
+}
+
+void CSessions::AwaitStore(SSession& session)
+{
+    if (session.awaitsStore)
+        return;
+    m_awaitStore.push_back(&session);
+    session.awaitsStore = true;
+}
+
+void CSessions::Stored()
+{
+    for (SSession* const session : m_awaitStore)
+    {
+        session->stored = session->applied;
+        session->awaitsStore = false;
+    }
+    m_awaitStore.clear();
 }
 
 } // namespace Faultkeeper::Apps

@@ -30,6 +30,7 @@ public:
         std::uint64_t applied = 0; ///< the number of the last notification applied, and all before it
         std::uint64_t stored = 0;  ///< the number up to which a restart of the owner loses nothing
         int connections = 0;       ///< that are open
+        bool awaitsStore = false;
         std::list<const std::string*>::iterator place; ///< among those without a connection, if it is
     };
 
@@ -47,6 +48,11 @@ public:
     /// Is that notification a new one? If so it counts as applied from here on.
     static bool Take(SSession& session, std::uint64_t number);
 
+    /// What was taken for that session is to be stored.
+    void AwaitStore(SSession& session);
+    /// All that was awaited is stored, also for sessions that have no connection any more.
+    void Stored();
+
     /// The sessions that were forgotten since this was asked last.
     std::vector<std::string> TakeForgotten();
 
@@ -56,10 +62,12 @@ private:
     using Session = std::pair<const std::string, SSession>;
 
     void Disconnected(Session& session);
+    void Forget(const std::string& session);
     void ForgetOldest();
 
     std::unordered_map<std::string, SSession> m_sessions;
     std::list<const std::string*> m_unconnected; // keys of the above, the longest without a connection first
+    std::vector<SSession*> m_awaitStore;
     std::vector<std::string> m_forgotten;
 };
 

@@ -141,12 +141,11 @@ TEST_F(HostServerSessions, NumbersThatAreNoneAreRefused)
     EXPECT_EQ(LogOf(kPlain + "d4:argsle4:name1:x3:seqlee"), "0 x number 0\n" + reason);
 }
 
-TEST_F(HostServerSessions, NumbersThatDoNotRiseAreRefused)
+TEST_F(HostServerSessions, NumbersThatDoNotRiseArePassedOn)
 {
-    EXPECT_EQ(LogOf(Numbered("5") + Numbered("5")),
-              "0 x number 5\nrefused at 30: \"seq\" 5 after 5\ndisconnected\n");
-    EXPECT_EQ(LogOf(Numbered("5") + "d4:argsl1:ae4:name1:x3:seqi4ee"),
-              "0 x number 5\nrefused at 30: \"seq\" 4 after 5\ndisconnected\n");
+    EXPECT_EQ(LogOf(kHello + Numbered("5") + Numbered("5") + "d4:argsl1:ae4:name1:x3:seqi4ee"),
+              "introduced " + kSession + "\n58 x number 5\n88 x number 5\n118 x number 4\ndisconnected\n");
+    EXPECT_EQ(LogOf(Numbered("5") + Numbered("1")), "0 x number 5\n30 x number 1\ndisconnected\n");
 }
 
 TEST_F(HostServerSessions, WelcomesAndAcknowledgementsAreSent)
@@ -170,6 +169,59 @@ TEST_F(HostServerSessions, WhoHasEndedSendingIsAnsweredStill)
     connection.EndSending();
     EXPECT_TRUE(ServeUntil([&] { return Has(1, "disconnected\n"); }));
     EXPECT_EQ(connection.ReceiveToEnd(), "d7:welcomei0eed3:acki1ee");
+}
+
+TEST_F(HostServerSessions, WhoEndsSendingLaterIsAnsweredBeforeTheConnectionIsClosed)
+{
+    m_handler.onFinish = [&](const MPIPeerC& peer)
+    {
+        EXPECT_EQ(m_handler.counts[peer.connection], 1);
+        EXPECT_FALSE(Has(peer.connection, "disconnected\n"));
+        m_server.Welcome(peer.connection, 0);
+        m_server.Acknowledge(peer.connection, 1);
+    };
+    CRawConnection connection = Connect();
+    connection.Send(kHello + Numbered("1"));
+    EXPECT_TRUE(ServeUntil([&] { return m_handler.counts[1] == 1; }));
+    EXPECT_EQ(m_handler.finished[1], 0);
+    connection.EndSending();
+    EXPECT_TRUE(ServeUntil([&] { return Has(1, "disconnected\n"); }));
+    EXPECT_EQ(connection.ReceiveToEnd(), "d7:welcomei0eed3:acki1ee");
+    EXPECT_EQ(m_handler.finished[1], 1);
+}
+
+TEST_F(HostServerSessions, TheEndOfSendingIsToldAgainWhereTheHandlerThrew)
+{
+    m_handler.onFinish = [&](const MPIPeerC& peer)
+    {
+        if (m_handler.finished[peer.connection] == 1)
+            throw 1;
+    };
+    CRawConnection connection = Connect();
+    connection.Send(kPlain);
+    connection.EndSending();
+    EXPECT_THROW(ServeUntil([&] { return Has(1, "disconnected\n"); }), int);
+    EXPECT_TRUE(ServeUntil([&] { return Has(1, "disconnected\n"); }));
+    EXPECT_EQ(m_handler.finished[1], 2);
+}
+
+TEST_F(HostServerSessions, OnlyWhoEndsSendingInOrderHasFinished)
+{
+    LogOf(kPlain);
+    EXPECT_EQ(m_handler.finished[m_handler.last], 1);
+    LogOf("");
+    EXPECT_EQ(m_handler.finished[m_handler.last], 1) << "there was nothing to send";
+    LogOf(kPlain + "d4:args");
+    EXPECT_EQ(m_handler.finished[m_handler.last], 0) << "within a message";
+    LogOf(kPlain + "x");
+    EXPECT_EQ(m_handler.finished[m_handler.last], 0) << "refused";
+    std::string many;
+    for (int count = 0; count <= MPISocketServerC::kBatchMessages; ++count)
+        many += kPlain;
+    m_handler.onFinish = [&](const MPIPeerC& peer)
+    { EXPECT_EQ(m_handler.counts[peer.connection], MPISocketServerC::kBatchMessages + 1); };
+    LogOf(many);
+    EXPECT_EQ(m_handler.finished[m_handler.last], 1) << "when all of it was handed over";
 }
 
 TEST_F(HostServerSessions, AnswersToWhoHasGoneDoNothing)

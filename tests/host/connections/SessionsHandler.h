@@ -46,6 +46,12 @@ public:
         if (onBatch)
             onBatch(peer);
     }
+    void PeerFinished(const MPIPeerC& peer) override
+    {
+        ++finished[peer.connection];
+        if (onFinish)
+            onFinish(peer);
+    }
     void InputRefused(const MPIPeerC& peer, std::uint64_t offset, const std::string& reason) override
     {
         logs[peer.connection] += "refused at " + std::to_string(offset) + ": " + reason + "\n";
@@ -59,11 +65,13 @@ public:
     std::map<std::uint64_t, std::string> logs;
     std::map<std::uint64_t, int> counts; // of notifications
     std::vector<int> batches;            // the count when each ended
+    std::map<std::uint64_t, int> finished;
     int turnedAway = 0;
     std::function<void(const MPIPeerC&)> onConnection;
     std::function<void(const MPIPeerC&)> onIntroduction;
     std::function<void(const MPIPeerC&)> onNotification;
     std::function<void(const MPIPeerC&)> onBatch;
+    std::function<void(const MPIPeerC&)> onFinish;
     std::function<void(const MPIPeerC&)> onRefusal;
 };
 

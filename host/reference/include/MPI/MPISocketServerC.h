@@ -28,7 +28,9 @@ struct CORE_EXPORT MPINotificationC
     const BListC& arguments;     ///< in the order sent; empty if there are none
     const BDictionaryC& message; ///< all of it: the two above and whatever else the sender put in
     std::uint64_t offset; ///< of the message's first byte, counted in bytes from the connection's beginning
-    std::uint64_t number = 0; ///< its "seq", from 1 on and rising within the connection; 0 if it has none
+    /// Its "seq", from 1 on; 0 if it has none. One that does not rise is passed on all the same: a client
+    /// that sends again what it does not know to be applied does so, and who keeps account skips it.
+    std::uint64_t number = 0;
 };
 
 /// A notification whose arguments are numbers, up to kMaximumCount of them, and that has nothing beyond those
@@ -76,9 +78,14 @@ public:
     /// default.
     virtual void BatchEnded(const MPIPeerC& peer);
 
+    /// The peer has ended its own sending, between two messages, and all that it sent was handed over. It may
+    /// still read: what is sent to it before this returns goes out, then the connection is closed
+    /// (PeerDisconnected). Does nothing by default.
+    virtual void PeerFinished(const MPIPeerC& peer);
+
     /// A connection has sent something that is no notification, or has ended in the middle of one, and is
     /// closed. That includes an introduction that is malformed, repeated, or not the first message, and a
-    /// "seq" that is not a number from 1 on or not greater than the one before.
+    /// "seq" that is not a number from 1 on.
     /// @param offset  of the first wrong byte; of the first byte of a message that is wrong as a whole; or of
     ///                the end. Counted in bytes from the connection's beginning
     /// @param reason  in words, without the peer and the offset

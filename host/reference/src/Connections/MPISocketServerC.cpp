@@ -29,6 +29,8 @@ bool MPIServerHandlerC::NumbersReceived(const MPIPeerC& peer, const MPINumbersC&
 
 void MPIServerHandlerC::BatchEnded(const MPIPeerC&) {}
 
+void MPIServerHandlerC::PeerFinished(const MPIPeerC&) {}
+
 void MPIServerHandlerC::PeerTurnedAway(const MPIPeerC&) {}
 
 void MPIServerHandlerC::PeerDisconnected(const MPIPeerC&) {}

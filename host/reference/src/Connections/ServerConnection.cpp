@@ -66,6 +66,7 @@ int ServerConnection::Serve(char* buffer, std::size_t size)
 {
     m_passedOn = 0;
     m_bytesRead = 0;
+    TellFinished();
     if (HasWork())
         PassOn(m_leftover, m_next);
     else
@@ -77,6 +78,16 @@ int ServerConnection::Serve(char* buffer, std::size_t size)
     }
     Conclude();
     return m_passedOn;
+}
+
+/// Before the end itself is read: then the connection is closed.
+void ServerConnection::TellFinished()
+{
+    if (!m_endSeen || m_finishedTold || HasWork() || m_decoder.Incomplete() ||
+        SocketCalls::HasInput(Descriptor()))
+        return;
+    m_handler.PeerFinished(MPIPeerC(m_peer));
+    m_finishedTold = true;
 }
 
 void ServerConnection::PassOnFrom(char* buffer, std::size_t size)
@@ -142,8 +153,7 @@ std::size_t ServerConnection::PassOnScanned(std::string_view bytes)
     const MPINumbersC notification = m_scan.Notification(m_scanned + m_decoder.StreamOffset());
     if (size == 0 || notification.name == kIntroduction)
         return 0;
-    if (CheckNumber(notification.number, notification.offset))
-        NotePassedOn(notification.number, m_handler.NumbersReceived(m_peer, notification));
+    NotePassedOn(m_handler.NumbersReceived(m_peer, notification));
     m_scanned += size;
     return size;
 }
@@ -187,17 +197,15 @@ void ServerConnection::PassOnDecoded(const BDictionaryC& message, std::uint64_t 
     std::uint64_t number = 0;
     if (!ReadNumber(message, number))
         return Refuse(offset, "\"seq\" is not a number from 1 on");
-    if (CheckNumber(number, offset))
-        NotePassedOn(number, m_handler.NotificationReceived(
-                                 m_peer, {*parts.name, *parts.arguments, message, offset, number}));
+    NotePassedOn(
+        m_handler.NotificationReceived(m_peer, {*parts.name, *parts.arguments, message, offset, number}));
 }
 
-void ServerConnection::NotePassedOn(std::uint64_t number, bool goesOn)
+void ServerConnection::NotePassedOn(bool goesOn)
 {
     ++m_messages;
     ++m_passedOn;
     ++m_inBatch;
-    m_lastNumber = std::max(m_lastNumber, number);
     m_ended = m_ended || !goesOn; // the handler may have closed the server meanwhile
 }
 
@@ -240,18 +248,6 @@ bool ServerConnection::ReadNumber(const BDictionaryC& message, std::uint64_t& nu
     if (atom == nullptr || atom->Integer() < 1)
         return false;
     number = static_cast<std::uint64_t>(atom->Integer());
-    return true;
-}
-
-bool ServerConnection::CheckNumber(std::uint64_t number, std::uint64_t offset)
-{
-    if (number == 0)
-        return true;
-    if (number <= m_lastNumber)
-    {
-        Refuse(offset, "\"seq\" " + std::to_string(number) + " after " + std::to_string(m_lastNumber));
-        return false;
-    }
     return true;
 }
 

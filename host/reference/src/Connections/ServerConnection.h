@@ -50,6 +50,9 @@ public:
     bool Told() const { return m_told; }
     void Tell();
 
+    /// The peer has ended its sending; what it has sent may be left to read. Seen by the loop.
+    void SeeEnd() { m_endSeen = true; }
+
     /// Has not even the first message come from it, nor anything that waits to be read?
     bool Silent() const;
 
@@ -103,6 +106,7 @@ private:
     };
 
     bool HasLeftover() const { return m_next < m_leftover.size(); }
+    void TellFinished();
     void PassOnFrom(char* buffer, std::size_t size);
     void KeepForLater(std::string_view bytes);
     void PassOn(std::string_view bytes, std::size_t& done);
@@ -112,8 +116,7 @@ private:
     void PassOnDecoded(const BDictionaryC& message, std::uint64_t offset);
     void Introduce(const BListC& arguments, std::uint64_t offset);
     void TellIntroduction();
-    void NotePassedOn(std::uint64_t number, bool goesOn);
-    bool CheckNumber(std::uint64_t number, std::uint64_t offset);
+    void NotePassedOn(bool goesOn);
     bool ReadNumber(const BDictionaryC& message, std::uint64_t& number) const;
     void Refuse(std::uint64_t offset, const std::string& reason);
     void Conclude();
@@ -124,6 +127,8 @@ private:
     SessionOrder& m_order;
     MPIPeerC m_peer;
     bool m_told = false;
+    bool m_endSeen = false;
+    bool m_finishedTold = false;
     std::string m_session;
     bool m_held = false;
     NotificationScan m_scan;
@@ -134,7 +139,6 @@ private:
     std::size_t m_bytesRead = 0;
     std::unique_ptr<BDictionaryC> m_message;    // decoded, but not taken by the handler yet
     std::uint64_t m_messages = 0;               // so far
-    std::uint64_t m_lastNumber = 0;             // of a notification, 0 before any had one
     bool m_ended = false;                       // by the handler, or by us because of what has come in
     std::optional<SRefusal> m_refusal;          // to be told
     int m_passedOn = 0;                         // by this Serve

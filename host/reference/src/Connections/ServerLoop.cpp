@@ -167,11 +167,11 @@ int MPISocketServerC::Implementation::WaitForEvents(int timeoutMilliseconds)
     m_error.clear();
     m_turn.clear();
     for (int index = 0; index < count; ++index)
-        NoteReady(events[index].data.u64, (events[index].events & EPOLLOUT) != 0);
+        NoteReady(events[index].data.u64, events[index].events);
     return 0;
 }
 
-void MPISocketServerC::Implementation::NoteReady(std::uint64_t number, bool output)
+void MPISocketServerC::Implementation::NoteReady(std::uint64_t number, std::uint32_t events)
 {
     if (number == kQuiet)
         return AcknowledgeQuiet();
@@ -184,7 +184,9 @@ void MPISocketServerC::Implementation::NoteReady(std::uint64_t number, bool outp
     ServerConnection* const connection = Find(number);
     if (connection == nullptr)
         return;
-    if (output)
+    if ((events & EPOLLRDHUP) != 0)
+        connection->SeeEnd();
+    if ((events & EPOLLOUT) != 0)
     {
         connection->SendWaiting();
         FollowAcknowledgement(*connection);

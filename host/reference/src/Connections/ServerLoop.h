@@ -50,7 +50,7 @@ private:
     int Turn(int timeoutMilliseconds);
     void CloseIfAsked();
     int WaitForEvents(int timeoutMilliseconds);
-    void NoteReady(std::uint64_t number, bool output);
+    void NoteReady(std::uint64_t number, std::uint32_t events);
     int ServeTurn();
     int ServeConnection(std::uint64_t number);
     void Requeue(ServerConnection& connection);

@@ -106,6 +106,30 @@ TEST_F(DeliveryAccount, ASessionIsStoredTogetherWithWhatItReported)
     EXPECT_EQ(contents.sessions[0].left, SStoredSession::kConnected);
 }
 
+TEST_F(DeliveryAccount, SettlesForThoseThatHaveEndedTheirSendingWithSomethingLeft)
+{
+    int settled = 0;
+    m_handler->PeerIntroduced(kPeer);
+    Report(kPeer, true, 1);
+    m_handler->PeerFinished(kPeer); // nobody to do it
+    m_handler->Settling(
+        [&]
+        {
+            ++settled;
+            Store();
+        });
+    m_handler->PeerFinished(kPeer);
+    EXPECT_EQ(settled, 1);
+    m_handler->PeerFinished(kPeer);
+    EXPECT_EQ(settled, 1) << "all is stored";
+    Report(kPeer, false, 2);
+    m_handler->PeerDisconnected(kPeer);
+    const MPIPeerC again{8, "127.0.0.1:40313", kPeer.session};
+    m_handler->PeerIntroduced(again);
+    m_handler->PeerFinished(again);
+    EXPECT_EQ(settled, 2) << "it waits for its welcome";
+}
+
 TEST_F(DeliveryAccount, RemembersWhichSessionsHaveBeenAwayTheLongest)
 {
     const MPIPeerC early{8, "127.0.0.1:40313", "fedcba9876543210fedcba9876543210"};

@@ -93,6 +93,43 @@ TEST(Sessions, OfAFormerOwnerStandAsTheyDidAndGoInTheirOrder)
     EXPECT_EQ(old.stored, 7u);
 }
 
+TEST(Sessions, AreStoredAlsoWithoutAConnection)
+{
+    CSessions sessions;
+    CSessions::SSession& session = sessions.Open("a");
+    CSessions::Take(session, 4);
+    sessions.AwaitStore(session);
+    sessions.AwaitStore(session);
+    CSessions::Take(sessions.Open("b"), 2);
+    sessions.Close("a");
+    EXPECT_EQ(sessions.Open("a").stored, 0u);
+    sessions.Stored();
+    EXPECT_EQ(sessions.Open("a").stored, 4u);
+    EXPECT_EQ(sessions.Open("b").stored, 0u) << "not awaited";
+    CSessions::Take(session, 5);
+    sessions.AwaitStore(session);
+    sessions.Stored();
+    EXPECT_EQ(session.stored, 5u);
+}
+
+TEST(Sessions, ThatAreForgottenBeforeTheyAreStoredAreGone)
+{
+    CSessions sessions;
+    for (const char* const name : {"a", "b"})
+    {
+        CSessions::SSession& session = sessions.Open(name);
+        CSessions::Take(session, 4);
+        sessions.AwaitStore(session);
+    }
+    sessions.Close("a");
+    for (std::size_t number = 1; number < CSessions::kLimit; ++number)
+        sessions.Open(Name(number));
+    EXPECT_EQ(sessions.TakeForgotten(), std::vector<std::string>{"a"});
+    sessions.Stored();
+    EXPECT_EQ(sessions.Open("a").stored, 0u);
+    EXPECT_EQ(sessions.Open("b").stored, 4u);
+}
+
 TEST(Sessions, ComeAndGoWithoutEnd)
 {
     std::minstd_rand random(1);
