@@ -33,7 +33,10 @@ SStoreContents CStateKeeper::Open(const std::string& boot, const std::string& co
     m_configuration = configuration;
     SStoreContents contents;
     if (Off())
+    {
+        LogInfo("the state store is switched off: what is applied counts as stored, and is acknowledged");
         return contents;
+    }
     TryToOpen(esoPatiently, contents, Clock::now());
     TellDropped(contents);
     Learn(contents);
@@ -324,7 +327,8 @@ void CStateKeeper::Fail(const CSqliteFailure& failure, Clock::time_point now)
         m_note.FallBehind();
     if (!m_failureTold)
         LogError("the state store " + m_settings.path + " cannot be used: " + failure.what() +
-                 "; reports go on being applied and shown, but a restart would forget them");
+                 "; reports go on being applied and shown, and acknowledged when they are, but a restart "
+                 "would forget them");
     m_failureTold = true;
 }
 

@@ -165,7 +165,9 @@ TEST_F(RecoveringKeeper, AStoreThatWasInUseAtTheBeginningIsOverwrittenLater)
             SStoreContents contents;
             EXPECT_EQ(WarnedBy([&] { contents = keeper.Open("boot", "c"); }),
                       "faultkeeperd: error: the state store " + Settings().path +
-                          " cannot be used: database is locked; reports go on being applied and shown, but "
+                          " cannot be used: database is locked; reports go on being applied and shown, and "
+                          "acknowledged "
+                          "when they are, but "
                           "a restart would forget them\n");
             EXPECT_EQ(Shown(contents), "");
         }

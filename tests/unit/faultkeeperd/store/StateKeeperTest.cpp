@@ -88,10 +88,11 @@ TEST_F(StateKeeper, AFailingDiskIsToldOnceAndStandsInNobodysWay)
                 EXPECT_TRUE(keeper.Commit(Later()));
             }
         });
-    EXPECT_EQ(told,
-              "faultkeeperd: error: the state store " + Settings().path +
-                  " cannot be used: database or disk is full; reports go on being applied and shown, but a "
-                  "restart would forget them\n");
+    EXPECT_EQ(told, "faultkeeperd: error: the state store " + Settings().path +
+                        " cannot be used: database or disk is full; reports go on being applied and shown, "
+                        "and acknowledged when "
+                        "they are, but a "
+                        "restart would forget them\n");
     EXPECT_FALSE(keeper.Storing());
     EXPECT_EQ(keeper.Statistics().failures, 3u);
     EXPECT_EQ(keeper.Statistics().commits, 0u);
