@@ -1,6 +1,7 @@
 #include "faultkeeperctl/Display.h"
 
 #include "common/ConfigurationFingerprint.h"
+#include "common/owner/OwnerClaim.h"
 #include "common/text/ErrorNames.h"
 #include "faultkeeperctl/owner/OwnerStatistics.h"
 #include "faultkeeperctl/text/Progress.h"
@@ -109,6 +110,8 @@ void CDisplay::RequirePicture()
 void CDisplay::WarnOfOtherConfiguration() const
 {
     SOwnerStatistics statistics;
+    if (!OwnerClaimMade()) // nobody there would understand the question
+        return;
     if (AskOwner(kAnswerPatience, statistics) != eoaAnswered || !OwnsWorkingDirectory(statistics) ||
         statistics.Text("configuration") == ConfigurationFingerprint(*m_database))
         return;

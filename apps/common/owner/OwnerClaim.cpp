@@ -144,4 +144,9 @@ bool OwnerClaimLeft(int semaphore)
     return left;
 }
 
+bool OwnerClaimMade()
+{
+    return access(kFile, F_OK) == 0;
+}
+
 } // namespace Faultkeeper::Apps

@@ -49,6 +49,9 @@ private:
 /// @param semaphore  lock of the working directory
 bool OwnerClaimLeft(int semaphore);
 
+/// Has the working directory the file of a claim? One that only other owners have used has none.
+bool OwnerClaimMade();
+
 } // namespace Faultkeeper::Apps
 
 #endif

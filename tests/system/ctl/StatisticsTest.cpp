@@ -94,6 +94,15 @@ TEST_F(Statistics, LetDisplaysWarnOfAnotherConfiguration)
                                    other.Prefix() + "; what is shown may be wrong\n");
 }
 
+TEST_F(Statistics, AreNotAskedForWhereNoOwnerHasMadeAClaim)
+{
+    const CFreshDirectory other;
+    CConfigurationBuilder().Leaf(kSound).WriteTo(other.Prefix());
+    std::filesystem::remove(m_directory.File("faultkeeper.owner"));
+    EXPECT_EQ(Bare({"--config", other.Path(), "--run-dir", m_directory.Path(), "list"}).errors, "")
+        << "an owner of another make need not understand the question";
+}
+
 TEST_F(Statistics, TellWhenAnOwnerThatIsGoneWasSeenLast)
 {
     EXPECT_EQ(Ctl({"raise", kSound}).status, 0);

@@ -37,11 +37,13 @@ class OwnerClaimOfATable : public SharedTableTest
 TEST_F(OwnerClaim, IsHadByOneAtATime)
 {
     COwnerClaim second;
+    EXPECT_FALSE(Faultkeeper::Apps::OwnerClaimMade());
     {
         COwnerClaim first;
         EXPECT_TRUE(first.Take());
         EXPECT_FALSE(second.Take());
     }
+    EXPECT_TRUE(Faultkeeper::Apps::OwnerClaimMade()) << "it shows that there was one";
     COwnerClaim third;
     EXPECT_TRUE(third.Take());
 }
