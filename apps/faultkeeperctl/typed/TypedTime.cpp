@@ -262,16 +262,20 @@ bool ParseTime(const std::string& typed, std::int64_t now, STypedTime& time, std
     return true;
 }
 
-STypedTime PastTime(const std::string& typed, std::int64_t now)
+STypedTime TimeTyped(const std::string& typed, std::int64_t now)
 {
     STypedTime time;
     std::string problem;
     if (!ParseTime(typed, now, time, problem))
         throw CFailure(epsUsage, problem);
-    if (time.first > now)
+    return time;
+}
+
+void RequirePast(const STypedTime& time, std::int64_t latest)
+{
+    if (time.first > latest)
         throw CFailure(epsUsage, ExactTimeText(Core::Time::FromNanoseconds(time.first), kMillisecondDigits) +
                                      " has not come yet");
-    return time;
 }
 
 } // namespace Faultkeeper::Apps

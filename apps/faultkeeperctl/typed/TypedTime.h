@@ -22,9 +22,12 @@ struct STypedTime
 /// @param problem  replaced if the result is false
 bool ParseTime(const std::string& typed, std::int64_t now, STypedTime& time, std::string& problem);
 
-/// The same for a time that must have come.
-/// @throws CFailure (epsUsage) if it cannot be read or has not come yet
-STypedTime PastTime(const std::string& typed, std::int64_t now);
+/// The same.
+/// @throws CFailure (epsUsage) if it cannot be read
+STypedTime TimeTyped(const std::string& typed, std::int64_t now);
+
+/// @throws CFailure (epsUsage) if the time is later than the latest one that has come
+void RequirePast(const STypedTime& time, std::int64_t latest);
 
 } // namespace Faultkeeper::Apps
 

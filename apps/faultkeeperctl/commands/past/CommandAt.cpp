@@ -110,7 +110,9 @@ Json StateDocument(std::int64_t time, const SPastState& state, const std::vector
 EProgramStatus At(const SSettings& settings, const SAtArguments& arguments)
 {
     const std::int64_t now = Core::Time::Now().Nanoseconds();
-    const std::int64_t moment = std::min(PastTime(arguments.time, now).last, now);
+    const STypedTime time = TimeTyped(arguments.time, now);
+    RequirePast(time, now);
+    const std::int64_t moment = std::min(time.last, now);
     const SPast past = ReadPast(StorePath(settings, arguments.store));
     const std::unique_ptr<CErrorDatabase> database = LoadConfiguration(settings);
     SPastState state;

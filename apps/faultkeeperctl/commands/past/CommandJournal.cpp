@@ -38,9 +38,19 @@ struct SExcerpt
     bool complete = true;
 };
 
-STypedTime ParsedSince(const std::string& since)
+constexpr std::int64_t kPrinted = 1000000; // nanoseconds that a time as printed here lasts
+
+STypedTime ParsedSince(const std::string& since, std::int64_t now)
 {
-    return since.empty() ? STypedTime() : PastTime(since, Core::Time::Now().Nanoseconds());
+    return since.empty() ? STypedTime() : TimeTyped(since, now);
+}
+
+/// The latest time that has come: a clock that is set back afterwards does not take it back.
+std::int64_t Latest(const SPast& past, std::int64_t now)
+{
+    for (const STransition& transition : past.journal)
+        now = std::max(now, transition.time.Nanoseconds());
+    return now;
 }
 
 // From the first one of that time or later: a clock that is set back afterwards hides nothing.
@@ -53,7 +63,7 @@ SExcerpt Excerpt(const SPast& past, const STypedTime& time)
     excerpt.transitions.assign(first, past.journal.end());
     const bool fromBeginning = first == past.journal.begin();
     excerpt.complete = past.journal.empty() || !fromBeginning || first->number == 1 ||
-                       first->time.Nanoseconds() <= time.last;
+                       first->time.Nanoseconds() < time.first + kPrinted;
     return excerpt;
 }
 
@@ -121,9 +131,11 @@ Json JournalDocument(const std::string& store, const SExcerpt& excerpt)
 
 EProgramStatus Journal(const SSettings& settings, const SJournalArguments& arguments)
 {
-    const STypedTime since = ParsedSince(arguments.since);
+    const std::int64_t now = Core::Time::Now().Nanoseconds();
+    const STypedTime since = ParsedSince(arguments.since, now);
     const std::string store = StorePath(settings, arguments.store);
     const SPast past = ReadPast(store);
+    RequirePast(since, Latest(past, now));
     SExcerpt excerpt = Excerpt(past, since);
     if (arguments.follow && arguments.since.empty())
         excerpt = SExcerpt(); // what comes from now on

@@ -131,6 +131,22 @@ TEST_F(Past, TheJournalSaysWhereItBegins)
               "faultkeeperctl: the journal begins at 2026-03-01T17:05:19.000+00:00; what was before "
               "is forgotten\n");
     EXPECT_EQ(Ctl({"journal", "--since", "2026-03-01T17:05:19.001Z"}).errors, "");
+    EXPECT_EQ(Ctl({"journal", "--since", "2026-03-01T17:05:19.000Z"}).errors, "") << "as it is printed";
+    for (const char* const within : {"2026-03-01T17:05:18.999Z", "2026-03-01", "2026-03", "2026-03-01T17"})
+        EXPECT_EQ(Ctl({"journal", "--since", within}).errors, finished.errors)
+            << within << " begins before the journal does";
+}
+
+TEST_F(Past, TheJournalListsWhatAClockHasSeenThatWasSetBackSince)
+{
+    Add(0, kLinkId, true);
+    Add(0, kSoundId, true);
+    m_batch.transitions.back().time = Core::Time(8835955200); // 2250-01-01T00:00:00Z
+    Write();
+    EXPECT_EQ(Ctl({"journal", "--since", "2250-01-01T00:00:00.000+00:00"}).output,
+              "2250-01-01T00:00:00.000+00:00 + Audio:None:Cannot Open:11, reported\n");
+    EXPECT_EQ(Ctl({"journal", "--since", "2250-01-01T00:00:01.000+00:00"}).errors,
+              "faultkeeperctl: 2250-01-01T00:00:01.000+00:00 has not come yet\n");
 }
 
 TEST_F(Past, TheJournalTellsThatTheMachineWasStartedAgain)
