@@ -146,7 +146,7 @@ bool Send(const SRequest& request, const ErrorId& id)
     if (result == 1 && (api.GivenUpCount() > 0 || (!welcomed && api.BytesWaiting() == 0 && api.Lost())))
         throw CFailure(epsNoOwner, kNotSure);
     if (welcomed)
-        throw CFailure(epsNoOwner, "no owner: the report was sent, but not acknowledged within " +
+        throw CFailure(epsNoOwner, "the owner has not acknowledged the report within " +
                                        std::to_string(request.timeoutSeconds) +
                                        " s; it may still be applied");
     if (result != 1 || !Delivered(api))
@@ -154,11 +154,16 @@ bool Send(const SRequest& request, const ErrorId& id)
     return false;
 }
 
-// An owner acknowledges what it has done with, and that includes what it does not know.
+// An owner acknowledges what it has done with, and that includes what it does not know. While it still counts
+// the connection that has brought the report, it may have no room for another one.
 void CheckKnown(const ErrorId& id)
 {
     SOwnerStatistics statistics;
-    AskOwner(kPatience, statistics, &id);
+    const Clock::time_point end = Clock::now() + kPatience;
+    while (AskOwner(std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()), statistics, &id) !=
+               eoaAnswered &&
+           Clock::now() < end)
+        poll(nullptr, 0, kTurnMilliseconds);
     if (statistics.known.value_or(true))
         return;
     throw CFailure(epsNo, "refused: the owner knows no error " + ErrorName(id.first, id.second) + " (" +

@@ -132,9 +132,9 @@ TEST_F(Report, AnOwnerThatAcknowledgesButNotInTimeIsAsGoodAsNone)
     thread.join();
     EXPECT_EQ(finished.status, 3);
     EXPECT_EQ(finished.output, "");
-    EXPECT_EQ(finished.errors,
-              "faultkeeperctl: no owner: the report was sent, but not acknowledged within 1 s; "
-              "it may still be applied\n");
+    EXPECT_EQ(
+        finished.errors,
+        "faultkeeperctl: the owner has not acknowledged the report within 1 s; it may still be applied\n");
 }
 
 TEST_F(Report, WhetherAnOwnerThatIsGoneHadAppliedItIsNotSure)
