@@ -9,6 +9,7 @@
 #include "faultkeeperctl/text/Colour.h"
 #include "faultkeeperctl/text/TextWidth.h"
 #include "faultkeeperctl/text/TreeText.h"
+#include "faultkeeperctl/typed/FileText.h"
 
 #include <cstdio>
 #include <iostream>
@@ -35,7 +36,7 @@ std::vector<SErrorTree> TranslatedTrees(const CDisplay& display, const std::vect
     {
         if (told.insert(key).second)
             std::fprintf(stderr, "faultkeeperctl: %s has no text for %s; the original is shown\n",
-                         WithoutControls(path).c_str(), key.c_str());
+                         WithoutControls(FileName(path)).c_str(), key.c_str());
     }
     return trees;
 }
@@ -72,7 +73,7 @@ void AddList(CCommandLine& commandLine)
         "Example: faultkeeperctl --config /etc/faultkeeper list\n"
         "Example: faultkeeperctl list --strings german.txt",
         [strings](const SSettings& settings) { return List(settings, *strings); });
-    command.File("--strings", *strings, "texts to show, a translation of what \"strings\" writes");
+    command.File("--strings", *strings, "texts to show, a translation of what \"strings\" writes; \"-\" for standard input");
 }
 
 } // namespace Faultkeeper::Apps

@@ -21,10 +21,12 @@ constexpr std::size_t kDataLetters = kPhoneGroupLetters - 1;
 constexpr std::size_t kPlaceMark = 7;
 constexpr char kFilling = 'Z';
 
-// What texts from elsewhere have in the place of blanks and dashes: a blank that does not break, U+2010 to
-// U+2014.
-constexpr std::string_view kOtherGaps[] = {"\xC2\xA0",     "\xE2\x80\x90", "\xE2\x80\x91",
-                                           "\xE2\x80\x92", "\xE2\x80\x93", "\xE2\x80\x94"};
+// What texts from elsewhere have in the place of blanks and dashes.
+constexpr std::string_view kOtherGaps[] = {
+    "\xC2\xA0",     "\xE2\x80\x87", "\xE2\x80\x89", "\xE2\x80\xAF", // blanks that do not break, or are narrow
+    "\xE2\x80\x90", "\xE2\x80\x91", "\xE2\x80\x92", "\xE2\x80\x93", // U+2010 to U+2015
+    "\xE2\x80\x94", "\xE2\x80\x95", "\xE2\x88\x92", "\xEF\xBC\x8D", // minus, hyphen of full width
+    "\xC2\xAD"};                                                    // a hyphen for line ends
 
 std::string WithUsualGaps(std::string typed)
 {

@@ -11,6 +11,7 @@ namespace Faultkeeper::Apps
 namespace
 {
 constexpr std::ptrdiff_t kColons = 3;
+constexpr const char* kBlanks = " \t\n";
 
 bool IsKeyLine(const std::string& line)
 {
@@ -21,7 +22,7 @@ bool IsKeyLine(const std::string& line)
 // Blank lines between the records are for people.
 std::string WithoutBlankEnd(const std::string& text)
 {
-    const std::size_t last = text.find_last_not_of(" \t\n");
+    const std::size_t last = text.find_last_not_of(kBlanks);
     return last == std::string::npos ? text.substr(0, text.find('\n'))
                                      : text.substr(0, text.find('\n', last));
 }
@@ -39,7 +40,7 @@ public:
         }
         else if (!m_records.empty())
             m_records.back().text += (m_textLines++ == 0 ? "" : "\n") + line;
-        else if (!line.empty())
+        else if (line.find_first_not_of(kBlanks) != std::string::npos)
             AddStray(line);
     }
 

@@ -287,7 +287,8 @@ TEST(PhoneKeyTest, TakesTheBlanksAndDashesOfOtherTextsForGaps)
     const std::string phone = PhoneKey("0140F");
     ASSERT_EQ(phone.size(), 11U);
     for (const char* const gap : {"\xC2\xA0", "\xE2\x80\x90", "\xE2\x80\x91", "\xE2\x80\x92", "\xE2\x80\x93",
-                                  "\xE2\x80\x94", " \xE2\x80\x93\xC2\xA0"})
+                                  "\xE2\x80\x94", " \xE2\x80\x93\xC2\xA0", "\xE2\x80\x87", "\xE2\x80\x89",
+                                  "\xE2\x80\xAF", "\xE2\x80\x95", "\xE2\x88\x92", "\xEF\xBC\x8D", "\xC2\xAD"})
     {
         const std::string typed = phone.substr(0, 5) + gap + phone.substr(6);
         EXPECT_EQ(ReadPhoneKey(typed).key, "0140F") << typed;

@@ -115,6 +115,7 @@ TEST(TranslationTest, ATextThatIsLeftOverIsTold)
               "de.txt:11:1: error: left over: GPS:GPS:No Data:3.problem\n"
               "de.txt:13:1: error: left over: GPS:GPS:No Data:2.solved\n"
               "2 texts, 2 left over\n");
+    EXPECT_EQ(Checked(" \t\n\n" + TextFileContent(WithOriginals(Originals()))), "2 texts\n");
     EXPECT_EQ(Checked("deutsch\n" + TextFileContent(WithOriginals(Originals()))),
               "de.txt:1:1: error: text in front of the first key\n2 texts, 1 left over\n");
 }
