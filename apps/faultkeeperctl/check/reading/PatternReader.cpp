@@ -2,10 +2,7 @@
 
 #include "faultkeeperctl/check/reading/ReferenceReader.h"
 
-#include "common/text/TypedText.h"
-
 #include <Core/IO/XMLDocument.h>
-#include <Core/IO/XMLNode.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -70,17 +67,6 @@ void ReadTop(const CElement& top, SConfigurationModel& model, CFindings& finding
         findings.Warning(top.Place(), "there is no \"Patterns\" here: no tree gets a friendly code");
 }
 
-void ReadFile(const std::string& path, const Core::IO::XMLNode& node, SConfigurationModel& model,
-              CFindings& findings)
-{
-    const CElement top(PatternsForm(), path, node);
-    if (node.Name() != kErrorPatterns)
-        findings.Warning(top.Place(), "the top element is called " + QuotedTyped(node.Name()) +
-                                          ": programs take that, but editors and schemas expect \"" +
-                                          kErrorPatterns + "\"");
-    ReadTop(top, model, findings);
-}
-
 bool IsAbsent(const std::string& path)
 {
     std::error_code ignored;
@@ -99,7 +85,7 @@ void ReadPatterns(const std::string& prefix, SConfigurationModel& model, CFindin
         return; // there is no configuration here at all
     findings.Examine(path);
     if (read)
-        ReadFile(path, document.RootNode().Children().front(), model, findings);
+        ReadTop(CElement(PatternsForm(), path, document.RootNode().Children().front()), model, findings);
     else if (absent)
         findings.Warning({path}, failure.reason + ": no tree gets a friendly code");
     else

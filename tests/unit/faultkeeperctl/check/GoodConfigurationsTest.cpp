@@ -171,9 +171,12 @@ TEST(GoodConfigurationTest, NothingIsToldOfAPatternForAllThatIsLeft)
               kNothingInFour);
 }
 
-TEST(GoodConfigurationTest, TheErrorsOfPatternsMayBeCalledOtherwise)
+TEST(GoodConfigurationTest, ThePatternsAndTheirErrorsMayBeCalledOtherwise)
 {
-    EXPECT_EQ(CheckedEdited({{CheckCases::kPatterns, "<error id", "<fault id"}}), kNothingInFour);
+    EXPECT_EQ(CheckedEdited({{CheckCases::kPatterns, "<ErrorPatterns>", "<Codes>"},
+                             {CheckCases::kPatterns, "</ErrorPatterns>", "</Codes>"},
+                             {CheckCases::kPatterns, "<error id", "<fault id"}}),
+              kNothingInFour);
 }
 
 TEST(GoodConfigurationTest, NothingIsToldOfAFileThatServesTwoModules)

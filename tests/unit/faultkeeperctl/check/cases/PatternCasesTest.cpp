@@ -7,12 +7,6 @@ using namespace CheckCases;
 
 // Friendly codes.
 const SCheckCase kPatternCases[] = {
-    {"AnotherNameOfTheTopElement",
-     {{kPatterns, "<ErrorPatterns>", "<Codes>"}, {kPatterns, "</ErrorPatterns>", "</Codes>"}},
-     "ErrorPatterns.xml:1:1: warning: the top element is called \"Codes\": programs take that, but editors "
-     "and "
-     "schemas expect \"ErrorPatterns\"\n"
-     "0 errors, 1 warning in 4 files\n"},
     {"APatternWithoutCode",
      {{kPatterns, " fixedCode=\"P-2\"", ""}},
      "ErrorPatterns.xml:7:5: warning: this \"pattern\" has no \"fixedCode\" and is not read\n"
