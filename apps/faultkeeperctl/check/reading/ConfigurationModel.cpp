@@ -21,6 +21,11 @@ std::vector<std::size_t> STriggerSetModel::Linked() const
     return linked;
 }
 
+bool SDefinition::HasTitle() const
+{
+    return texts.count("title") != 0;
+}
+
 std::vector<ErrorId> SPatternModel::SortedIds() const
 {
     std::vector<ErrorId> sorted;

@@ -65,6 +65,9 @@ struct SDefinition
     std::vector<STriggerSetModel> sets;
 
     std::string Name() const { return ErrorName(id.first, id.second); }
+    bool HasTitle() const;
+    /// Does it have a title, or only lack one for a slip that was told?
+    bool MayHaveTitle() const { return HasTitle() || !textsWhole; }
 };
 
 /// One "pattern" element.

@@ -1,5 +1,7 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
+#include "faultkeeperctl/check/rules/TreeContents.h"
+
 #include <Faultkeeper/Identifiers.h>
 #include <Faultkeeper/StatusTable.h>
 
@@ -11,46 +13,6 @@ namespace
 bool SamePlace(const SPlace& left, const SPlace& right)
 {
     return left.file == right.file && left.line == right.line && left.column == right.column;
-}
-
-bool ShowsTriggers(const SConfigurationModel& model, std::size_t parent, std::size_t error)
-{
-    for (const STriggerSetModel& set : model.errors[parent].sets)
-    {
-        for (const std::size_t trigger : set.Linked())
-        {
-            if (trigger == error && set.linking != eelmShallow)
-                return true;
-        }
-    }
-    return false;
-}
-
-/// For each error, whether what its triggers say can be read anywhere: in its own tree, or in one above it.
-std::vector<char> FindShown(const CHierarchy& hierarchy)
-{
-    const SConfigurationModel& model = hierarchy.Model();
-    std::vector<char> shown(model.errors.size(), 0);
-    std::vector<std::size_t> next;
-    for (std::size_t error = 0; error < shown.size(); ++error)
-    {
-        if (model.errors[error].visible)
-            next.push_back(error);
-    }
-    while (!next.empty())
-    {
-        const std::size_t error = next.back();
-        next.pop_back();
-        if (shown[error] != 0)
-            continue;
-        shown[error] = 1;
-        for (const std::size_t trigger : hierarchy.Triggers(error))
-        {
-            if (shown[trigger] == 0 && ShowsTriggers(model, error, trigger))
-                next.push_back(trigger);
-        }
-    }
-    return shown;
 }
 } // namespace
 
@@ -76,11 +38,11 @@ void CheckDisplay(const CHierarchy& hierarchy, CFindings& findings)
     const std::vector<char> shown = FindShown(hierarchy);
     for (std::size_t error = 0; error < shown.size(); ++error)
     {
-        for (const STriggerSetModel& set : hierarchy.Model().errors[error].sets)
+        for (const CHierarchy::SSet& set : hierarchy.Sets(error))
         {
-            if (shown[error] == 0 && !set.autoTrigger && !set.Linked().empty())
+            if (shown[error] == 0 && !set.model->autoTrigger && !set.triggers.empty())
                 findings.Warning(
-                    set.place,
+                    set.model->place,
                     "this set is never shown, and while its error is active it hides its triggers: "
                     "it is not automatic, and its error is neither visible nor shown in the tree "
                     "of one that is");

@@ -18,13 +18,15 @@ enum ESearchState : char
 } // namespace
 
 CHierarchy::CHierarchy(const SConfigurationModel& model)
-    : m_model(model), m_triggers(model.errors.size()), m_parents(model.errors.size())
+    : m_model(model), m_sets(model.errors.size()), m_triggers(model.errors.size()),
+      m_parents(model.errors.size())
 {
     for (std::size_t error = 0; error < model.errors.size(); ++error)
     {
         for (const STriggerSetModel& set : model.errors[error].sets)
         {
-            for (const std::size_t trigger : set.Linked())
+            m_sets[error].push_back({&set, set.Linked()});
+            for (const std::size_t trigger : m_sets[error].back().triggers)
             {
                 m_triggers[error].push_back(trigger);
                 m_parents[trigger].push_back(error);

@@ -16,10 +16,19 @@ class CHierarchy
 public:
     typedef std::vector<std::size_t> Errors;
 
+    /// A trigger set with the errors that it links, in order; one named twice stands twice.
+    struct SSet
+    {
+        const STriggerSetModel* model;
+        Errors triggers;
+    };
+
     /// @param model  borrowed
     explicit CHierarchy(const SConfigurationModel& model);
 
     const SConfigurationModel& Model() const { return m_model; }
+
+    const std::vector<SSet>& Sets(std::size_t error) const { return m_sets[error]; }
 
     /// The triggers of all sets of an error, as often as they stand there.
     const Errors& Triggers(std::size_t error) const { return m_triggers[error]; }
@@ -47,6 +56,7 @@ private:
     Errors ShortestWay(std::size_t first, std::size_t last) const;
 
     const SConfigurationModel& m_model;
+    std::vector<std::vector<SSet>> m_sets;
     std::vector<Errors> m_triggers;
     std::vector<Errors> m_parents;
     Errors m_fromLeaves;

@@ -1,5 +1,7 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
+#include "faultkeeperctl/check/rules/TreeContents.h"
+
 #include "common/text/TypedText.h"
 #include "faultkeeperctl/text/TextWidth.h"
 
@@ -12,8 +14,6 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-constexpr const char* kTitle = "title";
-
 /// What a screen shows as it stands, although the author meant something else by it: tags, the beginnings of
 /// comments and of raw text, entities and escapes.
 std::string MarkupIn(const std::string& text)
@@ -60,7 +60,7 @@ void CheckText(const std::string& type, const STextModel& text, int lineWidth, C
 /// Notices of low severity do without a headline.
 bool LacksTitle(const SDefinition& error)
 {
-    return error.severity > eesLow && error.texts.count(kTitle) == 0;
+    return error.severity > eesLow && !error.HasTitle();
 }
 
 /// Does the error on its own raise this parent, so that it never heads a tree unless the parent is cleared?
@@ -89,14 +89,22 @@ void CheckTitle(const CHierarchy& hierarchy, std::size_t error, CFindings& findi
                              (parents.empty() ? "" : ", which it needs where no parent is active"));
 }
 
-void CheckTitlesOfTriggers(const SConfigurationModel& model, const STriggerSetModel& set, CFindings& findings)
+/// A set that takes several triggers has no title of theirs while it raises its error: two clear it.
+bool TakesTitleOfOne(const STriggerSetModel& set)
+{
+    return set.title == eetsTrigger && (!set.autoTrigger || set.needed <= 1);
+}
+
+/// A title from further below takes the place of the one that is missing.
+void CheckTitlesOfTriggers(const SConfigurationModel& model, const STriggerSetModel& set,
+                           const std::vector<char>& titlesBelow, CFindings& findings)
 {
     for (const SReference& trigger : set.triggers)
     {
-        if (set.title != eetsTrigger || trigger.target == kNoError)
+        if (trigger.target == kNoError || (set.linking != eelmShallow && titlesBelow[trigger.target] != 0))
             continue;
         const SDefinition& definition = model.errors[trigger.target];
-        if (LacksTitle(definition) && definition.textsWhole)
+        if (LacksTitle(definition) && !definition.MayHaveTitle())
             findings.Warning(trigger.place, QuotedTyped(trigger.text) +
                                                 " has no text \"title\", which this set's trees are to be "
                                                 "headed with: they are headed with the error's own");
@@ -107,13 +115,18 @@ void CheckTitlesOfTriggers(const SConfigurationModel& model, const STriggerSetMo
 void CheckTexts(const CHierarchy& hierarchy, int lineWidth, CFindings& findings)
 {
     const SConfigurationModel& model = hierarchy.Model();
+    const std::vector<char> shown = FindShown(hierarchy);
+    const std::vector<char> titlesBelow = FindTitlesBelow(hierarchy);
     for (std::size_t error = 0; error < model.errors.size(); ++error)
     {
         for (const auto& text : model.errors[error].texts)
             CheckText(text.first, text.second, lineWidth, findings);
         CheckTitle(hierarchy, error, findings);
         for (const STriggerSetModel& set : model.errors[error].sets)
-            CheckTitlesOfTriggers(model, set, findings);
+        {
+            if (shown[error] != 0 && TakesTitleOfOne(set))
+                CheckTitlesOfTriggers(model, set, titlesBelow, findings);
+        }
     }
 }
 

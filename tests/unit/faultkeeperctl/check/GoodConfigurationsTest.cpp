@@ -149,6 +149,81 @@ TEST(GoodConfigurationTest, AnErrorThatRaisesItsParentNeedsNoTitle)
         kNothingInFour);
 }
 
+/// An error without a title that is raised by others and stands below another.
+STestError Untitled(const std::string& titleSource, const std::vector<std::string>& triggers)
+{
+    STestTriggerSet set;
+    set.titleSource = titleSource;
+    set.triggers = triggers;
+    STestError untitled;
+    untitled.name = "CAN:Bus:Communications:11";
+    untitled.title = "-";
+    untitled.flags = "";
+    untitled.sets = {set};
+    return untitled;
+}
+
+/// A visible error with one set that takes the title of its triggers.
+STestError TitledByTriggers(const std::vector<std::string>& triggers, int needed = 1,
+                            const std::string& linking = "")
+{
+    STestTriggerSet set;
+    set.titleSource = "trigger";
+    set.triggers = triggers;
+    set.triggersNeeded = needed;
+    set.errorLinking = linking;
+    STestError titled;
+    titled.name = "System:Operation:Attention Required:11";
+    titled.sets = {set};
+    return titled;
+}
+
+TEST(GoodConfigurationTest, ATitleFromFurtherBelowWillDo)
+{
+    EXPECT_EQ(Checked(CConfigurationBuilder()
+                          .Leaf("CAN:Bus:Power:4")
+                          .Add(Untitled("trigger", {"CAN:Bus:Power:4"}))
+                          .Add(TitledByTriggers({"CAN:Bus:Communications:11"}))),
+              "0 errors, 0 warnings in 4 files\n");
+}
+
+TEST(GoodConfigurationTest, ATitleFromThreeLevelsBelowWillDo)
+{
+    STestError middle = Untitled("", {"CAN:Bus:Communications:11"});
+    middle.name = "CAN:Bus:Data:11";
+    EXPECT_EQ(Checked(CConfigurationBuilder()
+                          .Leaf("CAN:Bus:Power:4")
+                          .Add(Untitled("trigger", {"CAN:Bus:Power:4"}))
+                          .Add(middle)
+                          .Add(TitledByTriggers({"CAN:Bus:Data:11"}))),
+              "0 errors, 0 warnings in 4 files\n");
+}
+
+TEST(GoodConfigurationTest, TriggersOfWhichSeveralAreNeededNeedNoTitles)
+{
+    STestError hidden;
+    hidden.title = "-";
+    hidden.flags = "";
+    hidden.name = "CAN:Bus:Power:4";
+    STestError other = hidden;
+    other.name = "CAN:Bus:Data:9";
+    EXPECT_EQ(Checked(CConfigurationBuilder().Add(hidden).Add(other).Add(
+                  TitledByTriggers({"CAN:Bus:Power:4", "CAN:Bus:Data:9"}, 2))),
+              "0 errors, 0 warnings in 4 files\n");
+}
+
+TEST(GoodConfigurationTest, ATitleThatNoTreeTakesMayBeMissing)
+{
+    STestError leaf = Untitled("", {});
+    leaf.name = "CAN:Bus:Power:4";
+    leaf.sets.clear();
+    STestError top = TitledByTriggers({"CAN:Bus:Communications:11"}, 1, "shallow");
+    top.sets.front().titleSource = "";
+    EXPECT_EQ(
+        Checked(CConfigurationBuilder().Add(leaf).Add(Untitled("trigger", {"CAN:Bus:Power:4"})).Add(top)),
+        "0 errors, 0 warnings in 4 files\n");
+}
+
 TEST(GoodConfigurationTest, NothingIsToldOfOptionsThatSayWhatIsUsual)
 {
     EXPECT_EQ(CheckedEdited({{CheckCases::kPositioning, "\"verbose\"", "\"deep\""},

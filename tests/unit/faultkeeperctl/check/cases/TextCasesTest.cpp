@@ -5,6 +5,19 @@ namespace
 
 using namespace CheckCases;
 
+// Takes its title from a notice, which has none.
+const char* const kTitledBelow = "        <TriggerSets>\n"
+                                 "          <TriggerSet>\n"
+                                 "            <Options>\n"
+                                 "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
+                                 "              <Option name=\"titleSource\" value=\"trigger\"/>\n"
+                                 "            </Options>\n"
+                                 "            <Triggers>\n"
+                                 "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n"
+                                 "            </Triggers>\n"
+                                 "          </TriggerSet>\n"
+                                 "        </TriggerSets>\n";
+
 // What drivers read.
 const SCheckCase kTextCases[] = {
     {"AVisibleErrorWithoutTitle",
@@ -16,6 +29,26 @@ const SCheckCase kTextCases[] = {
      "positioning.xml:20:24: warning: \"CAN:Bus:Power:4\" has no text \"title\", which this set's trees are "
      "to "
      "be headed with: they are headed with the error's own\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATriggerWithoutTitleBelowAShallowLink",
+     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+      {kPositioning, "\"verbose\"", "\"shallow\""},
+      {kPositioning, "        <Text type=\"shortProblem\" text=\"Silent\"/>\n",
+       "        <Text type=\"shortProblem\" text=\"Silent\"/>\n"
+       "        <Text type=\"title\" text=\"Receiver Silent\"/>\n"},
+      {kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
+       "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n" + std::string(kTitledBelow)},
+      {kPatterns, "allowPartialMatch=\"no\"", "allowPartialMatch=\"yes\""}},
+     "positioning.xml:20:24: warning: \"CAN:Bus:Power:4\" has no text \"title\", which this set's trees are "
+     "to be headed with: they are headed with the error's own\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATriggerWithoutTitleWhereTheOnesBelowHaveNone",
+     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+      {kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
+       "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n" + std::string(kTitledBelow)},
+      {kPatterns, "allowPartialMatch=\"no\"", "allowPartialMatch=\"yes\""}},
+     "positioning.xml:20:24: warning: \"CAN:Bus:Power:4\" has no text \"title\", which this set's trees are "
+     "to be headed with: they are headed with the error's own\n"
      "0 errors, 1 warning in 4 files\n"},
     {"AVisibleErrorWithoutTitleThatDoesNotRaiseItsParent",
      {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},

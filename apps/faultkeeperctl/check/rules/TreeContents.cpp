@@ -1,0 +1,71 @@
+#include "faultkeeperctl/check/rules/TreeContents.h"
+
+#include <algorithm>
+
+namespace Faultkeeper::Apps
+{
+
+namespace
+{
+void FollowDeepLinks(const CHierarchy& hierarchy, std::size_t error, CHierarchy::Errors& next)
+{
+    for (const CHierarchy::SSet& set : hierarchy.Sets(error))
+    {
+        if (set.model->linking != eelmShallow)
+            next.insert(next.end(), set.triggers.begin(), set.triggers.end());
+    }
+}
+
+/// @param titlesBelow  known of the set's triggers
+bool GivesTitle(const CHierarchy& hierarchy, const CHierarchy::SSet& set,
+                const std::vector<char>& titlesBelow)
+{
+    const bool fromTrigger = set.model->title == eetsTrigger;
+    const bool goesOn = set.model->linking != eelmShallow;
+    return !hierarchy.Model().IsCertain(*set.model) ||
+           std::any_of(set.triggers.begin(), set.triggers.end(),
+                       [&](std::size_t trigger)
+                       {
+                           return (fromTrigger && hierarchy.Model().errors[trigger].MayHaveTitle()) ||
+                                  (goesOn && titlesBelow[trigger] != 0);
+                       });
+}
+} // namespace
+
+std::vector<char> FindShown(const CHierarchy& hierarchy)
+{
+    const SConfigurationModel& model = hierarchy.Model();
+    std::vector<char> shown(model.errors.size(), 0);
+    CHierarchy::Errors next;
+    for (std::size_t error = 0; error < shown.size(); ++error)
+    {
+        if (model.errors[error].visible)
+            next.push_back(error);
+    }
+    while (!next.empty())
+    {
+        const std::size_t error = next.back();
+        next.pop_back();
+        if (shown[error] == 0)
+            FollowDeepLinks(hierarchy, error, next);
+        shown[error] = 1;
+    }
+    return shown;
+}
+
+std::vector<char> FindTitlesBelow(const CHierarchy& hierarchy)
+{
+    std::vector<char> titlesBelow(hierarchy.Model().errors.size(), 1); // in circles nobody can tell
+    for (const std::size_t error : hierarchy.FromLeaves())
+    {
+        const std::vector<CHierarchy::SSet>& sets = hierarchy.Sets(error);
+        titlesBelow[error] =
+            std::any_of(sets.begin(), sets.end(),
+                        [&](const CHierarchy::SSet& set) { return GivesTitle(hierarchy, set, titlesBelow); })
+                ? 1
+                : 0;
+    }
+    return titlesBelow;
+}
+
+} // namespace Faultkeeper::Apps

@@ -1,0 +1,19 @@
+#ifndef FAULTKEEPERCTL_CHECK_RULES_TREECONTENTS_H
+#define FAULTKEEPERCTL_CHECK_RULES_TREECONTENTS_H
+
+#include "faultkeeperctl/check/rules/Hierarchy.h"
+
+#include <vector>
+
+namespace Faultkeeper::Apps
+{
+
+/// For each error, whether what its triggers say can be read anywhere: in its own tree, or in one above it.
+std::vector<char> FindShown(const CHierarchy& hierarchy);
+
+/// For each error, whether what is below it may give a tree its title.
+std::vector<char> FindTitlesBelow(const CHierarchy& hierarchy);
+
+} // namespace Faultkeeper::Apps
+
+#endif
