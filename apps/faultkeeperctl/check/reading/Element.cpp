@@ -115,6 +115,11 @@ SPlace CElement::Place(const char* attribute) const
     return place;
 }
 
+bool CElement::IsEmpty() const
+{
+    return m_node->Children().empty();
+}
+
 std::string CElement::Lacks(const char* attribute) const
 {
     return "this " + Quoted(m_node->Name()) + " has no " + Quoted(attribute);

@@ -57,6 +57,9 @@ public:
     /// Of the attribute's name; of the element if the attribute is not there.
     SPlace Place(const char* attribute) const;
 
+    /// Does it hold no elements?
+    bool IsEmpty() const;
+
     /// "this "Error" has no "identifier"".
     std::string Lacks(const char* attribute) const;
 

@@ -129,9 +129,11 @@ void CModuleReader::RememberSets(const CElement& triggerSets, std::size_t before
 {
     if (m_pending.size() > before)
     {
+        const CElement& earlier = m_pending.back().second;
+        const bool emptied = triggerSets.IsEmpty() && !earlier.IsEmpty();
         m_findings.Warning(triggerSets.Place(), "a second \"TriggerSets\" in one error: the one in line " +
-                                                    std::to_string(m_pending.back().second.Place().line) +
-                                                    " is not read");
+                                                    std::to_string(earlier.Place().line) + " is not read" +
+                                                    (emptied ? ", and there is no \"TriggerSet\" here" : ""));
         m_pending.pop_back();
     }
     m_pending.emplace_back(m_model.errors.size(), triggerSets);

@@ -38,15 +38,7 @@ bool IsWholeNumber(const std::string& text)
 
 void CTriggerSetReader::Read(const CElement& triggerSets)
 {
-    int sets = 0;
-    const bool all = triggerSets.VisitChildren(m_findings,
-                                               [&](const CElement& child)
-                                               {
-                                                   ++sets;
-                                                   ReadSet(child);
-                                               });
-    if (all && sets == 0)
-        m_findings.Warning(triggerSets.Place(), "there is no \"TriggerSet\" in this \"TriggerSets\"");
+    triggerSets.VisitChildren(m_findings, [this](const CElement& child) { ReadSet(child); });
 }
 
 void CTriggerSetReader::ReadSet(const CElement& triggerSet)

@@ -224,6 +224,14 @@ TEST(GoodConfigurationTest, ATitleThatNoTreeTakesMayBeMissing)
         "0 errors, 0 warnings in 4 files\n");
 }
 
+TEST(GoodConfigurationTest, NothingIsToldOfTriggerSetsWithoutASet)
+{
+    for (const char* const empty : {"<TriggerSets/>", "<TriggerSets><!-- none yet --></TriggerSets>"})
+        EXPECT_EQ(CheckedEdited({{CheckCases::kCan, "      </Error>", std::string(empty) + "</Error>"}}),
+                  kNothingInFour)
+            << empty;
+}
+
 TEST(GoodConfigurationTest, NothingIsToldOfOptionsThatSayWhatIsUsual)
 {
     EXPECT_EQ(CheckedEdited({{CheckCases::kPositioning, "\"verbose\"", "\"deep\""},

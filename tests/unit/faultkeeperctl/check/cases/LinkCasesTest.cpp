@@ -92,12 +92,6 @@ const SCheckCase kLinkCases[] = {
      "positioning.xml:20:24: warning: no error \"CAN:Bus:Power:5\" is defined; did you mean "
      "\"CAN:Bus:Power:4\"?\n"
      "0 errors, 3 warnings in 4 files\n"},
-    {"NoSetAtAll",
-     {{kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
-       "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
-       "        <TriggerSets/>\n"}},
-     "can.xml:9:9: warning: there is no \"TriggerSet\" in this \"TriggerSets\"\n"
-     "0 errors, 1 warning in 4 files\n"},
     {"ASetTwice",
      {{kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
        "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
@@ -272,6 +266,14 @@ const SCheckCase kLinkCases[] = {
        "        <TriggerSets><TriggerSet/></TriggerSets>\n"
        "        <TriggerSets>"}},
      "positioning.xml:11:9: warning: a second \"TriggerSets\" in one error: the one in line 10 is not read\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ASecondTriggerSetsWithoutASet",
+     {{kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
+       "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
+       "        <TriggerSets><TriggerSet/></TriggerSets>\n"
+       "        <TriggerSets/>\n"}},
+     "can.xml:10:9: warning: a second \"TriggerSets\" in one error: the one in line 9 is not read, and there "
+     "is no \"TriggerSet\" here\n"
      "0 errors, 1 warning in 4 files\n"},
     {"AnOptionTwice",
      {{kPositioning, "<Option name=\"titleSource\" value=\"trigger\"/>",
