@@ -23,7 +23,7 @@ std::vector<std::size_t> STriggerSetModel::Linked() const
 
 bool SDefinition::HasTitle() const
 {
-    return texts.count("title") != 0;
+    return texts.count(kTitle) != 0;
 }
 
 std::vector<ErrorId> SPatternModel::SortedIds() const
@@ -56,10 +56,12 @@ bool SConfigurationModel::LeadsNowhere(const SReference& reference) const
 
 bool SConfigurationModel::IsCertain(const STriggerSetModel& set) const
 {
-    return set.whole &&
-           std::all_of(set.triggers.begin(), set.triggers.end(),
-                       [this](const SReference& trigger)
-                       { return trigger.toItself || trigger.target != kNoError || LeadsNowhere(trigger); });
+    return set.whole && std::all_of(set.triggers.begin(), set.triggers.end(),
+                                    [this](const SReference& trigger)
+                                    {
+                                        return trigger.toItself || trigger.target != kNoError ||
+                                               (LeadsNowhere(trigger) && trigger.meant == kNoError);
+                                    });
 }
 
 std::vector<std::string> SConfigurationModel::Names() const

@@ -16,6 +16,9 @@
 namespace Faultkeeper::Apps
 {
 
+/// The type of text that heads trees.
+constexpr const char* kTitle = "title";
+
 /// Where an error would stand that is not there.
 constexpr std::size_t kNoError = static_cast<std::size_t>(-1);
 
@@ -28,6 +31,8 @@ struct SReference
     bool doubtful = true;          ///< something is wrong with the text and has been told
     std::size_t target = kNoError; ///< the error of that identifier, unless it is the one that names it
     bool toItself = false;
+    int meantMode = -1;           ///< of a failure mode that is written as a name, the number
+    std::size_t meant = kNoError; ///< of one that leads nowhere, the error that was probably meant
 };
 
 struct STriggerSetModel
@@ -61,13 +66,13 @@ struct SDefinition
     bool visible = false;
     int severity = eesUnknown;
     std::map<std::string, STextModel> texts; ///< by type
-    bool textsWhole = true;                  ///< false if something that may have been one was told
+    bool titleWhole = true;                  ///< false if something that may have been the title was told
     std::vector<STriggerSetModel> sets;
 
     std::string Name() const { return ErrorName(id.first, id.second); }
     bool HasTitle() const;
     /// Does it have a title, or only lack one for a slip that was told?
-    bool MayHaveTitle() const { return HasTitle() || !textsWhole; }
+    bool MayHaveTitle() const { return HasTitle() || !titleWhole; }
 };
 
 /// One "pattern" element.
@@ -98,7 +103,7 @@ struct SConfigurationModel
     std::size_t Find(const ErrorId& id) const;
     /// May it be that the error is there, and only something that was told hides it?
     bool MayExist(const ErrorId& id) const;
-    /// Is it known which errors the set holds?
+    /// Is it known which errors the set holds, and is none of them missing for a slip that was told?
     bool IsCertain(const STriggerSetModel& set) const;
     /// Does the reference name an error that is certainly not there?
     bool LeadsNowhere(const SReference& reference) const;

@@ -1,5 +1,6 @@
 #include "faultkeeperctl/check/reading/ConfigurationReader.h"
 
+#include "faultkeeperctl/check/reading/MeantErrors.h"
 #include "faultkeeperctl/check/reading/TriggerSetReader.h"
 
 #include "common/text/TypedText.h"
@@ -18,6 +19,7 @@ CConfigurationReader::CConfigurationReader(const std::string& prefix, CFindings&
     ReadList();
     for (const auto& pending : m_modules.Pending())
         CTriggerSetReader(m_model, pending.first, m_findings).Read(pending.second);
+    FindMeantErrors(m_model);
 }
 
 CConfigurationReader::~CConfigurationReader() = default;

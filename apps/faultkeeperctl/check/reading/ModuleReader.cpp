@@ -121,7 +121,7 @@ void CModuleReader::ReadContent(const CElement& error, SDefinition& definition)
                                              else if (child.Is(kTriggerSets))
                                                  RememberSets(child, before);
                                          });
-    definition.textsWhole = definition.textsWhole && all;
+    definition.titleWhole = definition.titleWhole && all;
 }
 
 /// Of several, the last one counts.
@@ -150,9 +150,11 @@ void CModuleReader::ReadText(const CElement& text, SDefinition& definition)
     const std::vector<std::string> types = TextTypes();
     if (type.empty() || std::find(types.begin(), types.end(), type) == types.end())
     {
+        const SMessage unknown = UnknownName("type of text", type, types);
         if (!type.empty())
-            m_findings.Warning(text.Place(kType), UnknownName("type of text", type, types));
-        definition.textsWhole = false;
+            m_findings.Warning(text.Place(kType), unknown);
+        const bool another = !unknown.suggestion.empty() && unknown.suggestion != kTitle;
+        definition.titleWhole = definition.titleWhole && another;
         return;
     }
     const auto added = definition.texts.emplace(type, STextModel());

@@ -90,12 +90,12 @@ void CheckMode(const std::string& field, SReference& reference, CFindings& findi
         return;
     reference.doubtful = true;
     const std::string nearest = NearestName(field, NamesOf(FailureModeNames()));
-    std::string number;
     for (const SNamedValue& mode : FailureModeNames())
     {
         if (mode.name == nearest)
-            number = std::to_string(mode.value);
+            reference.meantMode = mode.value;
     }
+    const std::string number = reference.meantMode < 0 ? "" : std::to_string(reference.meantMode);
     const std::string question = number.empty() ? "" : "; did you mean \"" + number + "\"?";
     findings.Warning(reference.place,
                      SMessage{"the failure mode in an id is a number, but here it is " + QuotedTyped(field) +

@@ -41,8 +41,8 @@ void CheckStateKeys(const CHierarchy& hierarchy, CFindings& findings);
 void CheckPatterns(const CHierarchy& hierarchy, CFindings& findings);
 
 /// "no error "X" is defined; did you mean "Y"?"
-/// @param names  of the errors that may be meant
-SMessage UndefinedError(const SReference& reference, const std::vector<std::string>& names);
+/// @param meant  Y, or "" if nothing comes near
+SMessage UndefinedError(const SReference& reference, const std::string& meant);
 
 } // namespace Faultkeeper::Apps
 

@@ -2,6 +2,7 @@
 
 #include "faultkeeperctl/check/rules/PatternMatches.h"
 
+#include "common/text/NearestName.h"
 #include "common/text/TypedText.h"
 
 #include <algorithm>
@@ -21,7 +22,7 @@ bool CheckIds(const SPatternModel& pattern, const SConfigurationModel& model,
     {
         defined = defined && reference.target != kNoError;
         if (model.LeadsNowhere(reference))
-            findings.Warning(reference.place, UndefinedError(reference, names));
+            findings.Warning(reference.place, UndefinedError(reference, NearestName(reference.text, names)));
     }
     return defined;
 }

@@ -57,10 +57,10 @@ void CheckText(const std::string& type, const STextModel& text, int lineWidth, C
                                          std::to_string(lineWidth));
 }
 
-/// Notices of low severity do without a headline.
+/// Notices of low severity do without a headline. A misspelled one is told where it stands.
 bool LacksTitle(const SDefinition& error)
 {
-    return error.severity > eesLow && !error.HasTitle();
+    return error.severity > eesLow && !error.MayHaveTitle();
 }
 
 /// Does the error on its own raise this parent, so that it never heads a tree unless the parent is cleared?
@@ -73,6 +73,24 @@ bool Raises(std::size_t error, const SDefinition& parent)
                            const auto times = std::count(linked.begin(), linked.end(), error);
                            return set.autoTrigger && times > 0 && set.needed <= times;
                        });
+}
+
+/// For each error, whether a misspelled trigger was probably meant to name it.
+std::vector<char> FindMeant(const SConfigurationModel& model)
+{
+    std::vector<char> meant(model.errors.size(), 0);
+    for (const SDefinition& error : model.errors)
+    {
+        for (const STriggerSetModel& set : error.sets)
+        {
+            for (const SReference& trigger : set.triggers)
+            {
+                if (trigger.meant != kNoError)
+                    meant[trigger.meant] = 1;
+            }
+        }
+    }
+    return meant;
 }
 
 /// What stands below another may borrow its title.
@@ -104,7 +122,7 @@ void CheckTitlesOfTriggers(const SConfigurationModel& model, const STriggerSetMo
         if (trigger.target == kNoError || (set.linking != eelmShallow && titlesBelow[trigger.target] != 0))
             continue;
         const SDefinition& definition = model.errors[trigger.target];
-        if (LacksTitle(definition) && !definition.MayHaveTitle())
+        if (LacksTitle(definition))
             findings.Warning(trigger.place, QuotedTyped(trigger.text) +
                                                 " has no text \"title\", which this set's trees are to be "
                                                 "headed with: they are headed with the error's own");
@@ -115,13 +133,15 @@ void CheckTitlesOfTriggers(const SConfigurationModel& model, const STriggerSetMo
 void CheckTexts(const CHierarchy& hierarchy, int lineWidth, CFindings& findings)
 {
     const SConfigurationModel& model = hierarchy.Model();
+    const std::vector<char> meant = FindMeant(model);
     const std::vector<char> shown = FindShown(hierarchy);
     const std::vector<char> titlesBelow = FindTitlesBelow(hierarchy);
     for (std::size_t error = 0; error < model.errors.size(); ++error)
     {
         for (const auto& text : model.errors[error].texts)
             CheckText(text.first, text.second, lineWidth, findings);
-        CheckTitle(hierarchy, error, findings);
+        if (meant[error] == 0)
+            CheckTitle(hierarchy, error, findings);
         for (const STriggerSetModel& set : model.errors[error].sets)
         {
             if (shown[error] != 0 && TakesTitleOfOne(set))

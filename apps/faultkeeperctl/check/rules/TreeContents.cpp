@@ -9,10 +9,16 @@ namespace
 {
 void FollowDeepLinks(const CHierarchy& hierarchy, std::size_t error, CHierarchy::Errors& next)
 {
-    for (const CHierarchy::SSet& set : hierarchy.Sets(error))
+    for (const STriggerSetModel& set : hierarchy.Model().errors[error].sets)
     {
-        if (set.model->linking != eelmShallow)
-            next.insert(next.end(), set.triggers.begin(), set.triggers.end());
+        if (set.linking == eelmShallow)
+            continue;
+        for (const SReference& trigger : set.triggers)
+        {
+            const std::size_t linked = trigger.target == kNoError ? trigger.meant : trigger.target;
+            if (linked != kNoError)
+                next.push_back(linked);
+        }
     }
 }
 

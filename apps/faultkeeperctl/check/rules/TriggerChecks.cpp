@@ -1,6 +1,5 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
-#include "common/text/NearestName.h"
 #include "common/text/TypedText.h"
 
 #include <algorithm>
@@ -14,36 +13,16 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-/// Names that may stand in a set in the place of one that leads nowhere: those of the errors that are neither
-/// in the set nor its owner.
-std::vector<std::string> NamesBeside(const SDefinition& owner, const STriggerSetModel& set,
-                                     const std::vector<std::string>& names, const SConfigurationModel& model)
+void CheckTargets(const STriggerSetModel& set, const SConfigurationModel& model, CFindings& findings)
 {
-    std::set<std::string> taken = {owner.Name()};
-    for (const std::size_t trigger : set.Linked())
-        taken.insert(model.errors[trigger].Name());
-    std::vector<std::string> beside;
-    std::remove_copy_if(names.begin(), names.end(), std::back_inserter(beside),
-                        [&taken](const std::string& name) { return taken.count(name) != 0; });
-    return beside;
-}
-
-/// @param names  of all errors
-void CheckTargets(const SDefinition& owner, const STriggerSetModel& set,
-                  const std::vector<std::string>& names, const SConfigurationModel& model,
-                  CFindings& findings)
-{
-    std::vector<std::string> beside;
     for (const SReference& trigger : set.triggers)
     {
-        const bool nowhere = model.LeadsNowhere(trigger);
-        if (nowhere && beside.empty())
-            beside = NamesBeside(owner, set, names, model);
+        const std::string meant = trigger.meant == kNoError ? "" : model.errors[trigger.meant].Name();
         if (trigger.toItself)
             findings.Warning(trigger.place, "the error " + QuotedTyped(trigger.text) +
                                                 " links to itself: the trigger is skipped");
-        else if (nowhere)
-            findings.Warning(trigger.place, UndefinedError(trigger, beside));
+        else if (model.LeadsNowhere(trigger))
+            findings.Warning(trigger.place, UndefinedError(trigger, meant));
     }
 }
 
@@ -103,22 +82,20 @@ void CheckThreshold(const STriggerSetModel& set, CFindings& findings)
 }
 } // namespace
 
-SMessage UndefinedError(const SReference& reference, const std::vector<std::string>& names)
+SMessage UndefinedError(const SReference& reference, const std::string& meant)
 {
-    const std::string nearest = NearestName(reference.text, names);
     return {"no error " + QuotedTyped(reference.text) + " is defined" +
-                (nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?"),
-            nearest};
+                (meant.empty() ? "" : "; did you mean \"" + meant + "\"?"),
+            meant};
 }
 
 void CheckTriggers(const SConfigurationModel& model, CFindings& findings)
 {
-    const std::vector<std::string> names = model.Names();
     for (const SDefinition& error : model.errors)
     {
         for (const STriggerSetModel& set : error.sets)
         {
-            CheckTargets(error, set, names, model, findings);
+            CheckTargets(set, model, findings);
             CheckRepeated(set, findings);
             CheckEmpty(set, model, findings);
         }

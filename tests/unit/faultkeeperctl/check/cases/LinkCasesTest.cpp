@@ -82,16 +82,52 @@ const SCheckCase kLinkCases[] = {
      "positioning.xml:23:11: warning: this \"TriggerSet\" has no triggers\n"
      "0 errors, 1 warning in 4 files\n"},
     {"ASetWhoseTriggersLeadNowhere",
-     {{kPositioning, "\"Positioning:GPS:Communications:9\"", "\"Positioning:GPS:Communications:8\""},
-      {kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power:5"},
+     {{kPositioning, "\"Positioning:GPS:Communications:9\"", "\"Service:Navigation:Initialisation:11\""},
+      {kPositioning, "CAN:Bus:Power:4", "Service:Navigation:Initialisation:12"},
       {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>\n", ""}},
      "positioning.xml:11:11: warning: this \"TriggerSet\" is left without triggers: none names another "
      "error\n"
+     "positioning.xml:19:24: warning: no error \"Service:Navigation:Initialisation:11\" is defined\n"
+     "positioning.xml:20:24: warning: no error \"Service:Navigation:Initialisation:12\" is defined\n"
+     "0 errors, 3 warnings in 4 files\n"},
+    {"ASetWhoseTriggersAreMisspelled",
+     {{kPositioning, "\"Positioning:GPS:Communications:9\"", "\"Positioning:GPS:Communications:8\""},
+      {kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power:5"}},
      "positioning.xml:19:24: warning: no error \"Positioning:GPS:Communications:8\" is defined; did you mean "
      "\"Positioning:GPS:Communications:9\"?\n"
      "positioning.xml:20:24: warning: no error \"CAN:Bus:Power:5\" is defined; did you mean "
      "\"CAN:Bus:Power:4\"?\n"
-     "0 errors, 3 warnings in 4 files\n"},
+     "0 errors, 2 warnings in 4 files\n"},
+    {"AMisspelledTriggerOfAnErrorWithoutTitle",
+     {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power:5"},
+      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
+      {kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+      {kCan, "visible=\"no\"", "visible=\"yes\""}},
+     "positioning.xml:20:24: warning: no error \"CAN:Bus:Power:5\" is defined; did you mean "
+     "\"CAN:Bus:Power:4\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATriggerOfAnErrorWithoutTitleWithTheNameOfItsFailureMode",
+     {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power:VoltageBelowNormalOrShortedLow"},
+      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
+      {kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+      {kCan, "visible=\"no\"", "visible=\"yes\""}},
+     "positioning.xml:20:24: warning: the failure mode in an id is a number, but here it is "
+     "\"VoltageBelowNormalOrShortedLow\", which is read as 0; did you mean \"4\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"AMisspelledTriggerByWhichASetIsShown",
+     {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power:5"},
+      {kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
+       "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
+       "        <TriggerSets>\n"
+       "          <TriggerSet>\n"
+       "            <Triggers>\n"
+       "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n"
+       "            </Triggers>\n"
+       "          </TriggerSet>\n"
+       "        </TriggerSets>\n"}},
+     "positioning.xml:20:24: warning: no error \"CAN:Bus:Power:5\" is defined; did you mean "
+     "\"CAN:Bus:Power:4\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"ASetTwice",
      {{kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
        "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
@@ -117,12 +153,17 @@ const SCheckCase kLinkCases[] = {
      "0 errors, 1 warning in 4 files\n"},
     {"AThresholdThatIsNeverMetBecauseATriggerIsMissing",
      {{kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"2\""},
-      {kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power:3"},
+      {kPositioning, "CAN:Bus:Power:4", "Service:Navigation:Initialisation:11"},
       {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>\n", ""}},
      "positioning.xml:14:45: warning: the threshold 2 can never be met: the set has 1 trigger\n"
+     "positioning.xml:20:24: warning: no error \"Service:Navigation:Initialisation:11\" is defined\n"
+     "0 errors, 2 warnings in 4 files\n"},
+    {"AThresholdThatIsNeverMetOnlyBecauseATriggerIsMisspelled",
+     {{kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"2\""},
+      {kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power:3"}},
      "positioning.xml:20:24: warning: no error \"CAN:Bus:Power:3\" is defined; did you mean "
      "\"CAN:Bus:Power:4\"?\n"
-     "0 errors, 2 warnings in 4 files\n"},
+     "0 errors, 1 warning in 4 files\n"},
     {"AThresholdThatIsAlwaysMet",
      {{kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"0\""}},
      "positioning.xml:14:45: warning: the threshold 0 is always met: any trigger raises the error, and it is "
@@ -188,6 +229,25 @@ const SCheckCase kLinkCases[] = {
      "the error is never cleared by its triggers\n"
      "0 errors, 2 warnings in 4 files\n"},
     {"TwoAutomaticSetsOneOfWhichNamesNoError",
+     {{kPositioning, "CAN:Bus:Power:4", "Service:Navigation:Initialisation:11"},
+      {kPositioning,
+       "          </TriggerSet>\n"
+       "        </TriggerSets>",
+       "          </TriggerSet>\n"
+       "          <TriggerSet>\n"
+       "            <Options>\n"
+       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
+       "            </Options>\n"
+       "            <Triggers>\n"
+       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
+       "            </Triggers>\n"
+       "          </TriggerSet>\n"
+       "        </TriggerSets>"}},
+     "positioning.xml:20:24: warning: no error \"Service:Navigation:Initialisation:11\" is defined\n"
+     "positioning.xml:23:11: warning: this set and the one in line 11 are automatic but share no trigger: "
+     "the error is never cleared by its triggers\n"
+     "0 errors, 2 warnings in 4 files\n"},
+    {"TwoAutomaticSetsOneOfWhichHasAMisspelledTrigger",
      {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Data:17"},
       {kPositioning,
        "          </TriggerSet>\n"
@@ -204,9 +264,7 @@ const SCheckCase kLinkCases[] = {
        "        </TriggerSets>"}},
      "positioning.xml:20:24: warning: no error \"CAN:Bus:Data:17\" is defined; did you mean "
      "\"CAN:Bus:Power:4\"?\n"
-     "positioning.xml:23:11: warning: this set and the one in line 11 are automatic but share no trigger: "
-     "the error is never cleared by its triggers\n"
-     "0 errors, 2 warnings in 4 files\n"},
+     "0 errors, 1 warning in 4 files\n"},
     {"TwoAutomaticSetsOneOfWhichRaisesAlone",
      {{kPositioning,
        "          </TriggerSet>\n"

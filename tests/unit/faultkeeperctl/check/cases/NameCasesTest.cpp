@@ -79,8 +79,12 @@ const SCheckCase kNameCases[] = {
      "0 errors, 1 warning in 4 files\n"},
     {"AnUnknownTypeOfText",
      {{kPositioning, "\"title\"", "\"tittle\""}},
-     "positioning.xml:4:7: warning: this \"Error\" is visible but has no text \"title\"\n"
      "positioning.xml:5:15: warning: unknown type of text \"tittle\"; did you mean \"title\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"AnUnknownTypeOfTextBesideAMissingTitle",
+     {{kPositioning, "type=\"title\" text=\"No Satellites\"", "type=\"problems\" text=\"No Satellites\""}},
+     "positioning.xml:4:7: warning: this \"Error\" is visible but has no text \"title\"\n"
+     "positioning.xml:5:15: warning: unknown type of text \"problems\"; did you mean \"problem\"?\n"
      "0 errors, 2 warnings in 4 files\n"},
     {"AnUnknownTypeOfTextInPlaceOfOneThatIsNeeded",
      {{kCan, "\"shortProblem\"", "\"shortproblem\""}},

@@ -235,13 +235,12 @@ const SCheckCase kRuleCases[] = {
      "emiUnknown]\n"
      "positioning.xml:2:14: error: unknown sub-module \"gps\"; did you mean \"GPS\"? [rule 97: subModuleId "
      "!= esmiUnknown]\n"
-     "positioning.xml:4:7: warning: this \"Error\" is visible but has no text \"title\"\n"
      "positioning.xml:5:9: error: this \"Text\" has no \"type\" [rule 183: !textType.empty()]\n"
      "positioning.xml:5:15: warning: unknown attribute \"tipe\"; did you mean \"type\"?\n"
      "positioning.xml:20:24: error: unknown problem \"Powder\" in an id; did you mean \"Power\"? [rule 306: "
      "problemId != epiUnknown]\n"
      "can.xml:4:29: error: unknown severity \"Middle\" [rule 143: errorSeverity != eesUnknown]\n"
-     "5 errors, 2 warnings in 4 files\n"},
+     "5 errors, 1 warning in 4 files\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rule, CheckTest, testing::ValuesIn(kRuleCases), NameOf);

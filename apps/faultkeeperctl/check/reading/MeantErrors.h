@@ -1,0 +1,14 @@
+#ifndef FAULTKEEPERCTL_CHECK_READING_MEANTERRORS_H
+#define FAULTKEEPERCTL_CHECK_READING_MEANTERRORS_H
+
+#include "faultkeeperctl/check/reading/ConfigurationModel.h"
+
+namespace Faultkeeper::Apps
+{
+
+/// Finds out which errors were probably meant by triggers that lead nowhere, once all triggers are read.
+void FindMeantErrors(SConfigurationModel& model);
+
+} // namespace Faultkeeper::Apps
+
+#endif
