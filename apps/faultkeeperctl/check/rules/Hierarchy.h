@@ -40,20 +40,8 @@ public:
     /// Is it known of all errors which triggers they have, and are there no cycles?
     bool Certain() const;
 
-    /// For each link that closes a cycle the shortest one that it closes, from its first error downward,
-    /// which stands at its beginning only; none twice.
-    std::vector<Errors> Cycles() const;
-
 private:
-    struct SLink
-    {
-        std::size_t error;
-        std::size_t trigger;
-    };
-
     void Sort();
-    std::vector<SLink> ClosingLinks() const;
-    Errors ShortestWay(std::size_t first, std::size_t last) const;
 
     const SConfigurationModel& m_model;
     std::vector<std::vector<SSet>> m_sets;

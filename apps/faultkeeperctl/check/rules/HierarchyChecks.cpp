@@ -1,5 +1,7 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
+#include "faultkeeperctl/check/rules/Cycles.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -24,13 +26,49 @@ SPlace PlaceOfLink(const SDefinition& error, std::size_t trigger)
     return error.place;
 }
 
-std::string PathText(const SConfigurationModel& model, const CHierarchy::Errors& cycle)
+/// Tells circles. What circles share is told with the first of them, so that all texts together are no longer
+/// than what there is to tell.
+class CCircleTexts
 {
-    std::string text;
-    for (const std::size_t error : cycle)
-        text += "\"" + model.errors[error].Name() + "\" <- ";
-    return text + "\"" + model.errors[cycle.front()].Name() + "\"";
-}
+public:
+    /// @param model  borrowed
+    explicit CCircleTexts(const SConfigurationModel& model) : m_model(model), m_told(model.errors.size(), 0)
+    {
+    }
+
+    std::string Tell(const CHierarchy::Errors& circle)
+    {
+        std::string text;
+        for (std::size_t next = 0; next < circle.size();)
+        {
+            const std::size_t more = MoreToldBefore(circle, next);
+            text += more >= kFewest ? std::to_string(more) + " more, told with another circle <- "
+                                    : Name(circle[next]) + " <- ";
+            next += more >= kFewest ? more : 1;
+        }
+        for (const std::size_t error : circle)
+            m_told[error] = 1;
+        return text + Name(circle.front());
+    }
+
+private:
+    static constexpr std::size_t kFewest = 3; // that are left out
+
+    std::string Name(std::size_t error) const { return "\"" + m_model.errors[error].Name() + "\""; }
+
+    /// How many errors from here on stand between errors that were told before.
+    std::size_t MoreToldBefore(const CHierarchy::Errors& circle, std::size_t first) const
+    {
+        std::size_t next = first;
+        while (next > 0 && next + 1 < circle.size() && m_told[circle[next - 1]] != 0 &&
+               m_told[circle[next]] != 0 && m_told[circle[next + 1]] != 0)
+            ++next;
+        return next - first;
+    }
+
+    const SConfigurationModel& m_model;
+    std::vector<char> m_told;
+};
 
 /// For each error, how many bits a key takes for what is below it when everything is active: one for each
 /// trigger, on every way that leads there.
@@ -49,9 +87,10 @@ std::vector<std::uint64_t> KeyBits(const CHierarchy& hierarchy)
 void CheckCycles(const CHierarchy& hierarchy, CFindings& findings)
 {
     const SConfigurationModel& model = hierarchy.Model();
-    for (const CHierarchy::Errors& cycle : hierarchy.Cycles())
+    CCircleTexts texts(model);
+    for (const CHierarchy::Errors& cycle : FindCycles(hierarchy))
         findings.ErrorAcross(PlaceOfLink(model.errors[cycle.front()], cycle[1]),
-                             "errors trigger each other in a circle: " + PathText(model, cycle) +
+                             "errors trigger each other in a circle: " + texts.Tell(cycle) +
                                  " (\"<-\": is triggered by)");
 }
 

@@ -89,6 +89,92 @@ TEST(LargeConfigurationTest, CirclesThroughAllErrorsAreToldInTime)
     EXPECT_LT(told.size(), 1000000U);
 }
 
+/// All errors that trigger each other.
+CConfigurationBuilder Knot(int errors)
+{
+    CConfigurationBuilder builder;
+    for (int error = 0; error < errors; ++error)
+    {
+        std::vector<std::string> others;
+        for (int other = 0; other < errors; ++other)
+        {
+            if (other != error)
+                others.push_back(NumberedName(other));
+        }
+        builder.Parent(NumberedName(error), others);
+    }
+    return builder;
+}
+
+TEST(LargeConfigurationTest, OfAKnotOfCirclesThereAreFewerFindingsThanErrors)
+{
+    const std::string told = Checked(Knot(150));
+    EXPECT_NE(told.find("\n149 errors, 0 warnings in 3 files\n"), std::string::npos);
+    EXPECT_LT(told.size(), 50000U);
+}
+
+TEST(LargeConfigurationTest, WhatLongCirclesShareIsToldOnce)
+{
+    CConfigurationBuilder builder;
+    for (int error = 0; error < 8; ++error)
+    {
+        std::vector<std::string> triggers = {NumberedName((error + 1) % 8)};
+        if (error == 6)
+            triggers.push_back(NumberedName(8));
+        builder.Parent(NumberedName(error), triggers);
+    }
+    builder.Parent(NumberedName(8), {NumberedName(0)});
+    EXPECT_EQ(Checked(builder), "module0.xml:16:10: error: errors trigger each other in a circle: "
+                                "\"GPS:Accelerometers:A Not Set:0\" <- \"GPS:Accelerometers:A Not Set:1\" <- "
+                                "\"GPS:Accelerometers:A Not Set:2\" <- \"GPS:Accelerometers:A Not Set:3\" <- "
+                                "\"GPS:Accelerometers:A Not Set:4\" <- \"GPS:Accelerometers:A Not Set:5\" <- "
+                                "\"GPS:Accelerometers:A Not Set:6\" <- \"GPS:Accelerometers:A Not Set:7\" <- "
+                                "\"GPS:Accelerometers:A Not Set:0\" (\"<-\": is triggered by)\n"
+                                "module0.xml:16:10: error: errors trigger each other in a circle: "
+                                "\"GPS:Accelerometers:A Not Set:0\" <- 5 more, told with another circle <- "
+                                "\"GPS:Accelerometers:A Not Set:6\" <- \"GPS:Accelerometers:A Not Set:8\" <- "
+                                "\"GPS:Accelerometers:A Not Set:0\" (\"<-\": is triggered by)\n"
+                                "2 errors, 0 warnings in 3 files\n");
+}
+
+/// Circles that one link closes, from each of several errors.
+std::string CheckedFan(const std::vector<int>& order)
+{
+    CConfigurationBuilder builder;
+    for (const int error : order)
+    {
+        if (error == 1)
+            builder.Parent(NumberedName(1), {NumberedName(2), NumberedName(3)});
+        else
+            builder.Parent(NumberedName(error), {NumberedName(error == 0 ? 1 : 0)});
+    }
+    return Checked(builder);
+}
+
+TEST(LargeConfigurationTest, TheOrderOfTheErrorsDoesNotMatterForWhichCirclesAreTold)
+{
+    EXPECT_EQ(CheckedFan({0, 1, 2, 3}),
+              "module0.xml:16:10: error: errors trigger each other in a circle: "
+              "\"GPS:Accelerometers:A Not Set:0\" <- \"GPS:Accelerometers:A Not Set:1\" <- "
+              "\"GPS:Accelerometers:A Not Set:2\" <- \"GPS:Accelerometers:A Not Set:0\" (\"<-\": is "
+              "triggered by)\n"
+              "module0.xml:16:10: error: errors trigger each other in a circle: "
+              "\"GPS:Accelerometers:A Not Set:0\" <- \"GPS:Accelerometers:A Not Set:1\" <- "
+              "\"GPS:Accelerometers:A Not Set:3\" <- \"GPS:Accelerometers:A Not Set:0\" (\"<-\": is "
+              "triggered by)\n"
+              "2 errors, 0 warnings in 3 files\n");
+    EXPECT_EQ(CheckedFan({1, 2, 3, 0}),
+              "module0.xml:16:10: error: errors trigger each other in a circle: "
+              "\"GPS:Accelerometers:A Not Set:1\" <- \"GPS:Accelerometers:A Not Set:2\" <- "
+              "\"GPS:Accelerometers:A Not Set:0\" <- \"GPS:Accelerometers:A Not Set:1\" (\"<-\": is "
+              "triggered by)\n"
+              "module0.xml:17:10: error: errors trigger each other in a circle: "
+              "\"GPS:Accelerometers:A Not Set:1\" <- \"GPS:Accelerometers:A Not Set:3\" <- "
+              "\"GPS:Accelerometers:A Not Set:0\" <- \"GPS:Accelerometers:A Not Set:1\" (\"<-\": is "
+              "triggered by)\n"
+              "2 errors, 0 warnings in 3 files\n");
+}
+
 TEST(LargeConfigurationTest, AChainOfAllErrorsIsNoTrouble)
 {
     CConfigurationBuilder builder;
