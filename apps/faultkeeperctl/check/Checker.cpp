@@ -27,7 +27,7 @@ void CheckModel(const SConfigurationModel& model, int lineWidth, CFindings& find
     const CHierarchy hierarchy(model);
     CheckTriggers(model, findings);
     CheckThresholds(model, findings);
-    CheckClearing(model, findings);
+    CheckClearing(hierarchy, findings);
     CheckDisplay(hierarchy, findings);
     CheckDefinitions(model, findings);
     CheckTexts(hierarchy, lineWidth, findings);

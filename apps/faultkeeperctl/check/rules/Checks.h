@@ -17,7 +17,7 @@ void CheckTriggers(const SConfigurationModel& model, CFindings& findings);
 void CheckThresholds(const SConfigurationModel& model, CFindings& findings);
 
 /// Errors that stay raised when what has raised them is cleared, because they have several automatic sets.
-void CheckClearing(const SConfigurationModel& model, CFindings& findings);
+void CheckClearing(const CHierarchy& hierarchy, CFindings& findings);
 
 /// Sets that neither raise anything nor are ever seen.
 void CheckDisplay(const CHierarchy& hierarchy, CFindings& findings);

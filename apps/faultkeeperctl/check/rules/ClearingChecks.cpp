@@ -1,49 +1,70 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
+#include "faultkeeperctl/check/rules/Propagation.h"
+
 #include <algorithm>
-#include <set>
+#include <cstddef>
+#include <map>
 
 namespace Faultkeeper::Apps
 {
 
 namespace
 {
-typedef std::set<std::size_t> Members;
+typedef CHierarchy::Errors Errors;
 
 /// An automatic set of an error.
 struct SAutomatic
 {
-    const STriggerSetModel* set;
-    std::vector<std::size_t> linked;
-    Members members;
+    const CHierarchy::SSet* set;
+    Errors members; // sorted, none twice
 };
 
-bool ShareOne(const Members& left, const Members& right)
+bool Holds(const SAutomatic& automatic, std::size_t trigger)
 {
-    return std::any_of(left.begin(), left.end(),
-                       [&right](std::size_t member) { return right.count(member) != 0; });
+    return std::binary_search(automatic.members.begin(), automatic.members.end(), trigger);
+}
+
+bool ShareOne(const SAutomatic& left, const SAutomatic& right)
+{
+    return std::any_of(left.members.begin(), left.members.end(),
+                       [&right](std::size_t member) { return Holds(right, member); });
 }
 
 /// An error without several automatic sets has none here, nor has one with a set whose triggers are in doubt.
 /// Triggers that the library skips are none.
-std::vector<SAutomatic> AutomaticSets(const SConfigurationModel& model, const SDefinition& error)
+std::vector<SAutomatic> AutomaticSets(const CHierarchy& hierarchy, std::size_t error)
 {
     std::vector<SAutomatic> sets;
-    for (const STriggerSetModel& set : error.sets)
+    for (const CHierarchy::SSet& set : hierarchy.Sets(error))
     {
-        if (!set.autoTrigger)
+        if (!set.model->autoTrigger)
             continue;
-        if (!model.IsCertain(set))
+        if (!hierarchy.Model().IsCertain(*set.model))
             return {};
-        const std::vector<std::size_t> linked = set.Linked();
-        sets.push_back({&set, linked, Members(linked.begin(), linked.end())});
+        SAutomatic automatic = {&set, set.triggers};
+        Errors& members = automatic.members;
+        std::sort(members.begin(), members.end());
+        members.erase(std::unique(members.begin(), members.end()), members.end());
+        sets.push_back(automatic);
     }
     return sets.size() < 2 ? std::vector<SAutomatic>() : sets;
 }
 
+/// The triggers that stand in every one of the sets.
+Errors InCommon(const std::vector<SAutomatic>& sets)
+{
+    Errors common = sets.front().members;
+    for (const SAutomatic& automatic : sets)
+        common.erase(std::remove_if(common.begin(), common.end(),
+                                    [&automatic](std::size_t member) { return !Holds(automatic, member); }),
+                     common.end());
+    return common;
+}
+
 std::string Line(const SAutomatic& automatic)
 {
-    return std::to_string(automatic.set->place.line);
+    return std::to_string(automatic.set->model->place.line);
 }
 
 /// Clearing asks every automatic set whether it holds the trigger that was cleared.
@@ -53,9 +74,9 @@ bool TellUnrelated(const std::vector<SAutomatic>& sets, CFindings& findings)
     {
         for (std::size_t earlier = 0; earlier < later; ++earlier)
         {
-            if (ShareOne(sets[earlier].members, sets[later].members))
+            if (ShareOne(sets[earlier], sets[later]))
                 continue;
-            findings.Warning(sets[later].set->place,
+            findings.Warning(sets[later].set->model->place,
                              "this set and the one in line " + Line(sets[earlier]) +
                                  " are automatic but share no trigger: the error is never cleared by its "
                                  "triggers");
@@ -65,58 +86,136 @@ bool TellUnrelated(const std::vector<SAutomatic>& sets, CFindings& findings)
     return false;
 }
 
-bool TellNothingInCommon(const std::vector<SAutomatic>& sets, CFindings& findings)
+void TellNothingInCommon(const std::vector<SAutomatic>& sets, CFindings& findings)
 {
-    const Members& first = sets.front().members;
-    const bool common = std::any_of(first.begin(), first.end(),
-                                    [&sets](std::size_t member)
-                                    {
-                                        return std::all_of(sets.begin(), sets.end(),
-                                                           [member](const SAutomatic& automatic)
-                                                           { return automatic.members.count(member) != 0; });
-                                    });
-    if (!common)
-        findings.Warning(sets.back().set->place,
-                         "the automatic sets of this error have no trigger in common: "
-                         "the error is never cleared by its triggers");
-    return !common;
+    findings.Warning(sets.back().set->model->place,
+                     "the automatic sets of this error have no trigger in common: "
+                     "the error is never cleared by its triggers");
 }
 
-bool RaisesAlone(const SAutomatic& automatic, std::size_t trigger)
+/// Looks in one error for triggers that raise it, and do not clear it because they do not stand in all of its
+/// automatic sets.
+class CStuckTriggers
 {
-    return automatic.set->needed <= std::count(automatic.linked.begin(), automatic.linked.end(), trigger);
-}
-
-/// A trigger that raises the error by one set has to stand in the others, too, if it is to clear it.
-void TellLone(const std::vector<SAutomatic>& sets, const SConfigurationModel& model, CFindings& findings)
-{
-    for (const SAutomatic& raising : sets)
+public:
+    /// @param hierarchy  borrowed
+    /// @param sets       borrowed
+    CStuckTriggers(const CHierarchy& hierarchy, std::size_t error, const std::vector<SAutomatic>& sets)
+        : m_hierarchy(hierarchy), m_error(error), m_sets(sets), m_common(InCommon(sets))
     {
-        for (const std::size_t trigger : raising.members)
+    }
+
+    void Tell(CFindings& findings)
+    {
+        for (const SAutomatic& raising : m_sets)
         {
-            const auto missing = std::find_if(sets.begin(), sets.end(),
-                                              [trigger](const SAutomatic& other)
-                                              { return other.members.count(trigger) == 0; });
-            if (missing == sets.end() || !RaisesAlone(raising, trigger))
-                continue;
-            findings.Warning(
-                raising.set->place,
-                "\"" + model.errors[trigger].Name() +
-                    "\" raises the error by this automatic set, but does not stand in the one in "
-                    "line " +
-                    Line(*missing) + ": clearing it does not clear the error");
+            Errors together;
+            for (const std::size_t trigger : raising.members)
+            {
+                if (std::binary_search(m_common.begin(), m_common.end(), trigger))
+                    continue;
+                if (raising.set->model->needed > Count(raising, {trigger}))
+                    together.push_back(trigger);
+                else if (StaysRaised(trigger))
+                    TellLone(raising, trigger, findings);
+            }
+            TellTogether(raising, together, findings);
         }
     }
-}
+
+private:
+    static std::ptrdiff_t Count(const SAutomatic& automatic, const Errors& active)
+    {
+        const Errors& triggers = automatic.set->triggers;
+        return std::count_if(triggers.begin(), triggers.end(),
+                             [&active](std::size_t trigger)
+                             { return std::find(active.begin(), active.end(), trigger) != active.end(); });
+    }
+
+    /// @return the first set that holds none of the triggers, or null
+    const SAutomatic* Lacking(const Errors& triggers) const
+    {
+        const auto lacking = std::find_if(m_sets.begin(), m_sets.end(),
+                                          [&triggers](const SAutomatic& automatic)
+                                          { return Count(automatic, triggers) == 0; });
+        return lacking == m_sets.end() ? nullptr : &*lacking;
+    }
+
+    /// Is the error raised by the triggers, and not cleared by them? Those may raise others that clear it.
+    bool StaysRaised(const Errors& triggers) const
+    {
+        CPropagation propagation(m_hierarchy);
+        for (const std::size_t trigger : triggers)
+            propagation.Raise(trigger);
+        const bool raised = propagation.Active(m_error);
+        for (const std::size_t trigger : triggers)
+            propagation.Clear(trigger);
+        return raised && propagation.Active(m_error);
+    }
+
+    bool StaysRaised(std::size_t trigger)
+    {
+        const auto known = m_stayRaised.find(trigger);
+        if (known != m_stayRaised.end())
+            return known->second;
+        return m_stayRaised[trigger] = StaysRaised(Errors{trigger});
+    }
+
+    std::string Name(std::size_t error) const
+    {
+        return "\"" + m_hierarchy.Model().errors[error].Name() + "\"";
+    }
+
+    void TellLone(const SAutomatic& raising, std::size_t trigger, CFindings& findings) const
+    {
+        findings.Warning(
+            raising.set->model->place,
+            Name(trigger) +
+                " raises the error by this automatic set, but does not stand in the one in line " +
+                Line(*Lacking({trigger})) + ": clearing it does not clear the error");
+    }
+
+    /// @param triggers  none of which raises the error alone
+    void TellTogether(const SAutomatic& raising, const Errors& triggers, CFindings& findings) const
+    {
+        Errors enough;
+        for (const std::size_t trigger : triggers)
+        {
+            if (Count(raising, enough) < raising.set->model->needed)
+                enough.push_back(trigger);
+        }
+        if (enough.empty() || Count(raising, enough) < raising.set->model->needed || !StaysRaised(enough))
+            return;
+        const std::string others =
+            enough.size() == 2 ? Name(enough.back()) : std::to_string(enough.size() - 1) + " others";
+        const SAutomatic* const lacking = Lacking(enough);
+        findings.Warning(raising.set->model->place,
+                         Name(enough.front()) + " and " + others +
+                             " together raise the error by this automatic set, but " +
+                             (lacking == nullptr ? "each of them is missing in another one"
+                                                 : "do not stand in the one in line " + Line(*lacking)) +
+                             ": clearing them does not clear the error");
+    }
+
+    const CHierarchy& m_hierarchy;
+    const std::size_t m_error;
+    const std::vector<SAutomatic>& m_sets;
+    const Errors m_common;
+    std::map<std::size_t, bool> m_stayRaised; // of single triggers
+};
 } // namespace
 
-void CheckClearing(const SConfigurationModel& model, CFindings& findings)
+void CheckClearing(const CHierarchy& hierarchy, CFindings& findings)
 {
-    for (const SDefinition& error : model.errors)
+    for (std::size_t error = 0; error < hierarchy.Model().errors.size(); ++error)
     {
-        const std::vector<SAutomatic> sets = AutomaticSets(model, error);
-        if (!sets.empty() && !TellUnrelated(sets, findings) && !TellNothingInCommon(sets, findings))
-            TellLone(sets, model, findings);
+        const std::vector<SAutomatic> sets = AutomaticSets(hierarchy, error);
+        if (sets.empty())
+            continue;
+        if (!InCommon(sets).empty())
+            CStuckTriggers(hierarchy, error, sets).Tell(findings);
+        else if (!TellUnrelated(sets, findings))
+            TellNothingInCommon(sets, findings);
     }
 }
 
