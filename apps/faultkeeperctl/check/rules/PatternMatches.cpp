@@ -1,6 +1,7 @@
 #include "faultkeeperctl/check/rules/PatternMatches.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 namespace Faultkeeper::Apps
@@ -49,12 +50,12 @@ bool CPatternMatches::HoldsBelow(std::size_t top, const Errors& wanted) const
     {
         const std::size_t error = next.back();
         next.pop_back();
-        for (const STriggerSetModel& set : m_hierarchy.Model().errors[error].sets)
+        for (const CHierarchy::SSet& set : m_hierarchy.Sets(error))
         {
-            for (const std::size_t trigger : set.Linked())
+            for (const std::size_t trigger : set.triggers)
             {
                 held.insert(trigger);
-                if (set.linking != eelmShallow && walked.insert(trigger).second)
+                if (set.model->linking != eelmShallow && walked.insert(trigger).second)
                     next.push_back(trigger);
             }
         }
@@ -70,88 +71,110 @@ bool CPatternMatches::CanEqual(const SPatternModel& pattern) const
 
 std::vector<std::size_t> CPatternMatches::InTheWay(const SPatternModel& pattern) const
 {
-    Errors active = ErrorsOf(pattern);
+    CPropagation propagation(m_hierarchy);
+    for (const std::size_t error : ErrorsOf(pattern))
+        propagation.Raise(error);
     std::vector<std::size_t> inTheWay;
-    for (const std::size_t raised : RaisedWith(active))
+    for (const std::size_t hindering : Hindering(pattern, propagation))
+    {
+        if (propagation.Active(hindering))
+            inTheWay.push_back(hindering);
+        propagation.Clear(hindering);
+    }
+    std::sort(inTheWay.begin(), inTheWay.end());
+    return inTheWay;
+}
+
+/// All errors that have to be cleared, from the leaves upward.
+std::vector<std::size_t> CPatternMatches::Hindering(const SPatternModel& pattern,
+                                                    const CPropagation& raised) const
+{
+    Errors active = ErrorsOf(pattern);
+    std::vector<std::size_t> hindering;
+    for (std::size_t error = 0; error < m_positions.size(); ++error)
     {
         Errors more = active;
-        if (!more.insert(raised).second)
+        if (!raised.Active(error) || !more.insert(error).second)
             continue;
         if (Equals(pattern, more))
             active = more;
         else
-            inTheWay.push_back(raised);
+            hindering.push_back(error);
     }
-    return inTheWay;
+    std::stable_sort(hindering.begin(), hindering.end(),
+                     [this](std::size_t left, std::size_t right)
+                     { return m_positions[left] < m_positions[right]; });
+    return hindering;
 }
 
 bool CPatternMatches::Equals(const SPatternModel& pattern, const Errors& active) const
 {
+    const std::size_t top = TopOf(active);
+    if (top == kNoError || ErrorsOf(pattern).count(top) == 0)
+        return false;
     const std::vector<ErrorId> ids = pattern.SortedIds();
-    for (const std::size_t top : ErrorsOf(pattern))
-    {
-        std::vector<ErrorId> collected;
-        Collect(top, active, ids.size(), collected);
-        std::sort(collected.begin(), collected.end());
-        if (collected == ids && IsTop(top, active))
-            return true;
-    }
-    return false;
+    std::vector<ErrorId> collected;
+    Collect(top, active, ids.size(), collected);
+    std::sort(collected.begin(), collected.end());
+    return collected == ids;
 }
 
-/// Parents follow their triggers.
-CPatternMatches::Errors CPatternMatches::RaisedWith(Errors active) const
+/// The error that heads the tree of those that are active, or kNoError if they are none or form several. An
+/// error that is defined again stands in no tree.
+std::size_t CPatternMatches::TopOf(const Errors& active) const
 {
-    std::vector<std::size_t> next(active.begin(), active.end());
-    while (!next.empty())
+    const SConfigurationModel& model = m_hierarchy.Model();
+    std::vector<std::size_t> waiting;
+    std::copy_if(active.begin(), active.end(), std::back_inserter(waiting),
+                 [&model](std::size_t error) { return model.Find(model.errors[error].id) == error; });
+    if (waiting.empty())
+        return kNoError;
+    std::sort(waiting.begin(), waiting.end(),
+              [&model](std::size_t left, std::size_t right)
+              { return model.errors[left].id < model.errors[right].id; });
+    Errors related = {waiting.front()};
+    std::size_t top = waiting.front();
+    while (Join(waiting, related, top))
     {
-        const std::size_t error = next.back();
-        next.pop_back();
-        for (const std::size_t parent : m_hierarchy.Parents(error))
+    }
+    return waiting.empty() ? top : kNoError;
+}
+
+/// One pass through those that wait, in the order of their identifiers: what is related to one that has
+/// joined joins as well. Of several with the largest position the first one to join stays the top.
+/// @return true if one has joined
+bool CPatternMatches::Join(std::vector<std::size_t>& waiting, Errors& related, std::size_t& top) const
+{
+    const std::size_t before = waiting.size();
+    std::vector<std::size_t> left;
+    for (const std::size_t error : waiting)
+    {
+        if (related.count(error) == 0)
         {
-            if (active.count(parent) == 0 && IsRaised(parent, active))
-            {
-                active.insert(parent);
-                next.push_back(parent);
-            }
+            left.push_back(error);
+            continue;
         }
+        related.insert(m_hierarchy.Triggers(error).begin(), m_hierarchy.Triggers(error).end());
+        related.insert(m_hierarchy.Parents(error).begin(), m_hierarchy.Parents(error).end());
+        if (m_positions[error] > m_positions[top])
+            top = error;
     }
-    return active;
-}
-
-bool CPatternMatches::IsRaised(std::size_t error, const Errors& active) const
-{
-    for (const STriggerSetModel& set : m_hierarchy.Model().errors[error].sets)
-    {
-        const std::vector<std::size_t> linked = set.Linked();
-        const auto raised =
-            std::count_if(linked.begin(), linked.end(),
-                          [&active](std::size_t trigger) { return active.count(trigger) != 0; });
-        if (set.autoTrigger && raised > 0 && set.needed <= raised)
-            return true;
-    }
-    return false;
-}
-
-bool CPatternMatches::IsTop(std::size_t error, const Errors& active) const
-{
-    return std::all_of(active.begin(), active.end(),
-                       [&](std::size_t other) { return m_positions[other] <= m_positions[error]; });
+    waiting = left;
+    return waiting.size() < before;
 }
 
 /// Gives up behind so many: then there are too many in any case.
 void CPatternMatches::Collect(std::size_t error, const Errors& active, std::size_t most,
                               std::vector<ErrorId>& collected) const
 {
-    const SDefinition& definition = m_hierarchy.Model().errors[error];
-    collected.push_back(definition.id);
-    for (const STriggerSetModel& set : definition.sets)
+    collected.push_back(m_hierarchy.Model().errors[error].id);
+    for (const CHierarchy::SSet& set : m_hierarchy.Sets(error))
     {
-        for (const std::size_t trigger : set.Linked())
+        for (const std::size_t trigger : set.triggers)
         {
             if (active.count(trigger) == 0 || collected.size() > most)
                 continue;
-            if (set.linking == eelmShallow)
+            if (set.model->linking == eelmShallow)
                 collected.push_back(m_hierarchy.Model().errors[trigger].id);
             else
                 Collect(trigger, active, most, collected);

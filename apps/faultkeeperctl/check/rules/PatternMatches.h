@@ -2,6 +2,7 @@
 #define FAULTKEEPERCTL_CHECK_RULES_PATTERNMATCHES_H
 
 #include "faultkeeperctl/check/rules/Hierarchy.h"
+#include "faultkeeperctl/check/rules/Propagation.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -25,8 +26,8 @@ public:
     /// Can a tree hold the errors of the pattern, each as often as it is listed, and no others?
     bool CanEqual(const SPatternModel& pattern) const;
 
-    /// For a pattern that a tree can equal: the errors that its errors raise, and that no such tree stands
-    /// beside. It takes that they were cleared on their own.
+    /// For a pattern that a tree can equal: the errors that its errors raise, and beside which there is no
+    /// such tree. It takes that they were cleared on their own; those that are cleared along are left out.
     std::vector<std::size_t> InTheWay(const SPatternModel& pattern) const;
 
 private:
@@ -35,9 +36,9 @@ private:
     static Errors ErrorsOf(const SPatternModel& pattern);
     bool Equals(const SPatternModel& pattern, const Errors& active) const;
     bool HoldsBelow(std::size_t top, const Errors& wanted) const;
-    Errors RaisedWith(Errors active) const;
-    bool IsRaised(std::size_t error, const Errors& active) const;
-    bool IsTop(std::size_t error, const Errors& active) const;
+    std::vector<std::size_t> Hindering(const SPatternModel& pattern, const CPropagation& raised) const;
+    std::size_t TopOf(const Errors& active) const;
+    bool Join(std::vector<std::size_t>& waiting, Errors& related, std::size_t& top) const;
     void Collect(std::size_t error, const Errors& active, std::size_t most,
                  std::vector<ErrorId>& collected) const;
 

@@ -1,0 +1,60 @@
+#include "faultkeeperctl/check/CheckReport.h"
+
+#include "support/ConfigurationBuilder.h"
+#include "support/FreshDirectory.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using Support::CConfigurationBuilder;
+
+const char* const kPower = "CAN:Bus:Power:4";
+const char* const kChecksum = "CAN:Bus:Checksum:9";
+const char* const kData = "CAN:Bus:Data:9";
+
+/// What is told of these errors with an exact pattern of some of them.
+std::string Checked(const CConfigurationBuilder& builder, const std::vector<std::string>& pattern)
+{
+    std::string patterns = "<ErrorPatterns><Patterns>\n<pattern fixedCode=\"P\">";
+    for (const std::string& id : pattern)
+        patterns += "<error id=\"" + id + "\"/>";
+    const Support::CFreshDirectory directory;
+    const Support::CWorkingDirectory inside(directory.Path());
+    builder.WriteTo("");
+    Support::WriteFile("ErrorPatterns.xml", patterns + "</pattern></Patterns></ErrorPatterns>");
+    return CheckText(Faultkeeper::Apps::CheckConfiguration("", 0));
+}
+
+/// Two errors of one size that the same one raises: the tree is headed by the one with the smaller
+/// identifier.
+CConfigurationBuilder Twins()
+{
+    return CConfigurationBuilder().Leaf(kPower).Parent(kData, {kPower}).Parent(kChecksum, {kPower});
+}
+
+TEST(PatternTreeTest, AnErrorOfTheSameSizeThatHeadsTheTreeIsInTheWay)
+{
+    EXPECT_EQ(Checked(Twins(), {kPower, kData}),
+              "ErrorPatterns.xml:2:1: warning: this pattern matches only after \"CAN:Bus:Checksum:9\" was "
+              "cleared on its own: these errors raise it\n"
+              "0 errors, 1 warning in 3 files\n");
+}
+
+TEST(PatternTreeTest, AnErrorOfTheSameSizeBesideTheTreeIsNot)
+{
+    EXPECT_EQ(Checked(Twins(), {kPower, kChecksum}), "0 errors, 0 warnings in 3 files\n");
+}
+
+TEST(PatternTreeTest, OnlyErrorsThatStayRaisedByThemselvesAreInTheWay)
+{
+    EXPECT_EQ(
+        Checked(CConfigurationBuilder().Leaf(kPower).Parent(kData, {kPower}).Parent(kChecksum, {kData}),
+                {kPower}),
+        "ErrorPatterns.xml:2:1: warning: this pattern matches only after \"CAN:Bus:Data:9\" was cleared on "
+        "its own: these errors raise it\n"
+        "0 errors, 1 warning in 3 files\n");
+}
+
+} // namespace
