@@ -25,7 +25,7 @@ void CheckFiles(const std::string& prefix, CFindings& findings)
 void CheckModel(const SConfigurationModel& model, int lineWidth, CFindings& findings)
 {
     const CHierarchy hierarchy(model);
-    CheckTriggers(model, findings);
+    CheckTriggers(hierarchy, findings);
     CheckThresholds(model, findings);
     CheckClearing(hierarchy, findings);
     CheckDisplay(hierarchy, findings);

@@ -11,7 +11,7 @@ namespace Faultkeeper::Apps
 
 /// Triggers that name no error, their own error, or one that the set has already; sets without any, and those
 /// that are the same.
-void CheckTriggers(const SConfigurationModel& model, CFindings& findings);
+void CheckTriggers(const CHierarchy& hierarchy, CFindings& findings);
 
 /// Thresholds of automatic sets that can never or always be met.
 void CheckThresholds(const SConfigurationModel& model, CFindings& findings);

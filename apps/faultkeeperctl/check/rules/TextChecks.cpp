@@ -63,16 +63,31 @@ bool LacksTitle(const SDefinition& error)
     return error.severity > eesLow && !error.MayHaveTitle();
 }
 
-/// Does the error on its own raise this parent, so that it never heads a tree unless the parent is cleared?
-bool Raises(std::size_t error, const SDefinition& parent)
+/// Marks those that satisfy the set on their own.
+void MarkRaising(const CHierarchy::SSet& set, std::vector<char>& raising)
 {
-    return std::any_of(parent.sets.begin(), parent.sets.end(),
-                       [error](const STriggerSetModel& set)
-                       {
-                           const std::vector<std::size_t> linked = set.Linked();
-                           const auto times = std::count(linked.begin(), linked.end(), error);
-                           return set.autoTrigger && times > 0 && set.needed <= times;
-                       });
+    CHierarchy::Errors triggers = set.triggers;
+    std::sort(triggers.begin(), triggers.end());
+    for (auto first = triggers.begin(); set.model->autoTrigger && first != triggers.end();)
+    {
+        const auto last = std::upper_bound(first, triggers.end(), *first);
+        if (set.model->needed <= last - first)
+            raising[*first] = 1;
+        first = last;
+    }
+}
+
+/// For each error, whether it raises a parent on its own, so that it never heads a tree unless the parent is
+/// cleared.
+std::vector<char> FindRaising(const CHierarchy& hierarchy)
+{
+    std::vector<char> raising(hierarchy.Model().errors.size(), 0);
+    for (std::size_t error = 0; error < raising.size(); ++error)
+    {
+        for (const CHierarchy::SSet& set : hierarchy.Sets(error))
+            MarkRaising(set, raising);
+    }
+    return raising;
 }
 
 /// For each error, whether a misspelled trigger was probably meant to name it.
@@ -97,14 +112,11 @@ std::vector<char> FindMeant(const SConfigurationModel& model)
 void CheckTitle(const CHierarchy& hierarchy, std::size_t error, CFindings& findings)
 {
     const SDefinition& definition = hierarchy.Model().errors[error];
-    const CHierarchy::Errors& parents = hierarchy.Parents(error);
-    const bool raises =
-        std::any_of(parents.begin(), parents.end(),
-                    [&](std::size_t parent) { return Raises(error, hierarchy.Model().errors[parent]); });
-    if (definition.visible && !raises && LacksTitle(definition))
-        findings.Warning(definition.place,
-                         std::string("this \"Error\" is visible but has no text \"title\"") +
-                             (parents.empty() ? "" : ", which it needs where no parent is active"));
+    if (definition.visible && LacksTitle(definition))
+        findings.Warning(
+            definition.place,
+            std::string("this \"Error\" is visible but has no text \"title\"") +
+                (hierarchy.Parents(error).empty() ? "" : ", which it needs where no parent is active"));
 }
 
 /// A set that takes several triggers has no title of theirs while it raises its error: two clear it.
@@ -134,13 +146,14 @@ void CheckTexts(const CHierarchy& hierarchy, int lineWidth, CFindings& findings)
 {
     const SConfigurationModel& model = hierarchy.Model();
     const std::vector<char> meant = FindMeant(model);
+    const std::vector<char> raising = FindRaising(hierarchy);
     const std::vector<char> shown = FindShown(hierarchy);
     const std::vector<char> titlesBelow = FindTitlesBelow(hierarchy);
     for (std::size_t error = 0; error < model.errors.size(); ++error)
     {
         for (const auto& text : model.errors[error].texts)
             CheckText(text.first, text.second, lineWidth, findings);
-        if (meant[error] == 0)
+        if (meant[error] == 0 && raising[error] == 0)
             CheckTitle(hierarchy, error, findings);
         for (const STriggerSetModel& set : model.errors[error].sets)
         {

@@ -3,9 +3,10 @@
 #include "common/text/TypedText.h"
 
 #include <algorithm>
-#include <iterator>
+#include <map>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace Faultkeeper::Apps
@@ -47,24 +48,29 @@ void CheckEmpty(const STriggerSetModel& set, const SConfigurationModel& model, C
                          : "this \"TriggerSet\" is left without triggers: none names another error");
 }
 
-bool SameSets(const STriggerSetModel& left, const STriggerSetModel& right)
+/// All by which a set differs from others; the order of its triggers does not matter for what it shows.
+typedef std::tuple<bool, int, int, int, std::vector<std::size_t>> SetKey;
+
+SetKey KeyOf(const CHierarchy::SSet& set)
 {
-    return left.autoTrigger == right.autoTrigger && left.needed == right.needed &&
-           left.linking == right.linking && left.title == right.title && left.Linked() == right.Linked();
+    std::vector<std::size_t> triggers = set.triggers;
+    std::sort(triggers.begin(), triggers.end());
+    return SetKey(set.model->autoTrigger, set.model->needed, set.model->linking, set.model->title, triggers);
 }
 
-void CheckSameSets(const std::vector<STriggerSetModel>& sets, const SConfigurationModel& model,
+void CheckSameSets(const std::vector<CHierarchy::SSet>& sets, const SConfigurationModel& model,
                    CFindings& findings)
 {
-    for (auto later = sets.begin(); later != sets.end(); ++later)
+    std::map<SetKey, int> lines;
+    for (const CHierarchy::SSet& set : sets)
     {
-        const auto earlier = std::find_if(
-            sets.begin(), later, [later](const STriggerSetModel& set) { return SameSets(set, *later); });
-        if (earlier != later && !later->Linked().empty() && model.IsCertain(*earlier) &&
-            model.IsCertain(*later))
-            findings.Warning(later->place, "this set is the same as the one in line " +
-                                               std::to_string(earlier->place.line) +
-                                               ": each of its triggers stands in the tree twice");
+        if (set.triggers.empty() || !model.IsCertain(*set.model))
+            continue;
+        const auto added = lines.emplace(KeyOf(set), set.model->place.line);
+        if (!added.second)
+            findings.Warning(set.model->place, "this set is the same as the one in line " +
+                                                   std::to_string(added.first->second) +
+                                                   ": each of its triggers stands in the tree twice");
     }
 }
 
@@ -89,17 +95,18 @@ SMessage UndefinedError(const SReference& reference, const std::string& meant)
             meant};
 }
 
-void CheckTriggers(const SConfigurationModel& model, CFindings& findings)
+void CheckTriggers(const CHierarchy& hierarchy, CFindings& findings)
 {
-    for (const SDefinition& error : model.errors)
+    const SConfigurationModel& model = hierarchy.Model();
+    for (std::size_t error = 0; error < model.errors.size(); ++error)
     {
-        for (const STriggerSetModel& set : error.sets)
+        for (const STriggerSetModel& set : model.errors[error].sets)
         {
             CheckTargets(set, model, findings);
             CheckRepeated(set, findings);
             CheckEmpty(set, model, findings);
         }
-        CheckSameSets(error.sets, model, findings);
+        CheckSameSets(hierarchy.Sets(error), model, findings);
     }
 }
 

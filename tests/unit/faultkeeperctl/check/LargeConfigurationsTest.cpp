@@ -89,6 +89,25 @@ TEST(LargeConfigurationTest, CirclesThroughAllErrorsAreToldInTime)
     EXPECT_LT(told.size(), 1000000U);
 }
 
+TEST(LargeConfigurationTest, ManySetsOfOneErrorAreNoTrouble)
+{
+    CConfigurationBuilder builder;
+    Support::STestError parent;
+    parent.name = NumberedName(399);
+    for (int first = 0; first < 110; ++first)
+    {
+        builder.Leaf(NumberedName(first));
+        for (int second = 0; second < first; ++second)
+        {
+            Support::STestTriggerSet set;
+            set.autoTrigger = false;
+            set.triggers = {NumberedName(first), NumberedName(second)};
+            parent.sets.push_back(set);
+        }
+    }
+    EXPECT_EQ(Checked(builder.Add(parent)), "0 errors, 0 warnings in 3 files\n");
+}
+
 /// All errors that trigger each other.
 CConfigurationBuilder Knot(int errors)
 {

@@ -147,6 +147,25 @@ const SCheckCase kLinkCases[] = {
      "tree "
      "twice\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"ASetTwiceWithItsTriggersInAnotherOrder",
+     {{kPositioning, "        </TriggerSets>",
+       "          <TriggerSet>\n"
+       "            <Options>\n"
+       "              <Option name=\"titleSource\" value=\"trigger\"/>\n"
+       "              <Option name=\"errorLinking\" value=\"verbose\"/>\n"
+       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
+       "            </Options>\n"
+       "            <Triggers>\n"
+       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
+       "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n"
+       "            </Triggers>\n"
+       "          </TriggerSet>\n"
+       "        </TriggerSets>"},
+      {kPatterns, "allowPartialMatch=\"no\"", "allowPartialMatch=\"yes\""}},
+     "positioning.xml:23:11: warning: this set is the same as the one in line 11: each of its triggers "
+     "stands "
+     "in the tree twice\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"AThresholdThatIsNeverMet",
      {{kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"3\""}},
      "positioning.xml:14:45: warning: the threshold 3 can never be met: the set has 2 triggers\n"
