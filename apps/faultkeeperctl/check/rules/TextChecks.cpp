@@ -1,12 +1,12 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
+#include "faultkeeperctl/check/rules/Markup.h"
 #include "faultkeeperctl/check/rules/TreeContents.h"
 
 #include "common/text/TypedText.h"
 #include "faultkeeperctl/text/TextWidth.h"
 
 #include <algorithm>
-#include <regex>
 #include <sstream>
 
 namespace Faultkeeper::Apps
@@ -14,20 +14,6 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-/// What a screen shows as it stands, although the author meant something else by it: tags, the beginnings of
-/// comments and of raw text, entities and escapes.
-std::string MarkupIn(const std::string& text)
-{
-    // no part of it may be tried again and again: texts come from outside and may be long
-    static const std::regex markup(
-        "</?[A-Za-z][A-Za-z0-9]{0,20}"
-        "(\\s{1,3}[A-Za-z][A-Za-z0-9:_-]{0,30}\\s{0,3}=[^<>]{0,200})?\\s?/?>|" // "a <b and c> d" is none
-        "<!--|<!\\[CDATA\\[|"
-        "&(#x?[0-9A-Fa-f]{1,6}|[A-Za-z][A-Za-z0-9]{1,9});|\\\\[nrt]");
-    std::smatch match;
-    return std::regex_search(text, match, markup) ? match.str() : "";
-}
-
 bool IsBlank(const std::string& text)
 {
     return std::all_of(text.begin(), text.end(), [](char c) { return c == ' ' || c == '\n' || c == '\t'; });

@@ -278,10 +278,12 @@ TEST(GoodConfigurationTest, TextsAsWideAsALineFit)
 
 TEST(GoodConfigurationTest, LessThanAndAmpersandAreNoMarkup)
 {
-    EXPECT_EQ(
-        CheckedEdited({{CheckCases::kCan, "Check the fuse.",
-                        "Is it &lt; 9 V &amp; > 0 V? See R&amp;D; C:\\Temp; a &lt;- b, a &lt;b and c>."}}),
-        kNothingInFour);
+    for (const char* const text :
+         {"Is it &lt; 9 V &amp; > 0 V?", "See R&amp;D; C:\\Temp", "a &lt;- b, a &lt;b and c>.",
+          "Is p &lt;max and min=3 or x> 5?", "a &lt;b c=1 d> e", "Voltage &lt;V min=9.5 V> now", "&lt;",
+          "&lt;a", "&lt;a b='c", "&amp;", "&amp;#;", "&amp;#x;", "&lt;!", "&lt;?>", "\\", "a &lt;b =>",
+          "&amp;nameless0123;", "&lt;john@example.com>"})
+        EXPECT_EQ(CheckedEdited({{CheckCases::kCan, "Check the fuse.", text}}), kNothingInFour) << text;
 }
 
 } // namespace

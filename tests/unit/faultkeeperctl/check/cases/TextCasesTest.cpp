@@ -84,6 +84,41 @@ const SCheckCase kTextCases[] = {
      "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
      "\"<img src=x />\"\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithATagWhoseAttributeHasNoValue",
+     {{kCan, "\"Check the fuse.\"", "\"The key is &lt;input disabled> now.\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<input disabled>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithATagWithAttributesOfBothKinds",
+     {{kCan, "\"Check the fuse.\"", "\"&lt;td nowrap width=3>Fuse\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<td nowrap width=3>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithATagOfTwoWords",
+     {{kCan, "\"Check the fuse.\"", "\"&lt;/my-tag>Fuse\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"</my-tag>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithATagThatQuotesItsEnd",
+     {{kCan, "\"Check the fuse.\"", "\"&lt;a href='x>y'>Fuse\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<a href='x>y'>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithADocumentType",
+     {{kCan, "\"Check the fuse.\"", "\"&lt;!DOCTYPE html>Fuse\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<!DOCTYPE html>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithAnInstruction",
+     {{kCan, "\"Check the fuse.\"", "\"&lt;?xml version='1.0'?>Fuse\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<?xml version='1.0'?>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithATagBehindAComparison",
+     {{kCan, "\"Check the fuse.\"", "\"U &lt;V min=9.5 V> &lt;br/>\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<br/>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"ATextWithAComment",
      {{kCan, "\"Check the fuse.\"", "\"Check the fuse. &lt;!-- which? -->\""}},
      "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
