@@ -36,6 +36,7 @@ void CheckDefinitions(const SConfigurationModel& model, CFindings& findings)
 void CheckDisplay(const CHierarchy& hierarchy, CFindings& findings)
 {
     const std::vector<char> shown = FindShown(hierarchy);
+    const std::vector<char> shownAlone = FindShownAlone(hierarchy, shown);
     for (std::size_t error = 0; error < shown.size(); ++error)
     {
         for (const CHierarchy::SSet& set : hierarchy.Sets(error))
@@ -43,9 +44,10 @@ void CheckDisplay(const CHierarchy& hierarchy, CFindings& findings)
             if (shown[error] == 0 && !set.model->autoTrigger && !set.triggers.empty())
                 findings.Warning(
                     set.model->place,
-                    "this set is never shown, and while its error is active it hides its triggers: "
-                    "it is not automatic, and its error is neither visible nor shown in the tree "
-                    "of one that is");
+                    std::string("this set is never shown, and while its error is active it hides "
+                                "its triggers: it is not automatic, and its error is ") +
+                        (shownAlone[error] == 0 ? "neither visible nor shown in the tree of one that is"
+                                                : "not visible, and others show it by a shallow link only"));
         }
     }
 }

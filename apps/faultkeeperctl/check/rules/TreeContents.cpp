@@ -59,6 +59,23 @@ std::vector<char> FindShown(const CHierarchy& hierarchy)
     return shown;
 }
 
+std::vector<char> FindShownAlone(const CHierarchy& hierarchy, const std::vector<char>& shown)
+{
+    std::vector<char> shownAlone(shown.size(), 0);
+    for (std::size_t error = 0; error < shown.size(); ++error)
+    {
+        for (const CHierarchy::SSet& set : hierarchy.Sets(error))
+        {
+            for (const std::size_t trigger : set.triggers)
+            {
+                if (shown[error] != 0 && set.model->linking == eelmShallow)
+                    shownAlone[trigger] = 1;
+            }
+        }
+    }
+    return shownAlone;
+}
+
 std::vector<char> FindTitlesBelow(const CHierarchy& hierarchy)
 {
     std::vector<char> titlesBelow(hierarchy.Model().errors.size(), 1); // in circles nobody can tell

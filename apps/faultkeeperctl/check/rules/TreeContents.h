@@ -11,6 +11,9 @@ namespace Faultkeeper::Apps
 /// For each error, whether what its triggers say can be read anywhere: in its own tree, or in one above it.
 std::vector<char> FindShown(const CHierarchy& hierarchy);
 
+/// For each error, whether it stands in a tree by a shallow link, which leaves out what its triggers say.
+std::vector<char> FindShownAlone(const CHierarchy& hierarchy, const std::vector<char>& shown);
+
 /// For each error, whether what is below it may give a tree its title.
 std::vector<char> FindTitlesBelow(const CHierarchy& hierarchy);
 

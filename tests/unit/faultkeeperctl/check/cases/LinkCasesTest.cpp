@@ -307,6 +307,16 @@ const SCheckCase kLinkCases[] = {
      "positioning.xml:11:11: warning: this set is never shown, and while its error is active it hides its "
      "triggers: it is not automatic, and its error is neither visible nor shown in the tree of one that is\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"ASetThatIsNotAutomaticBelowAShallowLink",
+     {{kPositioning, "\"verbose\"", "\"shallow\""},
+      {kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
+       "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
+       "        <TriggerSets><TriggerSet><Triggers><Trigger id=\"Positioning:GPS:Communications:9\"/>"
+       "</Triggers></TriggerSet></TriggerSets>\n"}},
+     "can.xml:9:22: warning: this set is never shown, and while its error is active it hides its triggers: "
+     "it "
+     "is not automatic, and its error is not visible, and others show it by a shallow link only\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"AnErrorDefinedTwiceInAFile",
      {{kPositioning,
        "    </Problem>\n"
