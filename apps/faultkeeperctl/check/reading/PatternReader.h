@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPERCTL_CHECK_READING_PATTERNREADER_H
 #define FAULTKEEPERCTL_CHECK_READING_PATTERNREADER_H
 
-#include "faultkeeperctl/check/reading/ConfigurationModel.h"
+#include "faultkeeperctl/check/ConfigurationModel.h"
 
 namespace Faultkeeper::Apps
 {

@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPERCTL_CHECK_READING_REFERENCEREADER_H
 #define FAULTKEEPERCTL_CHECK_READING_REFERENCEREADER_H
 
-#include "faultkeeperctl/check/reading/ConfigurationModel.h"
+#include "faultkeeperctl/check/ConfigurationModel.h"
 #include "faultkeeperctl/check/reading/Element.h"
 
 namespace Faultkeeper::Apps

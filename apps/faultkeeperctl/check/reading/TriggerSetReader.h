@@ -1,7 +1,7 @@
 #ifndef FAULTKEEPERCTL_CHECK_READING_TRIGGERSETREADER_H
 #define FAULTKEEPERCTL_CHECK_READING_TRIGGERSETREADER_H
 
-#include "faultkeeperctl/check/reading/ConfigurationModel.h"
+#include "faultkeeperctl/check/ConfigurationModel.h"
 #include "faultkeeperctl/check/reading/Element.h"
 
 #include <map>

@@ -2,7 +2,7 @@
 #define FAULTKEEPERCTL_CHECK_RULES_CHECKS_H
 
 #include "faultkeeperctl/check/Findings.h"
-#include "faultkeeperctl/check/rules/Hierarchy.h"
+#include "faultkeeperctl/check/hierarchy/Hierarchy.h"
 
 namespace Faultkeeper::Apps
 {

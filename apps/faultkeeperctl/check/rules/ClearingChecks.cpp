@@ -1,6 +1,6 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
-#include "faultkeeperctl/check/rules/Propagation.h"
+#include "faultkeeperctl/check/hierarchy/Propagation.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
-#include "faultkeeperctl/check/rules/TreeContents.h"
+#include "faultkeeperctl/check/hierarchy/TreeContents.h"
 
 #include <Faultkeeper/Identifiers.h>
 #include <Faultkeeper/StatusTable.h>

@@ -1,6 +1,6 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
-#include "faultkeeperctl/check/rules/Cycles.h"
+#include "faultkeeperctl/check/hierarchy/Cycles.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
-#include "faultkeeperctl/check/rules/PatternMatches.h"
+#include "faultkeeperctl/check/hierarchy/PatternMatches.h"
 
 #include "common/text/NearestName.h"
 #include "common/text/TypedText.h"

@@ -1,7 +1,7 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
+#include "faultkeeperctl/check/hierarchy/TreeContents.h"
 #include "faultkeeperctl/check/rules/Markup.h"
-#include "faultkeeperctl/check/rules/TreeContents.h"
 
 #include "common/text/TypedText.h"
 #include "faultkeeperctl/text/TextWidth.h"

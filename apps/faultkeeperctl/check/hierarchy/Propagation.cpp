@@ -1,4 +1,4 @@
-#include "faultkeeperctl/check/rules/Propagation.h"
+#include "faultkeeperctl/check/hierarchy/Propagation.h"
 
 #include <algorithm>
 #include <utility>

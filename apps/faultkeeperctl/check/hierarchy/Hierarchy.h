@@ -1,7 +1,7 @@
-#ifndef FAULTKEEPERCTL_CHECK_RULES_HIERARCHY_H
-#define FAULTKEEPERCTL_CHECK_RULES_HIERARCHY_H
+#ifndef FAULTKEEPERCTL_CHECK_HIERARCHY_HIERARCHY_H
+#define FAULTKEEPERCTL_CHECK_HIERARCHY_HIERARCHY_H
 
-#include "faultkeeperctl/check/reading/ConfigurationModel.h"
+#include "faultkeeperctl/check/ConfigurationModel.h"
 
 #include <cstddef>
 #include <cstdint>

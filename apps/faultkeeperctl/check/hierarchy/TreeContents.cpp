@@ -1,4 +1,4 @@
-#include "faultkeeperctl/check/rules/TreeContents.h"
+#include "faultkeeperctl/check/hierarchy/TreeContents.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "faultkeeperctl/check/rules/Cycles.h"
+#include "faultkeeperctl/check/hierarchy/Cycles.h"
 
 #include <algorithm>
 #include <iterator>

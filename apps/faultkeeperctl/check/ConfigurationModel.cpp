@@ -1,4 +1,4 @@
-#include "faultkeeperctl/check/reading/ConfigurationModel.h"
+#include "faultkeeperctl/check/ConfigurationModel.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "faultkeeperctl/check/rules/Hierarchy.h"
+#include "faultkeeperctl/check/hierarchy/Hierarchy.h"
 
 #include <algorithm>
 

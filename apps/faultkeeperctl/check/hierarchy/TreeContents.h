@@ -1,7 +1,7 @@
-#ifndef FAULTKEEPERCTL_CHECK_RULES_TREECONTENTS_H
-#define FAULTKEEPERCTL_CHECK_RULES_TREECONTENTS_H
+#ifndef FAULTKEEPERCTL_CHECK_HIERARCHY_TREECONTENTS_H
+#define FAULTKEEPERCTL_CHECK_HIERARCHY_TREECONTENTS_H
 
-#include "faultkeeperctl/check/rules/Hierarchy.h"
+#include "faultkeeperctl/check/hierarchy/Hierarchy.h"
 
 #include <vector>
 

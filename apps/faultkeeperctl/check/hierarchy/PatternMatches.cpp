@@ -1,4 +1,4 @@
-#include "faultkeeperctl/check/rules/PatternMatches.h"
+#include "faultkeeperctl/check/hierarchy/PatternMatches.h"
 
 #include <algorithm>
 #include <iterator>

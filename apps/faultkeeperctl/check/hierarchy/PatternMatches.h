@@ -1,8 +1,8 @@
-#ifndef FAULTKEEPERCTL_CHECK_RULES_PATTERNMATCHES_H
-#define FAULTKEEPERCTL_CHECK_RULES_PATTERNMATCHES_H
+#ifndef FAULTKEEPERCTL_CHECK_HIERARCHY_PATTERNMATCHES_H
+#define FAULTKEEPERCTL_CHECK_HIERARCHY_PATTERNMATCHES_H
 
-#include "faultkeeperctl/check/rules/Hierarchy.h"
-#include "faultkeeperctl/check/rules/Propagation.h"
+#include "faultkeeperctl/check/hierarchy/Hierarchy.h"
+#include "faultkeeperctl/check/hierarchy/Propagation.h"
 
 #include <cstddef>
 #include <cstdint>

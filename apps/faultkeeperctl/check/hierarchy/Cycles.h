@@ -1,7 +1,7 @@
-#ifndef FAULTKEEPERCTL_CHECK_RULES_CYCLES_H
-#define FAULTKEEPERCTL_CHECK_RULES_CYCLES_H
+#ifndef FAULTKEEPERCTL_CHECK_HIERARCHY_CYCLES_H
+#define FAULTKEEPERCTL_CHECK_HIERARCHY_CYCLES_H
 
-#include "faultkeeperctl/check/rules/Hierarchy.h"
+#include "faultkeeperctl/check/hierarchy/Hierarchy.h"
 
 #include <vector>
 
