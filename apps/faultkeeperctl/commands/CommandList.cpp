@@ -73,7 +73,8 @@ void AddList(CCommandLine& commandLine)
         "Example: faultkeeperctl --config /etc/faultkeeper list\n"
         "Example: faultkeeperctl list --strings german.txt",
         [strings](const SSettings& settings) { return List(settings, *strings); });
-    command.File("--strings", *strings, "texts to show, a translation of what \"strings\" writes; \"-\" for standard input");
+    command.File("--strings", *strings,
+                 "texts to show, a translation of what \"strings\" writes; \"-\" for standard input");
 }
 
 } // namespace Faultkeeper::Apps
