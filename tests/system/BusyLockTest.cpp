@@ -1,5 +1,7 @@
 #include "SystemFixture.h"
 
+#include "support/FileSizeLimit.h"
+
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -75,6 +77,31 @@ TEST_F(BusyLock, WithoutAStoreNothingIsAcknowledgedThatIsNotInTheTable)
     EXPECT_EQ(reporter->Wait(), 0) << "it sends again what was not acknowledged";
     EXPECT_EQ(Record(kLinkSensor).flags, kRaisedFlag);
     EXPECT_EQ(Record(kLinkSensor).counter1, 1);
+}
+
+TEST_F(BusyLock, WhatWasStoredMeanwhileComesBackThoughTheNextOwnerCannotWriteTheStore)
+{
+    auto owner = StartOwner();
+    Report("confirm raise 0x40C09 9 clear 0x40C09 9");
+    {
+        CLockHolder holder;
+        Report("confirm raise 0x40C09 9");
+        Kill(*owner);
+        EXPECT_TRUE(holder.Release());
+    }
+    EXPECT_EQ(Record(kLinkSensor).counter1, 1) << "the table has not had it";
+    {
+        const CFileSizeLimit enoughForTheLog(4096);
+        owner = StartOwner();
+    }
+    EXPECT_NE(owner->Errors().find("cannot be used: "), std::string::npos);
+    EXPECT_EQ(Record(kLinkSensor).flags, kRaisedFlag);
+    EXPECT_EQ(Record(kPosition).flags, kRaisedFlag);
+    EXPECT_EQ(Record(kLinkSensor).counter1, 2);
+    Kill(*owner);
+    owner = StartOwner();
+    EXPECT_EQ(Record(kLinkSensor).flags, kRaisedFlag);
+    EXPECT_EQ(Record(kLinkSensor).counter1, 2);
 }
 
 TEST_F(BusyLock, LosesNoReportWhileDisplaysCopyWithoutAPause)

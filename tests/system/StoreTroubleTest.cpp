@@ -1,11 +1,11 @@
 #include "SystemFixture.h"
 
+#include "support/FileSizeLimit.h"
 #include "support/FreshDirectory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
 
@@ -74,12 +74,11 @@ TEST_F(StoreTrouble, AStoreThatCannotBeWrittenStopsNoReportAndIsUsedAsSoonAsItCa
 
 TEST_F(StoreTrouble, WhatCouldNotBeStoredComesBackFromTheTable)
 {
-    struct rlimit before = {};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const struct rlimit little = {61440, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &little), 0);
-    auto owner = StartOwner();
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::unique_ptr<CProgram> owner;
+    {
+        const CFileSizeLimit little(61440);
+        owner = StartOwner();
+    }
     Report("confirm repeat 1500 raise 0x40C09 9 clear 0x40C09 9 then raise 0x4281B 2");
     ASSERT_TRUE(owner->SaysInTime("cannot be used: ")) << "its log may not grow that far";
     Kill(*owner);

@@ -63,7 +63,7 @@ SStoredError Added(const SStoredError& stored, const SErrorEntry& record)
     return sum;
 }
 
-/// The owner whose table it is had put what is stored into it.
+/// The owner whose table it is had put what is stored into it, and the table has gone on from there.
 SStoredError Continued(const SStoredError& stored, const SErrorEntry& record)
 {
     const int more = static_cast<std::uint16_t>(record.counter1 - stored.entry.counter1);
@@ -87,36 +87,96 @@ std::vector<SErrorEntry> RecordsOf(const SStatusTable* table, const CErrorDataba
     return records;
 }
 
+/// Has a display seen these times, or are they at least not later than any that it can see? A time of an
+/// earlier boot can lie in the future: the clock was wrong, then or now. The table has not shown it.
+bool Shown(const SErrorEntry& entry, const SStatusTable* table, const Core::Time& now)
+{
+    if (LastChange(entry) <= now)
+        return true;
+    const int count = table == nullptr ? 0 : RecordCount(*table);
+    return count > 0 && std::any_of(table->records, table->records + count,
+                                    [&entry](const SErrorEntry& record)
+                                    {
+                                        return record.problemCode == entry.problemCode &&
+                                               record.problemType == entry.problemType &&
+                                               LastChange(record) == LastChange(entry);
+                                    });
+}
+
+/// What makes a table's records comparable with what is stored.
+struct SComparison
+{
+    const SStatusTable* table; // null if there is none
+    ETableRelation relation;
+    bool sameBoot; // as the store
+    Core::Time now = Core::Time::Now();
+};
+
+/// How much further than the store the table has come with one error, whose raises and clears take turns.
+int Progress(const SErrorEntry& stored, const SErrorEntry& record)
+{
+    const auto raises = static_cast<std::int16_t>(record.counter1 - stored.counter1);
+    return 2 * raises + (stored.flags != 0 ? 1 : 0) - (record.flags != 0 ? 1 : 0);
+}
+
+/// Has the store more of an error than the table? What is reported while the lock is busy is stored at once,
+/// and goes into the table later, with a later time. How many raises they are apart can be told only where
+/// the store was kept up.
+bool StoreKnowsBetter(const SStoredError& stored, const SErrorEntry& record, const SComparison& comparison)
+{
+    if (!comparison.sameBoot)
+        return false;
+    const int progress = Progress(stored.entry, record);
+    if (comparison.relation == etrStored && progress != 0)
+        return progress < 0;
+    return Shown(stored.entry, comparison.table, comparison.now) &&
+           LastChange(stored.entry) > LastChange(record);
+}
+
 /// Does the table count on from what is stored? Where nobody has said: counters only grow, so one that is
 /// lower than it was stored has begun anew.
-bool Continues(ETableRelation relation, const std::vector<SErrorEntry>& records,
+bool Continues(const SComparison& comparison, const std::vector<SErrorEntry>& records,
                const std::map<ErrorId, SStoredError>& errors)
 {
+    const ETableRelation relation = comparison.relation;
     if (relation != etrUnknown && relation != etrElsewhere)
         return relation != etrApart;
     return std::none_of(records.begin(), records.end(),
-                        [&errors](const SErrorEntry& record)
+                        [&](const SErrorEntry& record)
                         {
                             const auto found = errors.find(ErrorId(record.problemCode, record.problemType));
-                            return found != errors.end() && record.counter1 < found->second.entry.counter1;
+                            return found != errors.end() && record.counter1 < found->second.entry.counter1 &&
+                                   !StoreKnowsBetter(found->second, record, comparison);
                         });
 }
 
-/// Since the store was written last an owner has run that did not write it: its table knows better.
-void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records, ETableRelation relation)
+void TellTable(const SComparison& comparison, bool newer)
 {
-    LogInfo(former.sameBoot
-                ? "the state store is behind; starting from the table of a former owner"
-                : "the state store does not know of this boot; starting from the table of a former owner");
+    if (!comparison.sameBoot)
+        LogInfo("the state store does not know of this boot; starting from the table of a former owner");
+    else if (newer || comparison.relation != etrStored)
+        LogInfo("the state store is behind; starting from the table of a former owner");
+}
+
+/// Since the store was written last an owner may have run that did not write it: its table knows better, but
+/// for what was stored while the lock was busy.
+void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records, const SComparison& comparison)
+{
     std::map<ErrorId, SStoredError> errors;
     for (const SStoredError& error : former.errors)
         errors[ErrorId(error.entry.problemCode, error.entry.problemType)] = error;
-    const bool continued = Continues(relation, records, errors);
+    const bool continued = Continues(comparison, records, errors);
+    bool newer = false;
     for (const SErrorEntry& record : records)
     {
-        SStoredError& error = errors[ErrorId(record.problemCode, record.problemType)];
+        const auto [place, missing] = errors.try_emplace(ErrorId(record.problemCode, record.problemType));
+        SStoredError& error = place->second;
+        if (!missing && continued && StoreKnowsBetter(error, record, comparison))
+            continue;
+        newer = newer || Progress(error.entry, record) != 0;
         error = continued ? Continued(error, record) : Added(error, record);
     }
+    TellTable(comparison, newer);
     former.errors.clear();
     for (const auto& error : errors)
         former.errors.push_back(error.second);
@@ -147,22 +207,6 @@ std::vector<SStoredError> TakeDropped(SFormerState& former, const std::vector<SE
     }
     former.errors.insert(former.errors.end(), taken.begin(), taken.end());
     return taken;
-}
-
-/// Has a display seen these times, or are they at least not later than any that it can see? A time of an
-/// earlier boot can lie in the future: the clock was wrong, then or now. The table has not shown it.
-bool Shown(const SErrorEntry& entry, const SStatusTable* table, const Core::Time& now)
-{
-    if (LastChange(entry) <= now)
-        return true;
-    const int count = table == nullptr ? 0 : RecordCount(*table);
-    return count > 0 && std::any_of(table->records, table->records + count,
-                                    [&entry](const SErrorEntry& record)
-                                    {
-                                        return record.problemCode == entry.problemCode &&
-                                               record.problemType == entry.problemType &&
-                                               LastChange(record) == LastChange(entry);
-                                    });
 }
 
 /// What was published and not stored before the owner was killed has not happened. Displays have seen it,
@@ -245,20 +289,19 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
     const ETableRelation relation = keeper.FormerTable();
     former.sameBoot = contents.OfBoot(boot);
     TakeStore(former, contents, database);
-    // Where nothing can be written, the note could not be kept up either, and the table is published first.
+    // Where nothing can be written, the note could not be kept up either, and the table can be ahead.
     const bool stored =
         former.sameBoot && keeper.Storing() && (relation == etrUnknown || relation == etrStored);
     std::vector<SStoredError> fromTable;
     if (!stored && !records.empty())
     {
-        TakeTable(former, records, relation);
+        TakeTable(former, records, {table.get(), relation, former.sameBoot});
         fromTable = former.errors;
     }
     else if (former.sameBoot)
-    {
         fromTable = TakeDropped(former, records, contents.droppedErrors);
+    if (former.sameBoot)
         FindContradictions(former, records, table.get());
-    }
     former.latest = LatestShown(former, records, table.get());
     keeper.Begin(fromTable);
     return former;

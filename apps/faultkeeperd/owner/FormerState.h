@@ -36,8 +36,9 @@ struct SFormerState
 
 /// Opens the store and reads it. Where the store does not know of this boot, or has fallen behind, the
 /// records that a dead owner has left in the shared table of the working directory are used, which lasts as
-/// long as the machine runs; likewise for an error whose row in the store was damaged. To be called before a
-/// creating view fills that table with zeros.
+/// long as the machine runs; likewise for an error whose row in the store was damaged. What was stored and
+/// not put into the table any more, because its lock was busy, is the store's all the same. To be called
+/// before a creating view fills that table with zeros.
 ///
 /// States of errors that this configuration does not know stay in the store, for the day it does again.
 /// @param boot           as BootId gives it

@@ -15,6 +15,7 @@ using namespace Support;
 using namespace Faultkeeper;
 using namespace Faultkeeper::Apps;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace
 {
@@ -70,6 +71,34 @@ protected:
             owner.ClearErrors(ids);
             owner.RaiseErrors(ids);
         }
+    }
+
+    /// What was put into the store while the table was locked, and so later.
+    void StoreLater(const std::vector<SStoredError>& errors)
+    {
+        UseStore();
+        Keeper().Open("boot", "c");
+        for (SStoredError error : errors)
+        {
+            error.entry.raisedTime = Core::Time::Now();
+            Keeper().Keep(error);
+        }
+        Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+        UseStore();
+    }
+
+    void LeaveNote(const std::string& sign)
+    {
+        WriteFile(m_directory.File("note"), sign + " " + m_directory.File("state.db") + "\n");
+    }
+
+    /// As Found, while the store can only be read.
+    std::string FoundReadOnly()
+    {
+        FailingDisk::RefuseAfter(0, EROFS, -1, FailingDisk::ekWrite | FailingDisk::ekOpenToWrite);
+        std::string found = Found();
+        FailingDisk::Mend();
+        return found;
     }
 
     std::string Found()
@@ -221,12 +250,74 @@ TEST_F(FormerState, OfAStoreThatCanOnlyBeReadIsTheTables)
     LeaveStore("boot", "c");
     WriteFile(m_directory.File("note"), "= " + m_directory.File("state.db") + "\n");
     LeaveTable({kDataSensor}, 2);
-    FailingDisk::RefuseAfter(0, EROFS, -1, FailingDisk::ekWrite | FailingDisk::ekOpenToWrite);
-    const std::string found = Found();
-    FailingDisk::Mend();
-    EXPECT_EQ(found, "Positioning:GPS:Communications:9 raised 5/5\nPositioning:Ublox:No Data:2 raised "
-                     "2/2\na 17\n");
+    EXPECT_EQ(FoundReadOnly(),
+              "Positioning:GPS:Communications:9 raised 5/5\nPositioning:Ublox:No Data:2 raised "
+              "2/2\na 17\n");
 }
+
+TEST_F(FormerState, OfAStoreThatCanOnlyBeReadIsWhatWasStoredWhileTheTableWasLocked)
+{
+    LeaveTable({kLinkSensor, kDataSensor}, 1);
+    StoreLater({Error(kLinkSensor, true, 2, 2), Error(kDataSensor, false, 1, 1)});
+    LeaveNote("=");
+    EXPECT_EQ(FoundReadOnly(), "Positioning:GPS:Communications:9 raised 2/2\nPositioning:Ublox:No Data:2 "
+                               "clear 1/1\n");
+    EXPECT_THAT(m_said, Not(HasSubstr("behind"))) << "it is not";
+    EXPECT_EQ(m_former.contradicted, std::set<Id>()) << "its times are the later ones";
+}
+
+TEST_F(FormerState, OfAStoreThatCanOnlyBeReadIsWhatWasStoredThoughTheTableGotPartOfItLater)
+{
+    StoreLater({Error(kLinkSensor, false, 2, 2)});
+    LeaveTable({kLinkSensor}, 2); // all but the clear
+    LeaveNote("=");
+    EXPECT_EQ(FoundReadOnly(), "Positioning:GPS:Communications:9 clear 2/2\n");
+    EXPECT_EQ(m_former.contradicted, std::set<Id>{kLinkSensor}) << "displays have seen it raised";
+}
+
+TEST_F(FormerState, OfAStoreThatCanOnlyBeReadAndIsBehindIsTheTables)
+{
+    StoreLater({Error(kLinkSensor, false, 2, 2)});
+    LeaveTable({kLinkSensor}, 4);
+    LeaveNote("=");
+    EXPECT_EQ(FoundReadOnly(), "Positioning:GPS:Communications:9 raised 4/4\n");
+    EXPECT_THAT(m_said, HasSubstr("info: the state store is behind; starting from the table"));
+}
+
+class StoreBehind : public FormerState, public testing::WithParamInterface<const char*>
+{
+};
+
+TEST_P(StoreBehind, HasMoreOfWhatWasStoredWhileTheTableWasLocked)
+{
+    StoreLater({Error(kDataSensor, false, 1, 1)});
+    LeaveTable({kLinkSensor, kDataSensor}, 3);
+    StoreLater({Error(kLinkSensor, false, 4, 4)});
+    LeaveNote(GetParam()); // the store failed after that, and the owner was killed
+    EXPECT_EQ(Found(),
+              "Positioning:GPS:Communications:9 clear 4/4\nPositioning:Ublox:No Data:2 raised 3/3\n");
+    UseStore();
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 clear 4/4\nPositioning:Ublox:No Data:2 raised 3/3\n")
+        << "it is in the store at once";
+}
+
+TEST_P(StoreBehind, MayBeSoByMoreThanHalfOfWhatACounterHolds)
+{
+    StoreLater({Error(kLinkSensor, false, 5, 65536 + 5)});
+    SErrorEntry later = Error(kLinkSensor, true, 40005, 0).entry;
+    later.raisedTime = Core::Time::Now();
+    {
+        CErrorDatabaseView owner(true, eViewOwner);
+        owner.LoadErrors(Database());
+        owner.RestoreErrors({later});
+    }
+    LeaveNote(GetParam());
+    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 40005/105541\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Signs, StoreBehind, testing::Values(">", "?"),
+                         [](const testing::TestParamInfo<const char*>& sign)
+                         { return *sign.param == '>' ? "Ahead" : "Elsewhere"; });
 
 TEST_F(FormerState, OfATableThatIsInAnotherStoreIsTheTables)
 {
