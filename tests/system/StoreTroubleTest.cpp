@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <linux/capability.h>
+#include <sys/prctl.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
 
@@ -95,6 +97,23 @@ TEST_F(StoreTrouble, WhatCouldNotBeStoredComesBackFromTheTable)
     EXPECT_EQ(Record(kDataSensor).flags, kRaisedFlag);
 }
 
+TEST_F(StoreTrouble, WhatWasReportedWhileNothingCouldBeWrittenComesBackFromTheTable)
+{
+    auto owner = StartOwner();
+    owner->Process().Signal(SIGTERM);
+    ASSERT_EQ(owner->Wait(), 0);
+    {
+        const CFileSizeLimit nothing(0);
+        owner = RunOwner({"--config", Configuration(), "--run-dir", m_directory.Path()});
+        ASSERT_TRUE(WaitUntil([this] { return Table().header.ready == 1; }));
+    }
+    Report("confirm raise 0x4281B 2");
+    Kill(*owner);
+    owner = StartOwner();
+    EXPECT_EQ(Record(kDataSensor).flags, kRaisedFlag);
+    EXPECT_EQ(Record(kPosition).flags, kRaisedFlag);
+}
+
 TEST_F(StoreTrouble, APipeInPlaceOfAStoreIsNotWaitedFor)
 {
     const std::string pipe = m_directory.File("pipe");
@@ -130,4 +149,31 @@ TEST_F(StoreTrouble, AStoreThatAnotherOwnerHasIsLeftAlone)
     EXPECT_TRUE(other->SaysInTime("info: ready"));
     Report("confirm clear 0x4281B 2");
     EXPECT_EQ(CountOf("state store", owner->Errors()), 0);
+}
+
+TEST_F(StoreTrouble, AnotherUsersTableAndWhatBelongsToItAreLeftAsTheyAre)
+{
+    const auto first = StartOwner();
+    Report("confirm raise 0x4281B 2");
+    Kill(*first);
+    const int segment = shmget(m_directory.Key(), 0, 0);
+    struct shmid_ds facts = {};
+    ASSERT_EQ(shmctl(segment, IPC_STAT, &facts), 0);
+    facts.shm_perm.mode = 0444;
+    ASSERT_EQ(shmctl(segment, IPC_SET, &facts), 0);
+    const std::string note = ReadFile(m_directory.File("faultkeeper.note"));
+    CChildProcess user(
+        [this]
+        {
+            prctl(PR_CAPBSET_DROP, CAP_IPC_OWNER, 0, 0, 0); // what root may and others may not anyway
+            const auto second = RunOwner({"--config", Configuration(), "--run-dir", m_directory.Path()});
+            const bool refused = second->Wait() == 1;
+            const bool told = second->Errors() == "faultkeeperd: error: the shared memory under the key of " +
+                                                      m_directory.Path() +
+                                                      " may not be written by this user, and left as it is\n";
+            return refused && told ? 0 : 1;
+        });
+    EXPECT_EQ(user.Wait(), 0);
+    EXPECT_EQ(ReadFile(m_directory.File("faultkeeper.note")), note);
+    EXPECT_EQ(Record(kDataSensor).flags, kRaisedFlag);
 }

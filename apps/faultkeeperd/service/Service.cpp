@@ -75,14 +75,15 @@ bool CService::Claim()
         LogError(RefusedClaim());
         return false;
     }
-    const std::string foreign =
-        ForeignSegment() ? "shared memory under the key of " + m_runDirectory + " is not a table of faults"
-        : ForeignLock()
-            ? "semaphore set under the key of " + m_runDirectory + " is not the lock of a table of faults"
-            : std::string();
-    if (!foreign.empty())
-        LogError("the " + foreign + ", and left as it is");
-    return foreign.empty();
+    const std::string key = "the key of " + m_runDirectory;
+    const std::string problem =
+        ForeignSegment()   ? "shared memory under " + key + " is not a table of faults"
+        : RefusedSegment() ? "shared memory under " + key + " may not be written by this user"
+        : ForeignLock()    ? "semaphore set under " + key + " is not the lock of a table of faults"
+                           : std::string();
+    if (!problem.empty())
+        LogError("the " + problem + ", and left as it is");
+    return problem.empty();
 }
 
 bool CService::Load(const std::string& configurationPrefix)

@@ -37,7 +37,7 @@ public:
     bool Listen(unsigned short port);
 
     /// Makes sure that no other owner uses the working directory, on whatever port, and that no other
-    /// program's shared memory is where the table belongs. Touches nothing.
+    /// program's or user's shared memory is where the table belongs. Touches nothing.
     bool Claim();
 
     /// Loads the configuration, takes over the table of the working directory and brings the former state

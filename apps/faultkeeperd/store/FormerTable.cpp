@@ -76,6 +76,12 @@ bool ForeignSegment()
     return TableKey(key) && ReadSegmentFacts(FindSegment(key), facts) && facts.bytes != kStatusTableBytes;
 }
 
+bool RefusedSegment()
+{
+    key_t key = -1;
+    return TableKey(key) && FindSegment(key) != -1 && !SegmentUsable(key);
+}
+
 void ConfirmTable()
 {
     key_t key = -1;

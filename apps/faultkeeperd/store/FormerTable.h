@@ -32,6 +32,9 @@ std::unique_ptr<SStatusTable> FormerTable();
 bool ForeignSegment();
 bool ForeignLock();
 
+/// Is there shared memory under that key that this process may not write? It is another user's.
+bool RefusedSegment();
+
 /// Was that segment last confirmed before the directory's birth, in seconds since 1970, and not in this
 /// directory? Then it is not the directory's.
 bool MadeBefore(int segment, const SSegmentFacts& facts, std::int64_t birth);

@@ -1,6 +1,7 @@
 #include "faultkeeperd/store/TableNote.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -29,18 +30,27 @@ enum EExtent : int
     eexWhole,
 };
 
-/// In its place: a full disk takes that, where it would not take a file that was emptied first.
+/// In its place: a full disk takes that, where it would not take a file that was emptied first. If nothing of
+/// it can be written, the file is emptied: it must not go on saying what is not so any more.
 bool PutBytes(const std::string& path, int flags, const std::string& bytes, EExtent extent)
 {
     const int file = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | flags, kMode);
     if (file == -1)
         return false;
     const auto size = static_cast<off_t>(bytes.size());
-    const bool put = write(file, bytes.data(), bytes.size()) == size;
-    const bool cut = extent == eexBeginning || ftruncate(file, size) == 0;
+    const ssize_t put = write(file, bytes.data(), bytes.size());
+    const bool cut = (put > 0 && extent == eexBeginning) || ftruncate(file, put > 0 ? size : 0) == 0;
     static_cast<void>(cut); // only the first line is read
     close(file);
-    return put;
+    return put == size;
+}
+
+/// What is no file, or another user's, is left alone.
+void RemoveOwn(const std::string& path)
+{
+    struct stat file = {};
+    if (lstat(path.c_str(), &file) == 0 && S_ISREG(file.st_mode) && file.st_uid == geteuid())
+        unlink(path.c_str());
 }
 } // namespace
 
@@ -65,13 +75,13 @@ ETableRelation CTableNote::RelationTo(const std::string& store) const
 
 void CTableNote::Write(ETableRelation relation, const std::string& store)
 {
-    if (m_path.empty() || (relation == m_relation && store == m_store))
+    if (m_path.empty() || (m_written && relation == m_relation && store == m_store))
         return;
     const bool signWillDo = m_written && store == m_store && m_relation != etrUnknown;
     m_written = (signWillDo && PutSign(relation)) || PutAll(relation, store);
-    std::error_code ignored; // what is no file of ours is left alone
-    if (!m_written && std::filesystem::is_regular_file(m_path, ignored))
-        unlink(m_path.c_str()); // none is better than one that is cut off or not so any more
+    // One that is empty or cut off has the table go before the store, which is right for all others.
+    if (!m_written && relation == etrStored)
+        RemoveOwn(m_path);
     m_relation = relation;
     m_store = store;
 }
@@ -82,6 +92,8 @@ void CTableNote::FallBehind()
         Write(etrAhead, m_store);
     else if (m_relation == etrUnknown)
         Write(etrElsewhere, m_store);
+    else if (!m_written)
+        Write(m_relation, m_store); // it may go now
 }
 
 bool CTableNote::PutSign(ETableRelation relation) const

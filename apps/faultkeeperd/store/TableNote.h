@@ -22,8 +22,9 @@ enum ETableRelation : int
 /// A store that fails, or is not used for a while, falls behind; then the table of a dead owner knows better,
 /// and only the note can tell. It is one line, a sign and the store's path. That a store falls behind changes
 /// the sign alone, in its place, which a full disk does not keep from being written.
-/// Failure: a directory that takes no file has no note; then everything counts as unknown. A note
-/// that could not be written whole is removed.
+/// Failure: a directory that takes no file has no note; then everything counts as unknown. A note that could
+/// not be written whole makes the table the newer; if it was to say that the store has all, it is removed. It
+/// is tried again whenever it is to say something, though that be the same.
 class CTableNote
 {
 public:
@@ -39,7 +40,8 @@ public:
     /// The table is in that store, or went on from it, or from none.
     void Write(ETableRelation relation, const std::string& store);
 
-    /// The table has got ahead of what it was stored in, whatever that was.
+    /// The table has got ahead of what it was stored in, whatever that was. Not once only: a store that goes
+    /// on failing goes on saying so.
     void FallBehind();
 
 private:

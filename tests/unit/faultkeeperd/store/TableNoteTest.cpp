@@ -1,6 +1,8 @@
 #include "faultkeeperd/store/TableNote.h"
 
+#include "support/FileSizeLimit.h"
 #include "support/FreshDirectory.h"
+#include "system/ChildProcess.h"
 
 #include <gtest/gtest.h>
 
@@ -112,6 +114,56 @@ TEST_F(TableNote, ThatCannotBeWrittenWholeIsRemoved)
     ASSERT_EQ(unlink(Path().c_str()), 0);
     note.Write(etrAhead, "/a");
     EXPECT_EQ(ReadFile(Path()), "> /a\n") << "all of it, as nothing was there";
+}
+
+TEST_F(TableNote, ThatCannotBeWrittenSaysNoMoreThatTheStoreHasAll)
+{
+    CTableNote note(Path());
+    note.Write(etrStored, "/a");
+    {
+        const CFileSizeLimit nothing(0);
+        note.FallBehind();
+        EXPECT_EQ(Found(), etrElsewhere) << "the table goes before the store";
+        note.Write(etrStored, "/a");
+        EXPECT_EQ(Found(), etrUnknown) << "the store goes before the table";
+        note.Write(etrApart, "");
+        EXPECT_EQ(Found(), etrElsewhere);
+    }
+}
+
+TEST_F(TableNote, IsWrittenAsSoonAsThatCanBeDone)
+{
+    CTableNote note(Path());
+    {
+        const CFileSizeLimit nothing(0);
+        note.Write(etrAhead, "/a");
+    }
+    note.FallBehind();
+    EXPECT_EQ(ReadFile(Path()), "> /a\n");
+    {
+        const CFileSizeLimit nothing(0);
+        note.Write(etrStored, "/a");
+    }
+    note.Write(etrStored, "/a");
+    EXPECT_EQ(ReadFile(Path()), "= /a\n");
+}
+
+TEST_F(TableNote, OfAnotherUserIsNotRemoved)
+{
+    WriteFile(Path(), "> /a\n");
+    ASSERT_EQ(chmod(Path().c_str(), 0444), 0);
+    ASSERT_EQ(chmod(m_directory.Path().c_str(), 0777), 0);
+    const bool root = geteuid() == 0; // others cannot become anybody else, and have a file of their own there
+    CChildProcess user(
+        [this, root]
+        {
+            if (root && setuid(65534) != 0)
+                return 1;
+            CTableNote(Path()).Write(etrStored, "/a");
+            return 0;
+        });
+    EXPECT_EQ(user.Wait(), 0);
+    EXPECT_EQ(std::filesystem::exists(Path()), root);
 }
 
 TEST_F(TableNote, IsMadeAnewIfSomebodyHasRemovedIt)
