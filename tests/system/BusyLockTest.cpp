@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/sem.h>
+
 #include <csignal>
 
 using namespace Support;
@@ -20,7 +22,18 @@ class BusyLock : public SystemTest
 class CLockHolder
 {
 public:
-    CLockHolder() : m_process([this] { return HoldLock(); }) { EXPECT_TRUE(m_held.Pass()); }
+    /// It takes the lock at once.
+    CLockHolder() : m_process([this] { return HoldLock(false); }) { EXPECT_TRUE(Holds()); }
+
+    /// It waits for an owner and takes the lock before that one does.
+    explicit CLockHolder(const CSharedTableDirectory& directory)
+        : m_process([this] { return HoldLock(true); })
+    {
+        EXPECT_TRUE(WaitUntil([&] { return semctl(directory.Semaphore(), 0, GETNCNT) == 1; }));
+    }
+
+    /// Waits until it has the lock.
+    bool Holds() const { return m_held.Pass(); }
 
     /// @return true if the lock was given back as it should be
     bool Release()
@@ -32,10 +45,10 @@ public:
     CChildProcess& Process() { return m_process; }
 
 private:
-    int HoldLock() const
+    int HoldLock(bool waits) const
     {
         CErrorDatabaseView view(false, eViewReader);
-        if (!WaitUntil([&] { return view.GetLock(false); }))
+        if (!WaitUntil([&] { return view.GetLock(waits); }))
             return 1;
         m_held.Open();
         return m_release.Pass() && view.ReleaseLock() ? 0 : 1;
@@ -77,6 +90,23 @@ TEST_F(BusyLock, WithoutAStoreNothingIsAcknowledgedThatIsNotInTheTable)
     EXPECT_EQ(reporter->Wait(), 0) << "it sends again what was not acknowledged";
     EXPECT_EQ(Record(kLinkSensor).flags, kRaisedFlag);
     EXPECT_EQ(Record(kLinkSensor).counter1, 1);
+}
+
+TEST_F(BusyLock, WithoutAStoreNothingIsAcknowledgedBeforeTheTableHasTheFormerState)
+{
+    auto owner = StartOwner({"--state", "none"});
+    Report("confirm raise 0x40C09 9");
+    Kill(*owner);
+    CLockHolder holder(m_directory);
+    owner = RunOwner({"--config", Configuration(), "--run-dir", m_directory.Path(), "--state", "none"});
+    ASSERT_TRUE(holder.Holds());
+    const auto reporter = StartReporter("confirm raise 0x40C09 9"); // changes nothing
+    ASSERT_TRUE(owner->SaysInTime("which does not let go; changes wait\n"));
+    Kill(*owner);
+    EXPECT_TRUE(holder.Release());
+    owner = StartOwner({"--state", "none"});
+    EXPECT_EQ(reporter->Wait(), 0) << "it sends again what was not acknowledged";
+    EXPECT_EQ(Record(kLinkSensor).flags, kRaisedFlag);
 }
 
 TEST_F(BusyLock, WhatWasStoredMeanwhileComesBackThoughTheNextOwnerCannotWriteTheStore)

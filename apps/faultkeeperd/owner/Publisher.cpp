@@ -81,7 +81,7 @@ bool CPublisher::Done() const
 
 bool CPublisher::Advance()
 {
-    if (m_withdrawn && m_stage < epsReady && m_changes.empty())
+    if (m_withdrawn && m_stage < epsReady && Waiting() == 0)
         return Reach(epsWithdrawn, true); // a creating view leaves the table not ready
     if (m_stage == epsEmpty)
         return Reach(epsLoaded, m_view.LoadErrors(m_database));
@@ -98,7 +98,11 @@ bool CPublisher::RestoreRecords()
 {
     if (m_former.empty())
         return true;
-    return m_formerStates ? m_view.RestoreErrors(m_former) : m_view.UpdateErrorDetails(m_former);
+    const bool restored =
+        m_formerStates ? m_view.RestoreErrors(m_former) : m_view.UpdateErrorDetails(m_former);
+    if (restored)
+        m_former.clear();
+    return restored;
 }
 
 /// Raises that nobody was to see any more, in the counters. Of two records with one identifier the first one

@@ -55,14 +55,14 @@ public:
     bool Done() const;
 
     /// From here on, the table is declared not ready as soon as all changes are in it. One that was never
-    /// declared ready and waits for no change is left as it is.
+    /// declared ready and waits for no change stays so; what a former owner has left goes into it first.
     void Withdraw() { m_withdrawn = true; }
 
     /// Does the table say that it is ready?
     bool Ready() const { return m_stage == epsReady; }
 
-    /// Changes that the table does not have yet.
-    std::size_t Waiting() const { return m_changes.size(); }
+    /// Changes, and records that a former owner has left, that the table does not have yet.
+    std::size_t Waiting() const { return m_changes.size() + m_former.size(); }
 
 private:
     enum EPublishingStage
@@ -88,7 +88,7 @@ private:
     CErrorDatabaseView& m_view;
     EPublishingStage m_stage;
     bool m_withdrawn;
-    std::vector<SErrorEntry> m_former;
+    std::vector<SErrorEntry> m_former; // until the table has them
     bool m_formerStates;
     std::vector<SErrorChange> m_changes; // oldest first
     std::size_t m_limit = kWaitingLimit; // of those

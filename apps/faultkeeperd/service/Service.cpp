@@ -188,7 +188,7 @@ void CService::SettleNow()
 }
 
 /// What would not come back with the next owner is not acknowledged: without a store that is all that waits
-/// for the lock of the table.
+/// for the lock of the table. A report that changes nothing counts on what the former owner has left.
 void CService::Acknowledge()
 {
     if (m_keeper.Storing() || m_owner->Publisher().Waiting() == 0)

@@ -101,7 +101,9 @@ TEST_F(Publisher, BringsAFormerStateBackBeforeTheTableIsReady)
     record.raisedTime = Core::Time(1000);
     m_publisher->Restore({record}, true);
     EXPECT_FALSE(PublishBusy());
+    EXPECT_EQ(m_publisher->Waiting(), 1U);
     EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_EQ(m_publisher->Waiting(), 0U);
     EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
     EXPECT_EQ(Record(kLinkSensor).counter1, 5);
     EXPECT_EQ(Record(kLinkSensor).counter2, 4);
@@ -192,6 +194,23 @@ TEST_F(Publisher, NeverDeclaresATableReadyThatIsWithdrawnBefore)
 {
     m_publisher->Withdraw();
     EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_FALSE(m_publisher->Ready());
+    EXPECT_EQ(Table().header.ready, 0U);
+}
+
+TEST_F(Publisher, BringsAFormerStateBackThoughTheTableIsWithdrawnBefore)
+{
+    Faultkeeper::SErrorEntry record;
+    record.problemCode = kLinkSensor.first;
+    record.problemType = static_cast<std::int16_t>(kLinkSensor.second);
+    record.flags = Faultkeeper::kRaisedFlag;
+    m_publisher->Restore({record}, true);
+    EXPECT_FALSE(PublishBusy());
+    m_publisher->Withdraw();
+    EXPECT_FALSE(PublishBusy());
+    EXPECT_FALSE(m_publisher->Done());
+    EXPECT_TRUE(m_publisher->Publish());
+    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor}) << "the next owner may have nothing else";
     EXPECT_FALSE(m_publisher->Ready());
     EXPECT_EQ(Table().header.ready, 0U);
 }
