@@ -3,6 +3,7 @@
 #include "common/owner/TableProbe.h"
 #include "common/text/ErrorNames.h"
 #include "faultkeeperd/Log.h"
+#include "faultkeeperd/owner/Orphans.h"
 #include "faultkeeperd/store/FormerTable.h"
 #include "faultkeeperd/store/StateKeeper.h"
 
@@ -237,27 +238,6 @@ void FindContradictions(SFormerState& former, const std::vector<SErrorEntry>& re
     former.errors.insert(former.errors.end(), unknown.begin(), unknown.end());
 }
 
-/// What was raised last because of another error, as far as the journal tells.
-std::map<ErrorId, ErrorId> Causes(CStateKeeper& keeper)
-{
-    constexpr std::size_t kAtOnce = 1000;
-    std::map<ErrorId, ErrorId> causes;
-    std::vector<STransition> transitions = keeper.Journal(0, kAtOnce);
-    while (!transitions.empty())
-    {
-        for (const STransition& transition : transitions)
-        {
-            const ErrorId id(transition.problemCode, transition.problemType);
-            if (transition.raised && transition.caused)
-                causes[id] = ErrorId(transition.causeCode, transition.causeType);
-            else
-                causes.erase(id);
-        }
-        transitions = keeper.Journal(transitions.back().number + 1, kAtOnce);
-    }
-    return causes;
-}
-
 /// Within the range that makes sense, whatever is in the table has been seen.
 Core::Time LatestShown(const SFormerState& former, const std::vector<SErrorEntry>& records,
                        const SStatusTable* table)
@@ -284,7 +264,7 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
     {
         LogInfo("the state store is of another configuration; what still exists is kept");
         if (contents.OfBoot(boot))
-            former.causes = Causes(keeper);
+            former.orphans = FindOrphans(keeper, database, contents.errors);
     }
     const ETableRelation relation = keeper.FormerTable();
     former.sameBoot = contents.OfBoot(boot);

@@ -6,7 +6,6 @@
 
 #include <Core/Time.h>
 
-#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -28,10 +27,9 @@ struct SFormerState
     std::vector<SStoredSession> sessions;
     bool sameBoot = false; ///< what was raised still is; otherwise reporters report it anew
     std::set<ErrorId>
-        contradicted; ///< displays have seen these in the other state, and later: it was not stored
-    std::map<ErrorId, ErrorId> causes; ///< of what was raised because of another error, by a configuration
-                                       ///< that was another one: that error
-    Core::Time latest; ///< the latest time that a display can have seen; zero if there is none
+        contradicted;          ///< displays have seen these in the other state, and later: it was not stored
+    std::set<ErrorId> orphans; ///< of another configuration, and active by it alone: see FindOrphans
+    Core::Time latest;         ///< the latest time that a display can have seen; zero if there is none
 };
 
 /// Opens the store and reads it. Where the store does not know of this boot, or has fallen behind, the

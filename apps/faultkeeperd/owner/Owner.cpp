@@ -26,17 +26,6 @@ bool HasCause(const CError& error)
     };
     return std::any_of(error.TriggerSets().begin(), error.TriggerSets().end(), raises);
 }
-
-/// Is it linked to that error still, in a set that raises it by itself?
-bool LinkedTo(const CError& error, const CError* cause)
-{
-    const auto hasIt = [cause](const CTriggerSet& set)
-    {
-        return set.AutoTrigger() &&
-               std::find(set.Triggers().begin(), set.Triggers().end(), cause) != set.Triggers().end();
-    };
-    return std::any_of(error.TriggerSets().begin(), error.TriggerSets().end(), hasIt);
-}
 } // namespace
 
 COwner::COwner(CErrorDatabase& database, CStateKeeper& keeper, const SFormerState& former)
@@ -46,7 +35,7 @@ COwner::COwner(CErrorDatabase& database, CStateKeeper& keeper, const SFormerStat
     ConfirmTable();
     Restore(former);
     m_database.SetCallback(this);
-    ClearOrphans(former.causes);
+    ClearOrphans(former.orphans);
 }
 
 COwner::~COwner()
@@ -82,21 +71,20 @@ void COwner::Restore(const SFormerState& former)
     m_publisher.Restore(entries, former.sameBoot);
 }
 
-/// What was raised because of an error that it is not linked to any more would be cleared by nobody. Where
-/// the link is as it was, so is what follows from it. One that is cleared can leave others behind.
-void COwner::ClearOrphans(const std::map<ErrorId, ErrorId>& causes)
+/// What was raised because of another error, and is active by former links alone, would be cleared by nobody,
+/// unless an active error raises it. One that is cleared can leave others behind.
+void COwner::ClearOrphans(const std::set<ErrorId>& orphans)
 {
     m_recorder.Begin(std::string());
     for (bool changed = true; changed;)
     {
         changed = false;
-        for (const auto& [id, causeId] : causes)
+        for (const auto& [problemCode, problemType] : orphans)
         {
-            const CError* const error = m_database.RetrieveError(id.first, id.second);
-            const CError* const cause = m_database.RetrieveError(causeId.first, causeId.second);
-            if (error == nullptr || !error->Active() || LinkedTo(*error, cause) || HasCause(*error))
+            const CError* const error = m_database.RetrieveError(problemCode, problemType);
+            if (error == nullptr || !error->Active() || HasCause(*error))
                 continue;
-            m_database.ClearError(id.first, id.second, false);
+            m_database.ClearError(problemCode, problemType, false);
             changed = changed || !error->Active();
         }
     }

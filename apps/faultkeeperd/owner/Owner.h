@@ -10,7 +10,7 @@
 #include <Faultkeeper/ErrorDbChanged.h>
 
 #include <cstdint>
-#include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -79,7 +79,7 @@ private:
     void ErrorCleared(int problemCode, int problemType) override;
 
     void Restore(const SFormerState& former);
-    void ClearOrphans(const std::map<ErrorId, ErrorId>& causes);
+    void ClearOrphans(const std::set<ErrorId>& orphans);
     bool PublishChanges();
     bool TakeTimes();
 

@@ -55,6 +55,53 @@ protected:
     bool m_stored = true;
 };
 
+// The same, with other links each time.
+class LinkedOwner : public RestoredOwner
+{
+protected:
+    /// Starts an owner with these automatic sets: "9" and "2" are the sensors, and with this text.
+    void Configure(const std::vector<std::vector<std::string>>& receiver,
+                   const std::vector<std::vector<std::string>>& position, const std::string& text,
+                   int needed = 1)
+    {
+        CConfigurationBuilder builder;
+        builder.Leaf(Name("9")).Leaf(Name("2"));
+        builder.Add(Parent("receiver", receiver, text, needed));
+        builder.Add(Parent("position", position, text, needed));
+        builder.WriteTo(m_directory.Prefix());
+        WarnedBy([&] { Start(m_boot, std::to_string(++m_configurations)); });
+    }
+
+    std::string m_boot = "boot";
+
+private:
+    static std::string Name(const std::string& word)
+    {
+        return word == "9"          ? "Positioning:GPS:Communications:9"
+               : word == "2"        ? "Positioning:Ublox:No Data:2"
+               : word == "receiver" ? "Positioning:GPS:No Data:2"
+                                    : "System:Position:No Data:2";
+    }
+
+    static STestError Parent(const std::string& word, const std::vector<std::vector<std::string>>& sets,
+                             const std::string& text, int needed)
+    {
+        STestError parent;
+        parent.name = Name(word);
+        parent.problem = text;
+        for (const std::vector<std::string>& triggers : sets)
+        {
+            parent.sets.emplace_back();
+            parent.sets.back().triggersNeeded = needed;
+            for (const std::string& trigger : triggers)
+                parent.sets.back().triggers.push_back(Name(trigger));
+        }
+        return parent;
+    }
+
+    int m_configurations = 0;
+};
+
 void ExpectSame(const SErrorEntry& left, const SErrorEntry& right)
 {
     EXPECT_EQ(left.flags, right.flags);
@@ -250,28 +297,85 @@ TEST_F(RestoredOwner, ClearsWhatFollowedFromAnErrorThatHasNothingToDoWithItAnyMo
     EXPECT_EQ(Keeper().JournalLength(), 5u) << "three raises, two clears";
 }
 
-TEST_F(RestoredOwner, KeepsWhatStayedActiveBehindALinkThatIsAsItWas)
+TEST_F(LinkedOwner, KeepsWhatStayedActiveBehindALinkThatIsAsItWas)
 {
-    const auto configuration = [this](const std::string& text)
-    {
-        STestError parent;
-        parent.name = "Positioning:GPS:No Data:2";
-        parent.sets.resize(2);
-        parent.sets[0].triggers = {"Positioning:GPS:Communications:9"};
-        parent.sets[1].triggers = {"Positioning:Ublox:No Data:2"};
-        parent.problem = text;
-        CConfigurationBuilder builder;
-        builder.Leaf("Positioning:GPS:Communications:9").Leaf("Positioning:Ublox:No Data:2").Add(parent);
-        builder.WriteTo(m_directory.Prefix());
-    };
-    configuration("one text");
-    Start("boot", "d");
+    Configure({{"9"}, {"2"}}, {}, "one text");
     Report(kLinkSensor, true);
     Report(kLinkSensor, false);
     ASSERT_EQ(Raised(), std::vector<Id>{kReceiver}) << "either set keeps it";
-    configuration("another text");
-    WarnedBy([&] { Start("boot", "e"); });
+    Configure({{"9"}, {"2"}}, {}, "another text");
     EXPECT_EQ(Raised(), std::vector<Id>{kReceiver});
+}
+
+TEST_F(LinkedOwner, KeepsWhatStayedActiveBehindLinksThatCouldHaveClearedIt)
+{
+    Configure({{"9", "2"}, {"9"}}, {}, "one text");
+    Report(kLinkSensor, true);
+    Report(kDataSensor, true);
+    Report(kLinkSensor, false);
+    Report(kDataSensor, false);
+    ASSERT_EQ(Raised(), std::vector<Id>{kReceiver}) << "it is not in the second set";
+    Configure({{"9", "2"}, {"9"}}, {}, "another text");
+    EXPECT_EQ(Raised(), std::vector<Id>{kReceiver});
+}
+
+TEST_F(LinkedOwner, ClearsWhatIsLinkedToItsCauseAndWouldHaveBeenClearedWithIt)
+{
+    Configure({{"9", "2"}}, {}, "");
+    Report(kLinkSensor, true);
+    Report(kDataSensor, true);
+    Report(kLinkSensor, false);
+    ASSERT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver}));
+    Configure({{"9"}}, {}, "");
+    EXPECT_EQ(Raised(), std::vector<Id>{kDataSensor}) << "it would be cleared by nobody";
+}
+
+TEST_F(LinkedOwner, ClearsWhatFollowedFromWhatWouldNotHaveBeenRaised)
+{
+    Configure({{"9"}}, {{"receiver"}, {"2"}}, "");
+    Report(kLinkSensor, true);
+    ASSERT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+    Configure({{"2"}}, {{"receiver"}, {"2"}}, "");
+    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
+}
+
+TEST_F(LinkedOwner, ClearsWhatIsRaisedOnlyWithMoreThanWasRaised)
+{
+    Configure({{"9", "2"}}, {}, "");
+    Report(kLinkSensor, true);
+    Configure({{"9", "2"}}, {}, "", 2);
+    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
+    Report(kDataSensor, true);
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kDataSensor, kReceiver}));
+}
+
+TEST_F(LinkedOwner, KeepsWhatWouldHaveBeenRaisedLater)
+{
+    Configure({{"9", "2"}}, {}, "");
+    Report(kLinkSensor, true);
+    Report(kDataSensor, true);
+    Configure({{"2"}, {"position"}}, {}, "");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kDataSensor, kReceiver}));
+    Report(kDataSensor, false);
+    Configure({{"2"}, {"position"}}, {}, "again");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver}));
+}
+
+TEST_F(LinkedOwner, DoesNotTakeWhatWasActiveBeforeTheMachineStartedForActive)
+{
+    Configure({{"9", "2"}}, {}, "");
+    Report(kDataSensor, true);
+    m_directory.RemoveTable();
+    m_boot = "next boot";
+    Configure({{"9", "2"}}, {}, "");
+    Report(kDataSensor, true);
+    Report(kDataSensor, false);
+    Report(kLinkSensor, true);
+    Report(kDataSensor, true);
+    Report(kLinkSensor, false);
+    ASSERT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver}));
+    Configure({{"9"}}, {}, "");
+    EXPECT_EQ(Raised(), std::vector<Id>{kDataSensor});
 }
 
 TEST_F(RestoredOwner, KeepsWhatFollowsByAnotherConfigurationAsWell)
