@@ -75,7 +75,6 @@ void COwner::Restore(const SFormerState& former)
 /// unless an active error raises it. One that is cleared can leave others behind.
 void COwner::ClearOrphans(const std::set<ErrorId>& orphans)
 {
-    m_recorder.Begin(std::string());
     for (bool changed = true; changed;)
     {
         changed = false;
@@ -84,6 +83,7 @@ void COwner::ClearOrphans(const std::set<ErrorId>& orphans)
             const CError* const error = m_database.RetrieveError(problemCode, problemType);
             if (error == nullptr || !error->Active() || HasCause(*error))
                 continue;
+            m_recorder.Begin(std::string()); // it follows from none of the others
             m_database.ClearError(problemCode, problemType, false);
             changed = changed || !error->Active();
         }

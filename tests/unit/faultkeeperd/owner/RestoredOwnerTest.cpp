@@ -378,6 +378,20 @@ TEST_F(LinkedOwner, DoesNotTakeWhatWasActiveBeforeTheMachineStartedForActive)
     EXPECT_EQ(Raised(), std::vector<Id>{kDataSensor});
 }
 
+TEST_F(LinkedOwner, NamesNoErrorAsTheCauseOfTheClearingOfAnother)
+{
+    Configure({{"9"}}, {{"2"}}, "");
+    Report(kLinkSensor, true);
+    Report(kDataSensor, true);
+    Configure({}, {}, "");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kDataSensor}));
+    Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+    const std::vector<STransition> transitions = Keeper().Journal(5, 10);
+    ASSERT_EQ(transitions.size(), 2u);
+    for (const STransition& transition : transitions)
+        EXPECT_FALSE(transition.raised || transition.caused) << transition.number;
+}
+
 TEST_F(RestoredOwner, KeepsWhatFollowsByAnotherConfigurationAsWell)
 {
     Report(kLinkSensor, true);
