@@ -21,6 +21,10 @@ namespace
 constexpr std::int64_t kDay = 86400000000000;   // nanoseconds
 constexpr std::int64_t kRollover = 7168 * kDay; // 1024 weeks, after which satellites count anew
 
+// The system dates directories more finely than segments: one that is made just when a second begins can seem
+// to be a second younger than the segment that is made after it.
+constexpr std::int64_t kClocksApart = 1; // seconds
+
 bool TimeMakesSense(const Core::Time& time, const Core::Time& latest)
 {
     return time >= Core::Time() && time <= latest;
@@ -57,7 +61,7 @@ bool MakesSense(const SErrorEntry& record, const Core::Time& latest, const CErro
 
 bool MadeBefore(int segment, const SSegmentFacts& facts, std::int64_t birth)
 {
-    return facts.changed < birth && !Confirmed(segment);
+    return facts.changed + kClocksApart < birth && !Confirmed(segment);
 }
 
 std::unique_ptr<SStatusTable> FormerTable()

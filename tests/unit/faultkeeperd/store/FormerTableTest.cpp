@@ -147,10 +147,11 @@ TEST_F(FormerTable, OfADirectoryThatHadTheSameNumberIsNotRead)
     ASSERT_TRUE(DirectoryBirth(birth));
     SSegmentFacts facts;
     ASSERT_TRUE(ReadSegmentFacts(FindSegment(m_directory.Key()), facts));
-    EXPECT_GE(facts.changed, birth);
+    EXPECT_GE(facts.changed + 1, birth);
     const int segment = FindSegment(m_directory.Key());
     EXPECT_FALSE(MadeBefore(segment, facts, facts.changed));
-    EXPECT_TRUE(MadeBefore(segment, facts, facts.changed + 1));
+    EXPECT_FALSE(MadeBefore(segment, facts, facts.changed + 1)) << "made just when a second began";
+    EXPECT_TRUE(MadeBefore(segment, facts, facts.changed + 2));
 }
 
 TEST_F(FormerTable, CountsAsItsOwnersOnceConfirmed)
@@ -189,7 +190,7 @@ TEST_F(FormerTable, IsConfirmedWithoutWaitingForAPipe)
     ConfirmTable();
     SSegmentFacts facts;
     ASSERT_TRUE(ReadSegmentFacts(FindSegment(m_directory.Key()), facts));
-    EXPECT_TRUE(MadeBefore(FindSegment(m_directory.Key()), facts, facts.changed + 1));
+    EXPECT_TRUE(MadeBefore(FindSegment(m_directory.Key()), facts, facts.changed + 2));
 }
 
 TEST_F(FormerTable, OfAnotherSizeIsAnotherProgramsAndNotRead)
