@@ -8,6 +8,7 @@
 
 #include <linux/capability.h>
 #include <sys/prctl.h>
+#include <sys/sem.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
 
@@ -136,6 +137,25 @@ TEST_F(StoreTrouble, AnotherProgramsSharedMemoryIsLeftAsItIs)
                                    m_directory.Path() + " is not a table of faults, and left as it is\n");
     EXPECT_EQ(bytes[0], 77);
     shmdt(bytes);
+}
+
+TEST_F(StoreTrouble, AnotherProgramsSemaphoreIsLeftAsItIs)
+{
+    const auto first = StartOwner();
+    Report("confirm raise 0x4281B 2");
+    Kill(*first);
+    semctl(m_directory.Semaphore(), 0, IPC_RMID);
+    const int semaphore = semget(m_directory.Key(), 1, IPC_CREAT | IPC_EXCL | 0600);
+    ASSERT_NE(semaphore, -1);
+    struct sembuf more = {0, 7, 0};
+    ASSERT_EQ(semop(semaphore, &more, 1), 0);
+    const auto owner = RunOwner({"--config", Configuration(), "--run-dir", m_directory.Path()});
+    EXPECT_EQ(owner->Wait(), 1);
+    EXPECT_EQ(owner->Errors(), "faultkeeperd: error: the semaphore set under the key of " +
+                                   m_directory.Path() +
+                                   " is not the lock of a table of faults, and left as it is\n");
+    EXPECT_EQ(m_directory.SemaphoreValue(), 7);
+    EXPECT_EQ(Record(kDataSensor).flags, kRaisedFlag);
 }
 
 TEST_F(StoreTrouble, AStoreThatAnotherOwnerHasIsLeftAlone)

@@ -22,6 +22,7 @@ namespace
 constexpr int kTableMode = 0644; // as views ask for
 constexpr int kSemaphoreMode = 0666;
 constexpr int kPrivateMode = 0600;
+constexpr unsigned kModeBits = 0777;
 
 /// Emulators of 32-bit machines have been seen to write the seconds where the upper half of a time belongs,
 /// which is 0 until the year 2106.
@@ -106,7 +107,7 @@ bool ReadSegmentFacts(int segment, SSegmentFacts& facts)
         return false;
     facts.user = description.shm_perm.uid;
     facts.group = description.shm_perm.gid;
-    facts.mode = description.shm_perm.mode & 0777U;
+    facts.mode = description.shm_perm.mode & kModeBits;
     facts.bytes = description.shm_segsz;
     facts.attachments = static_cast<unsigned long>(description.shm_nattch);
     facts.changed = Seconds(description.shm_ctime);
@@ -170,9 +171,10 @@ std::int64_t LockMade(int semaphore)
     return Seconds(Description(semaphore).sem_ctime);
 }
 
-unsigned long LockCount(int semaphore)
+bool MadeByView(int semaphore)
 {
-    return static_cast<unsigned long>(Description(semaphore).sem_nsems);
+    const struct semid_ds description = Description(semaphore);
+    return description.sem_nsems == 1 && (description.sem_perm.mode & kModeBits) == kSemaphoreMode;
 }
 
 int TakeDownLock(int semaphore)

@@ -26,11 +26,12 @@ int Semaphore()
     return TableKey(key) ? FindSemaphore(key) : -1;
 }
 
-// A table that may not be written is another user's, whose owner can be running.
+// A table that may not be written is another user's, whose owner can be running. Without a table no owner has
+// left anything in a lock: what has a value then is another program's.
 bool TableMayBeOurs()
 {
     key_t key = -1;
-    return TableKey(key) && (FindSegment(key) == -1 || SegmentUsable(key));
+    return TableKey(key) && FindSegment(key) != -1 && SegmentUsable(key);
 }
 } // namespace
 

@@ -26,7 +26,8 @@ public:
     static constexpr std::chrono::seconds kAuditPause{1};
     static constexpr std::chrono::seconds kBusyForLong{5};
 
-    /// Takes the lock of the working directory down to 0: to be made before the view that makes it available.
+    /// Takes the lock of a table in the working directory down to 0: to be made before the view that makes it
+    /// available.
     CLockWatch();
 
     /// Once in kAuditPause: takes the lock, and out of it what is too much.

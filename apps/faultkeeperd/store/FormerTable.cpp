@@ -103,7 +103,10 @@ void ConfirmTable()
 bool ForeignLock()
 {
     key_t key = -1;
-    return TableKey(key) && FindSemaphore(key) != -1 && LockCount(FindSemaphore(key)) > 1;
+    const int semaphore = TableKey(key) ? FindSemaphore(key) : -1;
+    if (semaphore == -1)
+        return false;
+    return !MadeByView(semaphore) || (FindSegment(key) == -1 && LockValue(semaphore) != 0);
 }
 
 Core::Time LatestPossible()

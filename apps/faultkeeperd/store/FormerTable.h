@@ -28,7 +28,8 @@ struct SSegmentFacts;
 std::unique_ptr<SStatusTable> FormerTable();
 
 /// Is there shared memory under the working directory's key that is no table, or a semaphore set that is no
-/// lock of one? It is another program's, then: keys are made of 16 bits of a directory's number.
+/// lock of one? It is another program's, then: keys are made of 16 bits of a directory's number. A lock is
+/// one semaphore that everybody may use, and without a table nobody has made it available.
 bool ForeignSegment();
 bool ForeignLock();
 

@@ -124,15 +124,35 @@ TEST_F(FormerTable, OfAConfirmedTableAClockThatWasYearsAheadSpoilsNoRecord)
     EXPECT_EQ(Usable(record), 0u) << "twenty-two";
 }
 
-TEST_F(FormerTable, ASetOfSeveralSemaphoresIsAnotherPrograms)
+TEST_F(FormerTable, ASetOfSemaphoresThatNoViewHasMadeIsAnotherPrograms)
 {
     EXPECT_FALSE(ForeignLock()) << "there is none";
-    const int semaphores = semget(m_directory.Key(), 3, IPC_CREAT | IPC_EXCL | 0600);
-    ASSERT_NE(semaphores, -1);
-    EXPECT_TRUE(ForeignLock());
-    semctl(semaphores, 0, IPC_RMID);
+    const auto foreign = [this](int count, int mode)
+    {
+        const int set = semget(m_directory.Key(), count, IPC_CREAT | IPC_EXCL | mode);
+        EXPECT_NE(set, -1);
+        const bool result = ForeignLock();
+        semctl(set, 0, IPC_RMID);
+        return result;
+    };
+    EXPECT_TRUE(foreign(3, 0666));
+    EXPECT_TRUE(foreign(1, 0600));
+    EXPECT_TRUE(foreign(1, 0660));
+    EXPECT_FALSE(foreign(1, 0666));
     const CErrorDatabaseView owner(true, eViewOwner);
+    EXPECT_EQ(m_directory.SemaphoreValue(), 1);
     EXPECT_FALSE(ForeignLock());
+}
+
+TEST_F(FormerTable, ASemaphoreThatIsAvailableWithoutATableIsAnotherPrograms)
+{
+    const int set = semget(m_directory.Key(), 1, IPC_CREAT | IPC_EXCL | 0666);
+    EXPECT_FALSE(ForeignLock());
+    struct sembuf more = {0, 7, 0};
+    ASSERT_EQ(semop(set, &more, 1), 0);
+    EXPECT_TRUE(ForeignLock());
+    const CErrorDatabaseView reader(false, eViewReader);
+    EXPECT_FALSE(ForeignLock()) << "several owners can have been killed";
 }
 
 TEST_F(FormerTable, OfADirectoryThatHadTheSameNumberIsNotRead)
