@@ -5,9 +5,11 @@
 
 #include <Faultkeeper/ErrorDatabase.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <set>
 #include <system_error>
@@ -18,8 +20,9 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-constexpr std::int64_t kDay = 86400000000000;   // nanoseconds
-constexpr std::int64_t kRollover = 7168 * kDay; // 1024 weeks, after which satellites count anew
+constexpr std::int64_t kDay = 86400000000000; // nanoseconds
+constexpr std::int64_t kTwentyYears = 7305 * kDay;
+static_assert(kTwentyYears > 7 * kDay * 1024, "after so many weeks satellites count anew");
 
 // The system dates directories more finely than segments: one that is made just when a second begins can seem
 // to be a second younger than the segment that is made after it.
@@ -109,12 +112,12 @@ bool ForeignLock()
     return !MadeByView(semaphore) || (FindSegment(key) == -1 && LockValue(semaphore) != 0);
 }
 
-Core::Time LatestPossible()
+Core::Time LatestPossible(const Core::Time& now)
 {
     key_t key = -1;
-    if (TableKey(key) && Confirmed(FindSegment(key)))
-        return Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + kRollover);
-    return Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + kDay);
+    const std::int64_t ahead = TableKey(key) && Confirmed(FindSegment(key)) ? kTwentyYears : kDay;
+    constexpr std::int64_t kLatest = std::numeric_limits<std::int64_t>::max();
+    return Core::Time::FromNanoseconds(std::min(now.Nanoseconds(), kLatest - ahead) + ahead);
 }
 
 std::vector<SErrorEntry> UsableRecords(const SStatusTable& table, const CErrorDatabase& database,

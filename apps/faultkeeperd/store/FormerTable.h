@@ -45,9 +45,10 @@ bool MadeBefore(int segment, const SSegmentFacts& facts, std::int64_t birth);
 void ConfirmTable();
 
 /// The latest time that a table of the working directory can have been written with. A clock that is set back
-/// while the machine runs brings times into the future: as far as a receiver that has lost count of its
-/// weeks, if the table was confirmed here; of another one more than a day is too much.
-Core::Time LatestPossible();
+/// while the machine runs brings times into the future: twenty years allow for a receiver that has lost count
+/// of its weeks, if the table was confirmed here; of another one more than a day is too much. Beyond what a
+/// time can hold it is the latest there is.
+Core::Time LatestPossible(const Core::Time& now = Core::Time::Now());
 
 /// Those records of a table that make sense: of a known error, the first of each, with no bits set that mean
 /// nothing, and with times that are not before 1970 nor after `latest`.

@@ -15,6 +15,7 @@
 #include <sys/shm.h>
 #include <sys/stat.h>
 
+#include <limits>
 #include <memory>
 
 using namespace Faultkeeper;
@@ -120,8 +121,23 @@ TEST_F(FormerTable, OfAConfirmedTableAClockThatWasYearsAheadSpoilsNoRecord)
     const CErrorDatabaseView owner(true, eViewOwner);
     ConfirmTable();
     EXPECT_EQ(Usable(record), 1u);
-    record.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + 700000000000000000);
-    EXPECT_EQ(Usable(record), 0u) << "twenty-two";
+    constexpr std::int64_t kAlmostTwentyYears = 631000000000000000;
+    record.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + kAlmostTwentyYears);
+    EXPECT_EQ(Usable(record), 1u);
+    constexpr std::int64_t kMoreThanTwentyYears = 632000000000000000;
+    record.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() + kMoreThanTwentyYears);
+    EXPECT_EQ(Usable(record), 0u);
+}
+
+TEST_F(FormerTable, ThePossibleTimesEndWhereTimesDo)
+{
+    constexpr std::int64_t kLatest = std::numeric_limits<std::int64_t>::max();
+    constexpr std::int64_t kYear = 31557600000000000;
+    EXPECT_LT(LatestPossible(Core::Time::FromNanoseconds(kLatest - kYear)).Nanoseconds(), kLatest);
+    const CErrorDatabaseView owner(true, eViewOwner);
+    ConfirmTable();
+    EXPECT_EQ(LatestPossible(Core::Time::FromNanoseconds(kLatest - kYear)).Nanoseconds(), kLatest);
+    EXPECT_EQ(LatestPossible(Core::Time::FromNanoseconds(kLatest)).Nanoseconds(), kLatest);
 }
 
 TEST_F(FormerTable, ASetOfSemaphoresThatNoViewHasMadeIsAnotherPrograms)
