@@ -1,6 +1,7 @@
 #include "faultkeeperd/owner/Owner.h"
 
-#include "../OwnerFixture.h"
+#include "RestoredOwnerFixture.h"
+
 #include "support/CapturedOutput.h"
 
 #include <Faultkeeper/ErrorDbViewChanged.h>
@@ -13,94 +14,6 @@ using namespace Faultkeeper::Apps;
 
 namespace
 {
-
-const COwner::Clock::time_point kStart{std::chrono::milliseconds(1000000)};
-
-// An owner that is killed and started again, without the processes.
-class RestoredOwner : public OwnerTest
-{
-protected:
-    void SetUp() override
-    {
-        OwnerTest::SetUp();
-        UseStore();
-        Start("boot");
-    }
-
-    /// Ends the owner without a word, and starts the next one.
-    void Start(const std::string& boot, const std::string& configuration = "c")
-    {
-        m_owner.reset();
-        LoadAgain();
-        if (m_stored)
-            UseStore();
-        else
-            UseStore(SStoreSettings());
-        const SFormerState former = FindFormerState(Keeper(), Database(), boot, configuration);
-        m_owner = std::make_unique<COwner>(Database(), Keeper(), former);
-        m_owner->Publish(kStart);
-    }
-
-    /// Applies, publishes and stores a report.
-    void Report(const Id& id, bool raised)
-    {
-        EXPECT_TRUE(m_owner->Apply(id.first, id.second, raised, "a"));
-        m_owner->Publish(kStart);
-        Keeper().CommitAtOnce(CStateKeeper::Clock::now());
-    }
-
-    bool Active(const Id& id) { return Database().RetrieveError(id.first, id.second)->Active(); }
-
-    std::unique_ptr<COwner> m_owner;
-    bool m_stored = true;
-};
-
-// The same, with other links each time.
-class LinkedOwner : public RestoredOwner
-{
-protected:
-    /// Starts an owner with these automatic sets: "9" and "2" are the sensors, and with this text.
-    void Configure(const std::vector<std::vector<std::string>>& receiver,
-                   const std::vector<std::vector<std::string>>& position, const std::string& text,
-                   int needed = 1)
-    {
-        CConfigurationBuilder builder;
-        builder.Leaf(Name("9")).Leaf(Name("2"));
-        builder.Add(Parent("receiver", receiver, text, needed));
-        builder.Add(Parent("position", position, text, needed));
-        builder.WriteTo(m_directory.Prefix());
-        WarnedBy([&] { Start(m_boot, std::to_string(++m_configurations)); });
-    }
-
-    std::string m_boot = "boot";
-
-private:
-    static std::string Name(const std::string& word)
-    {
-        return word == "9"          ? "Positioning:GPS:Communications:9"
-               : word == "2"        ? "Positioning:Ublox:No Data:2"
-               : word == "receiver" ? "Positioning:GPS:No Data:2"
-                                    : "System:Position:No Data:2";
-    }
-
-    static STestError Parent(const std::string& word, const std::vector<std::vector<std::string>>& sets,
-                             const std::string& text, int needed)
-    {
-        STestError parent;
-        parent.name = Name(word);
-        parent.problem = text;
-        for (const std::vector<std::string>& triggers : sets)
-        {
-            parent.sets.emplace_back();
-            parent.sets.back().triggersNeeded = needed;
-            for (const std::string& trigger : triggers)
-                parent.sets.back().triggers.push_back(Name(trigger));
-        }
-        return parent;
-    }
-
-    int m_configurations = 0;
-};
 
 void ExpectSame(const SErrorEntry& left, const SErrorEntry& right)
 {
@@ -295,101 +208,6 @@ TEST_F(RestoredOwner, ClearsWhatFollowedFromAnErrorThatHasNothingToDoWithItAnyMo
     EXPECT_EQ(Record(kPosition).counter1, 1);
     Keeper().CommitAtOnce(CStateKeeper::Clock::now());
     EXPECT_EQ(Keeper().JournalLength(), 5u) << "three raises, two clears";
-}
-
-TEST_F(LinkedOwner, KeepsWhatStayedActiveBehindALinkThatIsAsItWas)
-{
-    Configure({{"9"}, {"2"}}, {}, "one text");
-    Report(kLinkSensor, true);
-    Report(kLinkSensor, false);
-    ASSERT_EQ(Raised(), std::vector<Id>{kReceiver}) << "either set keeps it";
-    Configure({{"9"}, {"2"}}, {}, "another text");
-    EXPECT_EQ(Raised(), std::vector<Id>{kReceiver});
-}
-
-TEST_F(LinkedOwner, KeepsWhatStayedActiveBehindLinksThatCouldHaveClearedIt)
-{
-    Configure({{"9", "2"}, {"9"}}, {}, "one text");
-    Report(kLinkSensor, true);
-    Report(kDataSensor, true);
-    Report(kLinkSensor, false);
-    Report(kDataSensor, false);
-    ASSERT_EQ(Raised(), std::vector<Id>{kReceiver}) << "it is not in the second set";
-    Configure({{"9", "2"}, {"9"}}, {}, "another text");
-    EXPECT_EQ(Raised(), std::vector<Id>{kReceiver});
-}
-
-TEST_F(LinkedOwner, ClearsWhatIsLinkedToItsCauseAndWouldHaveBeenClearedWithIt)
-{
-    Configure({{"9", "2"}}, {}, "");
-    Report(kLinkSensor, true);
-    Report(kDataSensor, true);
-    Report(kLinkSensor, false);
-    ASSERT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver}));
-    Configure({{"9"}}, {}, "");
-    EXPECT_EQ(Raised(), std::vector<Id>{kDataSensor}) << "it would be cleared by nobody";
-}
-
-TEST_F(LinkedOwner, ClearsWhatFollowedFromWhatWouldNotHaveBeenRaised)
-{
-    Configure({{"9"}}, {{"receiver"}, {"2"}}, "");
-    Report(kLinkSensor, true);
-    ASSERT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
-    Configure({{"2"}}, {{"receiver"}, {"2"}}, "");
-    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
-}
-
-TEST_F(LinkedOwner, ClearsWhatIsRaisedOnlyWithMoreThanWasRaised)
-{
-    Configure({{"9", "2"}}, {}, "");
-    Report(kLinkSensor, true);
-    Configure({{"9", "2"}}, {}, "", 2);
-    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
-    Report(kDataSensor, true);
-    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kDataSensor, kReceiver}));
-}
-
-TEST_F(LinkedOwner, KeepsWhatWouldHaveBeenRaisedLater)
-{
-    Configure({{"9", "2"}}, {}, "");
-    Report(kLinkSensor, true);
-    Report(kDataSensor, true);
-    Configure({{"2"}, {"position"}}, {}, "");
-    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kDataSensor, kReceiver}));
-    Report(kDataSensor, false);
-    Configure({{"2"}, {"position"}}, {}, "again");
-    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver}));
-}
-
-TEST_F(LinkedOwner, DoesNotTakeWhatWasActiveBeforeTheMachineStartedForActive)
-{
-    Configure({{"9", "2"}}, {}, "");
-    Report(kDataSensor, true);
-    m_directory.RemoveTable();
-    m_boot = "next boot";
-    Configure({{"9", "2"}}, {}, "");
-    Report(kDataSensor, true);
-    Report(kDataSensor, false);
-    Report(kLinkSensor, true);
-    Report(kDataSensor, true);
-    Report(kLinkSensor, false);
-    ASSERT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver}));
-    Configure({{"9"}}, {}, "");
-    EXPECT_EQ(Raised(), std::vector<Id>{kDataSensor});
-}
-
-TEST_F(LinkedOwner, NamesNoErrorAsTheCauseOfTheClearingOfAnother)
-{
-    Configure({{"9"}}, {{"2"}}, "");
-    Report(kLinkSensor, true);
-    Report(kDataSensor, true);
-    Configure({}, {}, "");
-    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kDataSensor}));
-    Keeper().CommitAtOnce(CStateKeeper::Clock::now());
-    const std::vector<STransition> transitions = Keeper().Journal(5, 10);
-    ASSERT_EQ(transitions.size(), 2u);
-    for (const STransition& transition : transitions)
-        EXPECT_FALSE(transition.raised || transition.caused) << transition.number;
 }
 
 TEST_F(RestoredOwner, KeepsWhatFollowsByAnotherConfigurationAsWell)

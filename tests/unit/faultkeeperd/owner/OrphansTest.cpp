@@ -1,0 +1,199 @@
+#include "faultkeeperd/owner/Orphans.h"
+
+#include "RestoredOwnerFixture.h"
+
+#include "support/CapturedOutput.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace Support;
+using namespace Faultkeeper::Apps;
+
+namespace
+{
+
+// The same, with other links each time.
+class LinkedOwner : public RestoredOwner
+{
+protected:
+    /// Starts an owner with these automatic sets: "9" and "2" are the sensors, and with this text.
+    void Configure(const std::vector<std::vector<std::string>>& receiver,
+                   const std::vector<std::vector<std::string>>& position, const std::string& text,
+                   int needed = 1)
+    {
+        CConfigurationBuilder builder;
+        builder.Leaf(Name("9")).Leaf(Name("2"));
+        builder.Add(Parent("receiver", receiver, text, needed));
+        builder.Add(Parent("position", position, text, needed));
+        builder.WriteTo(m_directory.Prefix());
+        WarnedBy([&] { Start(m_boot, std::to_string(++m_configurations)); });
+    }
+
+    std::string m_boot = "boot";
+
+private:
+    static std::string Name(const std::string& word)
+    {
+        return word == "9"          ? "Positioning:GPS:Communications:9"
+               : word == "2"        ? "Positioning:Ublox:No Data:2"
+               : word == "receiver" ? "Positioning:GPS:No Data:2"
+                                    : "System:Position:No Data:2";
+    }
+
+    static STestError Parent(const std::string& word, const std::vector<std::vector<std::string>>& sets,
+                             const std::string& text, int needed)
+    {
+        STestError parent;
+        parent.name = Name(word);
+        parent.problem = text;
+        for (const std::vector<std::string>& triggers : sets)
+        {
+            parent.sets.emplace_back();
+            parent.sets.back().triggersNeeded = needed;
+            for (const std::string& trigger : triggers)
+                parent.sets.back().triggers.push_back(Name(trigger));
+        }
+        return parent;
+    }
+
+    int m_configurations = 0;
+};
+
+class SameLinks : public LinkedOwner, public testing::WithParamInterface<unsigned>
+{
+protected:
+    using Sets = std::vector<std::vector<std::string>>;
+
+    /// Up to three sets of these.
+    Sets AnySets(const std::vector<std::string>& words)
+    {
+        Sets sets(m_random() % 4);
+        for (std::vector<std::string>& set : sets)
+        {
+            set.push_back(words[m_random() % words.size()]);
+            if (m_random() % 2 == 0)
+                set.push_back(words[m_random() % words.size()]);
+        }
+        return sets;
+    }
+
+    std::mt19937 m_random{GetParam()};
+};
+
+} // namespace
+
+TEST_F(LinkedOwner, KeepsWhatStayedActiveBehindALinkThatIsAsItWas)
+{
+    Configure({{"9"}, {"2"}}, {}, "one text");
+    Report(kLinkSensor, true);
+    Report(kLinkSensor, false);
+    ASSERT_EQ(Raised(), std::vector<Id>{kReceiver}) << "either set keeps it";
+    Configure({{"9"}, {"2"}}, {}, "another text");
+    EXPECT_EQ(Raised(), std::vector<Id>{kReceiver});
+}
+
+TEST_F(LinkedOwner, KeepsWhatStayedActiveBehindLinksThatCouldHaveClearedIt)
+{
+    Configure({{"9", "2"}, {"9"}}, {}, "one text");
+    Report(kLinkSensor, true);
+    Report(kDataSensor, true);
+    Report(kLinkSensor, false);
+    Report(kDataSensor, false);
+    ASSERT_EQ(Raised(), std::vector<Id>{kReceiver}) << "it is not in the second set";
+    Configure({{"9", "2"}, {"9"}}, {}, "another text");
+    EXPECT_EQ(Raised(), std::vector<Id>{kReceiver});
+}
+
+TEST_F(LinkedOwner, ClearsWhatIsLinkedToItsCauseAndWouldHaveBeenClearedWithIt)
+{
+    Configure({{"9", "2"}}, {}, "");
+    Report(kLinkSensor, true);
+    Report(kDataSensor, true);
+    Report(kLinkSensor, false);
+    ASSERT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver}));
+    Configure({{"9"}}, {}, "");
+    EXPECT_EQ(Raised(), std::vector<Id>{kDataSensor}) << "it would be cleared by nobody";
+}
+
+TEST_F(LinkedOwner, ClearsWhatFollowedFromWhatWouldNotHaveBeenRaised)
+{
+    Configure({{"9"}}, {{"receiver"}, {"2"}}, "");
+    Report(kLinkSensor, true);
+    ASSERT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+    Configure({{"2"}}, {{"receiver"}, {"2"}}, "");
+    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
+}
+
+TEST_F(LinkedOwner, ClearsWhatIsRaisedOnlyWithMoreThanWasRaised)
+{
+    Configure({{"9", "2"}}, {}, "");
+    Report(kLinkSensor, true);
+    Configure({{"9", "2"}}, {}, "", 2);
+    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
+    Report(kDataSensor, true);
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kDataSensor, kReceiver}));
+}
+
+TEST_F(LinkedOwner, KeepsWhatWouldHaveBeenRaisedLater)
+{
+    Configure({{"9", "2"}}, {}, "");
+    Report(kLinkSensor, true);
+    Report(kDataSensor, true);
+    Configure({{"2"}, {"position"}}, {}, "");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kDataSensor, kReceiver}));
+    Report(kDataSensor, false);
+    Configure({{"2"}, {"position"}}, {}, "again");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver}));
+}
+
+TEST_F(LinkedOwner, DoesNotTakeWhatWasActiveBeforeTheMachineStartedForActive)
+{
+    Configure({{"9", "2"}}, {}, "");
+    Report(kDataSensor, true);
+    m_directory.RemoveTable();
+    m_boot = "next boot";
+    Configure({{"9", "2"}}, {}, "");
+    Report(kDataSensor, true);
+    Report(kDataSensor, false);
+    Report(kLinkSensor, true);
+    Report(kDataSensor, true);
+    Report(kLinkSensor, false);
+    ASSERT_EQ(Raised(), (std::vector<Id>{kDataSensor, kReceiver}));
+    Configure({{"9"}}, {}, "");
+    EXPECT_EQ(Raised(), std::vector<Id>{kDataSensor});
+}
+
+TEST_F(LinkedOwner, NamesNoErrorAsTheCauseOfTheClearingOfAnother)
+{
+    Configure({{"9"}}, {{"2"}}, "");
+    Report(kLinkSensor, true);
+    Report(kDataSensor, true);
+    Configure({}, {}, "");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kDataSensor}));
+    Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+    const std::vector<STransition> transitions = Keeper().Journal(5, 10);
+    ASSERT_EQ(transitions.size(), 2u);
+    for (const STransition& transition : transitions)
+        EXPECT_FALSE(transition.raised || transition.caused) << transition.number;
+}
+
+TEST_P(SameLinks, ChangeNothingWhateverTheyAreAndWhateverWasReported)
+{
+    const Sets receiver = AnySets({"9", "2"});
+    const Sets position = AnySets({"9", "2", "receiver"});
+    const int needed = m_random() % 3 == 0 ? 2 : 1;
+    Configure(receiver, position, "", needed);
+    const Id ids[] = {kLinkSensor, kDataSensor, kReceiver};
+    for (int restart = 0; restart < 5; ++restart)
+    {
+        for (int report = 0; report < 10; ++report)
+            Report(ids[m_random() % 3], m_random() % 2 == 0);
+        const std::vector<Id> before = Raised();
+        Configure(receiver, position, std::to_string(restart), needed);
+        EXPECT_EQ(Raised(), before);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, SameLinks, testing::Range(0u, 20u));
