@@ -158,6 +158,18 @@ TEST_F(StoreTrouble, AnotherProgramsSemaphoreIsLeftAsItIs)
     EXPECT_EQ(Record(kDataSensor).flags, kRaisedFlag);
 }
 
+TEST_F(StoreTrouble, TheLockOfATableThatSomebodyHasRemovedServesTheNextOne)
+{
+    const auto first = StartOwner();
+    Report("confirm raise 0x4281B 2");
+    Kill(*first);
+    ASSERT_EQ(shmctl(shmget(m_directory.Key(), 0, 0), IPC_RMID, nullptr), 0);
+    const auto owner = StartOwner();
+    EXPECT_TRUE(WaitUntil([&] { return m_directory.SemaphoreValue() == 1; }));
+    CDisplay display(Configuration());
+    EXPECT_TRUE(display.ShowsInTime({kDataSensor, kReceiver, kPosition}));
+}
+
 TEST_F(StoreTrouble, AStoreThatAnotherOwnerHasIsLeftAlone)
 {
     const auto owner = StartOwner();

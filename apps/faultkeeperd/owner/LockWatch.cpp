@@ -26,16 +26,17 @@ int Semaphore()
     return TableKey(key) ? FindSemaphore(key) : -1;
 }
 
-// A table that may not be written is another user's, whose owner can be running. Without a table no owner has
-// left anything in a lock: what has a value then is another program's.
-bool TableMayBeOurs()
+// A table that may not be written is another user's, whose owner can be running. Without a table the lock is
+// that of one that somebody has removed; what has a higher value then is another program's.
+bool LockMayBeOurs()
 {
     key_t key = -1;
-    return TableKey(key) && FindSegment(key) != -1 && SegmentUsable(key);
+    return TableKey(key) &&
+           (FindSegment(key) != -1 ? SegmentUsable(key) : LockValue(FindSemaphore(key)) <= 1);
 }
 } // namespace
 
-CLockWatch::CLockWatch() : m_surplus(TableMayBeOurs() ? TakeDownLock(Semaphore()) : 0)
+CLockWatch::CLockWatch() : m_surplus(LockMayBeOurs() ? TakeDownLock(Semaphore()) : 0)
 {
     if (m_surplus > 0)
         LogInfo("a former owner had left the lock at " + std::to_string(m_surplus));

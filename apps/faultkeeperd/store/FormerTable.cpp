@@ -109,7 +109,7 @@ bool ForeignLock()
     const int semaphore = TableKey(key) ? FindSemaphore(key) : -1;
     if (semaphore == -1)
         return false;
-    return !MadeByView(semaphore) || (FindSegment(key) == -1 && LockValue(semaphore) != 0);
+    return !MadeByView(semaphore) || (FindSegment(key) == -1 && LockValue(semaphore) > 1);
 }
 
 Core::Time LatestPossible(const Core::Time& now)

@@ -160,11 +160,13 @@ TEST_F(FormerTable, ASetOfSemaphoresThatNoViewHasMadeIsAnotherPrograms)
     EXPECT_FALSE(ForeignLock());
 }
 
-TEST_F(FormerTable, ASemaphoreThatIsAvailableWithoutATableIsAnotherPrograms)
+TEST_F(FormerTable, ASemaphoreThatSeveralCanTakeIsAnotherProgramsIfThereIsNoTable)
 {
     const int set = semget(m_directory.Key(), 1, IPC_CREAT | IPC_EXCL | 0666);
     EXPECT_FALSE(ForeignLock());
-    struct sembuf more = {0, 7, 0};
+    struct sembuf more = {0, 1, 0};
+    ASSERT_EQ(semop(set, &more, 1), 0);
+    EXPECT_FALSE(ForeignLock()) << "somebody has removed the table and not its lock";
     ASSERT_EQ(semop(set, &more, 1), 0);
     EXPECT_TRUE(ForeignLock());
     const CErrorDatabaseView reader(false, eViewReader);
