@@ -1,127 +1,12 @@
-#include "faultkeeperd/owner/FormerState.h"
-
-#include "../OwnerFixture.h"
-#include "../store/FailingDisk.h"
-#include "support/CapturedOutput.h"
-#include "support/FreshDirectory.h"
+#include "FormerStateFixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <cerrno>
-#include <sstream>
 
 using namespace Support;
 using namespace Faultkeeper;
 using namespace Faultkeeper::Apps;
 using testing::HasSubstr;
-using testing::Not;
-
-namespace
-{
-
-const Id kUnknown(0x50C1B, 2); // Service:GPS:No Data:2
-
-SStoredError Error(const Id& id, bool raised, std::uint16_t counter, std::uint64_t raises)
-{
-    SStoredError error;
-    error.entry.problemCode = id.first;
-    error.entry.problemType = static_cast<std::int16_t>(id.second);
-    error.entry.flags = raised ? kRaisedFlag : std::uint16_t(0);
-    error.entry.counter1 = counter;
-    error.entry.counter2 = counter;
-    error.entry.raisedTime = Core::Time(1000);
-    error.entry.clearedTime = Core::Time(900);
-    error.raises = raises;
-    return error;
-}
-
-class FormerState : public OwnerTest
-{
-protected:
-    /// A store as an owner of that boot and that configuration has left it.
-    void LeaveStore(const std::string& boot, const std::string& configuration)
-    {
-        UseStore();
-        Keeper().Open(boot, configuration);
-        Keeper().Keep(Error(kLinkSensor, true, 5, 5));
-        Keeper().Keep(Error(kUnknown, true, 6, 6));
-        Keeper().Keep(SStoredSession{"a", 17, SStoredSession::kConnected});
-        Keeper().CommitAtOnce(CStateKeeper::Clock::now());
-        UseStore();
-    }
-
-    /// A table with one raised error, as a dead owner has left it.
-    void LeaveTable()
-    {
-        CErrorDatabaseView owner(true, eViewOwner);
-        owner.LoadErrors(Database());
-        owner.FaultkeeperReady(true);
-        owner.RaiseError(kDataSensor.first, kDataSensor.second);
-    }
-
-    /// A table in which these errors were raised so often, one clear between two raises.
-    void LeaveTable(const std::vector<Id>& ids, int raises)
-    {
-        CErrorDatabaseView owner(true, eViewOwner);
-        owner.LoadErrors(Database());
-        owner.FaultkeeperReady(true);
-        for (int raise = 0; raise < raises; ++raise)
-        {
-            owner.ClearErrors(ids);
-            owner.RaiseErrors(ids);
-        }
-    }
-
-    /// What was put into the store while the table was locked, and so later.
-    void StoreLater(const std::vector<SStoredError>& errors)
-    {
-        UseStore();
-        Keeper().Open("boot", "c");
-        for (SStoredError error : errors)
-        {
-            error.entry.raisedTime = Core::Time::Now();
-            Keeper().Keep(error);
-        }
-        Keeper().CommitAtOnce(CStateKeeper::Clock::now());
-        UseStore();
-    }
-
-    void LeaveNote(const std::string& sign)
-    {
-        WriteFile(m_directory.File("note"), sign + " " + m_directory.File("state.db") + "\n");
-    }
-
-    /// As Found, while the store can only be read.
-    std::string FoundReadOnly()
-    {
-        FailingDisk::RefuseAfter(0, EROFS, -1, FailingDisk::ekWrite | FailingDisk::ekOpenToWrite);
-        std::string found = Found();
-        FailingDisk::Mend();
-        return found;
-    }
-
-    std::string Found()
-    {
-        std::ostringstream text;
-        m_said = WarnedBy([&] { m_former = FindFormerState(Keeper(), Database(), "boot", "c"); });
-        for (const SStoredError& error : m_former.errors)
-        {
-            if (error.raises > 0)
-                text << ErrorName(error.entry.problemCode, error.entry.problemType) << " "
-                     << (error.entry.flags != 0 ? "raised " : "clear ") << error.entry.counter1 << "/"
-                     << error.raises << "\n";
-        }
-        for (const SStoredSession& session : m_former.sessions)
-            text << session.id << " " << session.applied << "\n";
-        return text.str();
-    }
-
-    SFormerState m_former;
-    std::string m_said;
-};
-
-} // namespace
 
 TEST_F(FormerState, WithoutAnythingIsEmpty)
 {
@@ -191,7 +76,7 @@ TEST_F(FormerState, OfAStoreThatAnOwnerReadButCouldNotWriteIsNotCountedTwice)
     {
         CErrorDatabaseView owner(true, eViewOwner);
         owner.LoadErrors(Database());
-        owner.RestoreErrors({Error(kLinkSensor, false, 5, 5).entry});
+        owner.RestoreErrors({StoredError(kLinkSensor, false, 5, 5).entry});
         owner.FaultkeeperReady(true);
         owner.RaiseError(kDataSensor.first, kDataSensor.second);
     }
@@ -205,7 +90,7 @@ TEST_F(FormerState, IsNotCountedTwiceHoweverOftenTheOwnerIsKilledBeforeItCanWrit
     {
         CErrorDatabaseView owner(true, eViewOwner);
         owner.LoadErrors(Database());
-        owner.RestoreErrors({Error(kLinkSensor, false, 5, 5).entry});
+        owner.RestoreErrors({StoredError(kLinkSensor, false, 5, 5).entry});
         owner.FaultkeeperReady(true);
         owner.RaiseError(kLinkSensor.first, kLinkSensor.second);
     }
@@ -230,115 +115,6 @@ TEST_F(FormerState, OfATableThatCountsLowerThanTheStoreIsAddedToIt)
               "Positioning:GPS:Communications:9 raised 8/8\nPositioning:Ublox:No Data:2 raised 3/3\n");
 }
 
-TEST_F(FormerState, OfATableThatIsAheadOfTheStoreIsTheTables)
-{
-    LeaveStore("boot", "c");
-    WriteFile(m_directory.File("note"), "> " + m_directory.File("state.db") + "\n");
-    LeaveTable({kLinkSensor, kDataSensor}, 7);
-    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 7/7\nPositioning:Ublox:No Data:2 raised "
-                       "7/7\na 17\n");
-    EXPECT_THAT(m_said, HasSubstr("info: the state store is behind; starting from the table"));
-    EXPECT_EQ(ReadFile(m_directory.File("note")), "= " + m_directory.File("state.db") + "\n");
-    UseStore();
-    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 7/7\nPositioning:Ublox:No Data:2 raised "
-                       "7/7\na 17\n");
-    EXPECT_EQ(m_said, "");
-}
-
-TEST_F(FormerState, OfAStoreThatCanOnlyBeReadIsTheTables)
-{
-    LeaveStore("boot", "c");
-    WriteFile(m_directory.File("note"), "= " + m_directory.File("state.db") + "\n");
-    LeaveTable({kDataSensor}, 2);
-    EXPECT_EQ(FoundReadOnly(),
-              "Positioning:GPS:Communications:9 raised 5/5\nPositioning:Ublox:No Data:2 raised "
-              "2/2\na 17\n");
-}
-
-TEST_F(FormerState, OfAStoreThatCanOnlyBeReadIsWhatWasStoredWhileTheTableWasLocked)
-{
-    LeaveTable({kLinkSensor, kDataSensor}, 1);
-    StoreLater({Error(kLinkSensor, true, 2, 2), Error(kDataSensor, false, 1, 1)});
-    LeaveNote("=");
-    EXPECT_EQ(FoundReadOnly(), "Positioning:GPS:Communications:9 raised 2/2\nPositioning:Ublox:No Data:2 "
-                               "clear 1/1\n");
-    EXPECT_THAT(m_said, Not(HasSubstr("behind"))) << "it is not";
-    EXPECT_EQ(m_former.contradicted, std::set<Id>()) << "its times are the later ones";
-}
-
-TEST_F(FormerState, OfAStoreThatCanOnlyBeReadIsWhatWasStoredThoughTheTableGotPartOfItLater)
-{
-    StoreLater({Error(kLinkSensor, false, 2, 2)});
-    LeaveTable({kLinkSensor}, 2); // all but the clear
-    LeaveNote("=");
-    EXPECT_EQ(FoundReadOnly(), "Positioning:GPS:Communications:9 clear 2/2\n");
-    EXPECT_EQ(m_former.contradicted, std::set<Id>{kLinkSensor}) << "displays have seen it raised";
-}
-
-TEST_F(FormerState, OfAStoreThatCanOnlyBeReadAndIsBehindIsTheTables)
-{
-    StoreLater({Error(kLinkSensor, false, 2, 2)});
-    LeaveTable({kLinkSensor}, 4);
-    LeaveNote("=");
-    EXPECT_EQ(FoundReadOnly(), "Positioning:GPS:Communications:9 raised 4/4\n");
-    EXPECT_THAT(m_said, HasSubstr("info: the state store is behind; starting from the table"));
-}
-
-class StoreBehind : public FormerState, public testing::WithParamInterface<const char*>
-{
-};
-
-TEST_P(StoreBehind, HasMoreOfWhatWasStoredWhileTheTableWasLocked)
-{
-    StoreLater({Error(kDataSensor, false, 1, 1)});
-    LeaveTable({kLinkSensor, kDataSensor}, 3);
-    StoreLater({Error(kLinkSensor, false, 4, 4)});
-    LeaveNote(GetParam()); // the store failed after that, and the owner was killed
-    EXPECT_EQ(Found(),
-              "Positioning:GPS:Communications:9 clear 4/4\nPositioning:Ublox:No Data:2 raised 3/3\n");
-    UseStore();
-    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 clear 4/4\nPositioning:Ublox:No Data:2 raised 3/3\n")
-        << "it is in the store at once";
-}
-
-TEST_P(StoreBehind, MayBeSoByMoreThanHalfOfWhatACounterHolds)
-{
-    StoreLater({Error(kLinkSensor, false, 5, 65536 + 5)});
-    SErrorEntry later = Error(kLinkSensor, true, 40005, 0).entry;
-    later.raisedTime = Core::Time::Now();
-    {
-        CErrorDatabaseView owner(true, eViewOwner);
-        owner.LoadErrors(Database());
-        owner.RestoreErrors({later});
-    }
-    LeaveNote(GetParam());
-    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 40005/105541\n");
-}
-
-INSTANTIATE_TEST_SUITE_P(Signs, StoreBehind, testing::Values(">", "?"),
-                         [](const testing::TestParamInfo<const char*>& sign)
-                         { return *sign.param == '>' ? "Ahead" : "Elsewhere"; });
-
-TEST_F(FormerState, OfATableThatIsInAnotherStoreIsTheTables)
-{
-    LeaveStore("boot", "c");
-    WriteFile(m_directory.File("note"), "= /another.db\n");
-    LeaveTable({kDataSensor}, 2);
-    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 5/5\nPositioning:Ublox:No Data:2 raised "
-                       "2/2\na 17\n");
-}
-
-TEST_F(FormerState, OfATableThatNothingWasPutIntoYetIsTheStores)
-{
-    LeaveStore("boot", "c");
-    WriteFile(m_directory.File("note"), "> " + m_directory.File("state.db") + "\n");
-    {
-        CErrorDatabaseView owner(true, eViewOwner);
-        owner.LoadErrors(Database()); // and is killed
-    }
-    EXPECT_EQ(Found(), "Positioning:GPS:Communications:9 raised 5/5\na 17\n");
-}
-
 class FutureTime : public FormerState, public testing::WithParamInterface<int>
 {
 protected:
@@ -346,7 +122,7 @@ protected:
     SStoredError LeaveFuture()
     {
         LeaveStore("boot", "c");
-        SStoredError error = Error(kLinkSensor, false, 5, 5);
+        SStoredError error = StoredError(kLinkSensor, false, 5, 5);
         error.entry.raisedTime = Core::Time::FromNanoseconds(Core::Time::Now().Nanoseconds() +
                                                              GetParam() * std::int64_t(3600000000000));
         Keeper().Open("boot", "c");
