@@ -46,6 +46,19 @@ TEST_F(ScriptSessions, OneThatEndsSendingIsAcknowledgedAtOnce)
     EXPECT_EQ(Record(kLinkSensor).counter1, kRounds);
 }
 
+TEST_F(ScriptSessions, OneThatEndsSendingWhileItsAcknowledgementWaitsForAPauseGetsIt)
+{
+    const auto owner = StartOwner({"--state", "none"});
+    for (int round = 0; round < kRounds; ++round)
+    {
+        const CRawConnection script;
+        script.Send(Hello(round) + Raise("1") + Clear("2"));
+        EXPECT_TRUE(WaitUntil([&] { return Record(kLinkSensor).counter1 == round + 1; }));
+        script.EndSending();
+        EXPECT_EQ(script.Received(), "d7:welcomei0eed3:acki2ee") << round;
+    }
+}
+
 TEST_F(ScriptSessions, OneThatComesAgainIsWelcomedWithAllThatItHasSent)
 {
     const auto owner = StartOwner();

@@ -190,6 +190,20 @@ TEST_F(HostServerSessions, WhoEndsSendingLaterIsAnsweredBeforeTheConnectionIsClo
     EXPECT_EQ(m_handler.finished[1], 1);
 }
 
+TEST_F(HostServerSessions, AnAcknowledgementThatWaitsForAPauseIsSentAtTheEndOfSending)
+{
+    m_handler.onBatch = [&](const MPIPeerC& peer) { m_server.Acknowledge(peer.connection, 1); };
+    for (std::uint64_t round = 1; round <= 20; ++round)
+    {
+        CRawConnection connection = Connect();
+        connection.Send(kHello + Numbered("1"));
+        EXPECT_TRUE(ServeUntil([&] { return m_handler.counts[round] == 1; }));
+        connection.EndSending();
+        EXPECT_TRUE(ServeUntil([&] { return Has(round, "disconnected\n"); }));
+        EXPECT_EQ(connection.ReceiveToEnd(), "d3:acki1ee");
+    }
+}
+
 TEST_F(HostServerSessions, TheEndOfSendingIsToldAgainWhereTheHandlerThrew)
 {
     m_handler.onFinish = [&](const MPIPeerC& peer)

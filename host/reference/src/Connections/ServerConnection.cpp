@@ -88,6 +88,7 @@ void ServerConnection::TellFinished()
         return;
     m_handler.PeerFinished(MPIPeerC(m_peer));
     m_finishedTold = true;
+    SendAcknowledgement(); // one that has waited for a pause
 }
 
 void ServerConnection::PassOnFrom(char* buffer, std::size_t size)
