@@ -145,7 +145,7 @@ TEST_F(StoreTrouble, AnotherProgramsSemaphoreIsLeftAsItIs)
     Report("confirm raise 0x4281B 2");
     Kill(*first);
     semctl(m_directory.Semaphore(), 0, IPC_RMID);
-    const int semaphore = semget(m_directory.Key(), 1, IPC_CREAT | IPC_EXCL | 0600);
+    const int semaphore = semget(m_directory.Key(), 2, IPC_CREAT | IPC_EXCL | 0600);
     ASSERT_NE(semaphore, -1);
     struct sembuf more = {0, 7, 0};
     ASSERT_EQ(semop(semaphore, &more, 1), 0);

@@ -22,7 +22,7 @@ namespace
 constexpr int kTableMode = 0644; // as views ask for
 constexpr int kSemaphoreMode = 0666;
 constexpr int kPrivateMode = 0600;
-constexpr unsigned kModeBits = 0777;
+constexpr std::uint32_t kTickNanoseconds = 20000000; // of a clock by which a system dates things, at most
 
 /// Emulators of 32-bit machines have been seen to write the seconds where the upper half of a time belongs,
 /// which is 0 until the year 2106.
@@ -76,7 +76,7 @@ bool DirectoryBirth(std::int64_t& seconds)
     struct statx facts = {};
     if (statx(AT_FDCWD, ".", 0, STATX_BTIME, &facts) != 0 || (facts.stx_mask & STATX_BTIME) == 0)
         return false;
-    seconds = facts.stx_btime.tv_sec;
+    seconds = facts.stx_btime.tv_sec - (facts.stx_btime.tv_nsec < kTickNanoseconds ? 1 : 0);
     return true;
 }
 
@@ -107,7 +107,7 @@ bool ReadSegmentFacts(int segment, SSegmentFacts& facts)
         return false;
     facts.user = description.shm_perm.uid;
     facts.group = description.shm_perm.gid;
-    facts.mode = description.shm_perm.mode & kModeBits;
+    facts.mode = description.shm_perm.mode & 0777U;
     facts.bytes = description.shm_segsz;
     facts.attachments = static_cast<unsigned long>(description.shm_nattch);
     facts.changed = Seconds(description.shm_ctime);
@@ -171,10 +171,9 @@ std::int64_t LockMade(int semaphore)
     return Seconds(Description(semaphore).sem_ctime);
 }
 
-bool MadeByView(int semaphore)
+unsigned long LockCount(int semaphore)
 {
-    const struct semid_ds description = Description(semaphore);
-    return description.sem_nsems == 1 && (description.sem_perm.mode & kModeBits) == kSemaphoreMode;
+    return static_cast<unsigned long>(Description(semaphore).sem_nsems);
 }
 
 int TakeDownLock(int semaphore)

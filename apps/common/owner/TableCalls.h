@@ -72,8 +72,8 @@ std::int64_t LockUsed(int semaphore);
 /// When the lock was made, in seconds since 1970; 0 if it cannot be told.
 std::int64_t LockMade(int semaphore);
 
-/// Is the set what a view makes: one semaphore that everybody may use? Not so if it may not be looked at.
-bool MadeByView(int semaphore);
+/// How many semaphores the set has: 1 if it is a lock; 0 if it cannot be told.
+unsigned long LockCount(int semaphore);
 
 /// Takes the lock's value down to 0 for good, without waiting: to be done before an owner makes the lock
 /// available. What a killed owner has left would come on top of that and let two processes in at once.

@@ -27,12 +27,11 @@ int Semaphore()
 }
 
 // A table that may not be written is another user's, whose owner can be running. Without a table the lock is
-// that of one that somebody has removed; what has a higher value then is another program's.
+// that of one that somebody has removed.
 bool LockMayBeOurs()
 {
     key_t key = -1;
-    return TableKey(key) &&
-           (FindSegment(key) != -1 ? SegmentUsable(key) : LockValue(FindSemaphore(key)) <= 1);
+    return TableKey(key) && (FindSegment(key) == -1 || SegmentUsable(key));
 }
 } // namespace
 

@@ -24,10 +24,6 @@ constexpr std::int64_t kDay = 86400000000000; // nanoseconds
 constexpr std::int64_t kTwentyYears = 7305 * kDay;
 static_assert(kTwentyYears > 7 * kDay * 1024, "after so many weeks satellites count anew");
 
-// The system dates directories more finely than segments: one that is made just when a second begins can seem
-// to be a second younger than the segment that is made after it.
-constexpr std::int64_t kClocksApart = 1; // seconds
-
 bool TimeMakesSense(const Core::Time& time, const Core::Time& latest)
 {
     return time >= Core::Time() && time <= latest;
@@ -64,7 +60,7 @@ bool MakesSense(const SErrorEntry& record, const Core::Time& latest, const CErro
 
 bool MadeBefore(int segment, const SSegmentFacts& facts, std::int64_t birth)
 {
-    return facts.changed + kClocksApart < birth && !Confirmed(segment);
+    return facts.changed < birth && !Confirmed(segment);
 }
 
 std::unique_ptr<SStatusTable> FormerTable()
@@ -107,9 +103,7 @@ bool ForeignLock()
 {
     key_t key = -1;
     const int semaphore = TableKey(key) ? FindSemaphore(key) : -1;
-    if (semaphore == -1)
-        return false;
-    return !MadeByView(semaphore) || (FindSegment(key) == -1 && LockValue(semaphore) > 1);
+    return semaphore != -1 && LockCount(semaphore) != 1;
 }
 
 Core::Time LatestPossible(const Core::Time& now)

@@ -29,7 +29,7 @@ std::unique_ptr<SStatusTable> FormerTable();
 
 /// Is there shared memory under the working directory's key that is no table, or a semaphore set that is no
 /// lock of one? It is another program's, then: keys are made of 16 bits of a directory's number. A lock is
-/// one semaphore that everybody may use, and without a table nobody has made it available.
+/// one semaphore that may be looked at.
 bool ForeignSegment();
 bool ForeignLock();
 
