@@ -55,10 +55,12 @@ struct SStoreBatch
     std::vector<STransition> transitions; ///< without numbers
     std::vector<SStoredSession> sessions;
     std::vector<std::string> forgottenSessions;
+    std::string configuration; ///< the one that all of this is of; empty: it is the same as before
 
     bool Empty() const
     {
-        return errors.empty() && transitions.empty() && sessions.empty() && forgottenSessions.empty();
+        return errors.empty() && transitions.empty() && sessions.empty() && forgottenSessions.empty() &&
+               configuration.empty();
     }
 };
 

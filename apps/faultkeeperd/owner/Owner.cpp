@@ -2,6 +2,7 @@
 
 #include "faultkeeperd/owner/FormerState.h"
 #include "faultkeeperd/store/FormerTable.h"
+#include "faultkeeperd/store/StateKeeper.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 
@@ -36,6 +37,8 @@ COwner::COwner(CErrorDatabase& database, CStateKeeper& keeper, const SFormerStat
     Restore(former);
     m_database.SetCallback(this);
     ClearOrphans(former.orphans);
+    m_recorder.HandOver();
+    keeper.TakeConfiguration();
 }
 
 COwner::~COwner()
@@ -72,7 +75,8 @@ void COwner::Restore(const SFormerState& former)
 }
 
 /// What was raised because of another error, and is active by former links alone, would be cleared by nobody,
-/// unless an active error raises it. One that is cleared can leave others behind.
+/// unless an active error raises it. One that is cleared can leave others behind; those that followed from it
+/// are among the orphans, and what else it is linked into was reported, so that it clears nothing itself.
 void COwner::ClearOrphans(const std::set<ErrorId>& orphans)
 {
     for (bool changed = true; changed;)
@@ -84,8 +88,9 @@ void COwner::ClearOrphans(const std::set<ErrorId>& orphans)
             if (error == nullptr || !error->Active() || HasCause(*error))
                 continue;
             m_recorder.Begin(std::string()); // it follows from none of the others
-            m_database.ClearError(problemCode, problemType, false);
-            changed = changed || !error->Active();
+            m_database.ClearError(problemCode, problemType, true);
+            ErrorCleared(problemCode, problemType);
+            changed = true;
         }
     }
 }

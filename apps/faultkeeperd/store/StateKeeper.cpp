@@ -34,7 +34,7 @@ SStoreContents CStateKeeper::Open(const std::string& boot, const std::string& co
     SStoreContents contents;
     if (Off())
     {
-        LogInfo("the state store is switched off: what is applied counts as stored, and is acknowledged");
+        LogInfo("the state store is switched off: acknowledged means applied and shown");
         return contents;
     }
     TryToOpen(esoPatiently, contents, Clock::now());
@@ -80,7 +80,15 @@ void CStateKeeper::BeginStore(EStoreOpening opening, SStoreContents& contents)
     m_checked = true;
     contents = m_store->Read();
     m_known = m_known || opening == esoPatiently;
-    m_store->Begin(m_boot, m_configuration);
+    // The store stays of another configuration until what that has left is judged.
+    const bool empty = contents.configuration.empty();
+    m_store->Begin(m_boot, empty ? m_configuration : contents.configuration);
+    m_otherConfiguration = !empty && contents.configuration != m_configuration;
+}
+
+void CStateKeeper::TakeConfiguration()
+{
+    m_judged = m_known;
 }
 
 /// @return whether a damaged store was moved out of the way
@@ -195,7 +203,7 @@ void CStateKeeper::LoseOldest()
 bool CStateKeeper::Waits() const
 {
     return !m_changedErrors.empty() || !m_changedSessions.empty() || !m_forgottenSessions.empty() ||
-           !m_transitions.empty();
+           !m_transitions.empty() || (m_otherConfiguration && m_judged);
 }
 
 CStateKeeper::Clock::time_point CStateKeeper::Due() const
@@ -298,6 +306,8 @@ SStoreBatch CStateKeeper::Batch() const
         batch.sessions.push_back(m_sessions.at(id));
     batch.forgottenSessions.assign(m_forgottenSessions.begin(), m_forgottenSessions.end());
     batch.transitions.assign(m_transitions.begin(), m_transitions.end());
+    if (m_otherConfiguration && m_judged)
+        batch.configuration = m_configuration;
     return batch;
 }
 
@@ -307,6 +317,7 @@ void CStateKeeper::Stored()
     m_changedSessions.clear();
     m_forgottenSessions.clear();
     m_transitions.clear();
+    m_otherConfiguration = m_otherConfiguration && !m_judged;
     m_tried = 0;
     ++m_statistics.commits;
     if (m_begun)
@@ -327,8 +338,8 @@ void CStateKeeper::Fail(const CSqliteFailure& failure, Clock::time_point now)
         m_note.FallBehind();
     if (!m_failureTold)
         LogError("the state store " + m_settings.path + " cannot be used: " + failure.what() +
-                 "; reports go on being applied and shown, and acknowledged when they are, but a restart "
-                 "would forget them");
+                 "; reports go on being applied, shown and then acknowledged, but a restart of the "
+                 "machine would forget them");
     m_failureTold = true;
 }
 

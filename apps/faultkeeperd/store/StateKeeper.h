@@ -63,6 +63,11 @@ public:
     /// @param table  what the owner takes from the former owner's table; it is stored at once
     void Begin(const std::vector<SStoredError>& table);
 
+    /// What another configuration has left is judged, and what came of it is kept: from the next commit on
+    /// the store is of this configuration. One that could not be read so far stays of the other, for the next
+    /// owner to judge.
+    void TakeConfiguration();
+
     /// Is there a store that works? Otherwise kept means applied.
     bool Storing() const { return m_store != nullptr; }
 
@@ -135,6 +140,8 @@ private:
     bool m_known = false;               // all that was in the store at the beginning
     bool m_checked = false; // the file was looked through, and nothing can have happened to it since
     bool m_failureTold = false;
+    bool m_otherConfiguration = false; // the store is of one
+    bool m_judged = false;             // what that has left
     SStatistics m_statistics;
 };
 

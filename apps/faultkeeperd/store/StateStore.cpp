@@ -1,6 +1,5 @@
 #include "faultkeeperd/store/StateStore.h"
 
-#include "store/StoreFacts.h"
 #include "store/StoreFile.h"
 #include "store/StoreRows.h"
 
@@ -202,17 +201,19 @@ void CStateStore::Begin(const std::string& boot, const std::string& configuratio
     DropBadRows();
     if (!before.OfBoot(boot))
         BeginBoot();
-    for (const std::int64_t copy : {std::int64_t(esfBoot), CopyOf(esfBoot)})
-    {
-        PutFactRow(m_statements->putFact, copy, boot);
-        m_statements->putFact.Run();
-    }
-    for (const std::int64_t copy : {std::int64_t(esfConfiguration), CopyOf(esfConfiguration)})
-    {
-        PutFactRow(m_statements->putFact, copy, configuration);
-        m_statements->putFact.Run();
-    }
+    PutFact(esfBoot, boot);
+    PutFact(esfConfiguration, configuration);
     transaction.Commit();
+}
+
+/// Twice: without these nothing else could be trusted.
+void CStateStore::PutFact(EStoreFact fact, const std::string& value)
+{
+    for (const std::int64_t copy : {std::int64_t(fact), CopyOf(fact)})
+    {
+        PutFactRow(m_statements->putFact, copy, value);
+        m_statements->putFact.Run();
+    }
 }
 
 /// By their numbers, which no other rows have.
@@ -263,6 +264,8 @@ void CStateStore::Commit(const SStoreBatch& batch)
         Forget(session);
     for (const STransition& transition : batch.transitions)
         Append(transition);
+    if (!batch.configuration.empty())
+        PutFact(esfConfiguration, batch.configuration);
     TrimJournal();
     transaction.Commit();
 }

@@ -2,6 +2,7 @@
 #define FAULTKEEPER_FAULTKEEPERD_STORE_STATESTORE_H
 
 #include "store/Sqlite.h"
+#include "store/StoreFacts.h"
 #include "store/StoreRecords.h"
 
 #include <cstddef>
@@ -88,6 +89,7 @@ private:
     void ReadErrors(SStoreContents& contents);
     void ReadSessions(SStoreContents& contents);
     void DropBadRows();
+    void PutFact(EStoreFact fact, const std::string& value);
     void Put(const SStoredError& error);
     void Put(const SStoredSession& session);
     void Forget(const std::string& session);

@@ -31,6 +31,9 @@ protected:
         WarnedBy([&] { Start(m_boot, std::to_string(++m_configurations)); });
     }
 
+    /// Kills the owner and starts another one with the same configuration.
+    void StartAgain() { Start(m_boot, std::to_string(m_configurations)); }
+
     std::string m_boot = "boot";
 
 private:
@@ -104,6 +107,26 @@ TEST_F(LinkedOwner, KeepsWhatStayedActiveBehindLinksThatCouldHaveClearedIt)
     ASSERT_EQ(Raised(), std::vector<Id>{kReceiver}) << "it is not in the second set";
     Configure({{"9", "2"}, {"9"}}, {}, "another text");
     EXPECT_EQ(Raised(), std::vector<Id>{kReceiver});
+}
+
+TEST_F(LinkedOwner, ClearsAgainWhatCouldNotBeStored)
+{
+    Configure({{"9"}}, {}, "");
+    Report(kLinkSensor, true);
+    Configure({}, {}, "");
+    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
+    StartAgain();
+    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor}) << "the owner was killed before it could store that";
+}
+
+TEST_F(LinkedOwner, KeepsWhatWasReportedAlsoAboveWhatItClears)
+{
+    Configure({{"9"}}, {{"receiver"}}, "");
+    Report(kPosition, true);
+    Report(kLinkSensor, true);
+    ASSERT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver, kPosition}));
+    Configure({}, {{"receiver"}}, "");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kPosition})) << "its reporter has not cleared it";
 }
 
 TEST_F(LinkedOwner, ClearsWhatIsLinkedToItsCauseAndWouldHaveBeenClearedWithIt)

@@ -165,10 +165,8 @@ TEST_F(RecoveringKeeper, AStoreThatWasInUseAtTheBeginningIsOverwrittenLater)
             SStoreContents contents;
             EXPECT_EQ(WarnedBy([&] { contents = keeper.Open("boot", "c"); }),
                       "faultkeeperd: error: the state store " + Settings().path +
-                          " cannot be used: database is locked; reports go on being applied and shown, and "
-                          "acknowledged "
-                          "when they are, but "
-                          "a restart would forget them\n");
+                          " cannot be used: database is locked; reports go on being applied, shown "
+                          "and then acknowledged, but a restart of the machine would forget them\n");
             EXPECT_EQ(Shown(contents), "");
         }
         keeper.Keep(Error(2, false, 5, 5));
@@ -179,6 +177,46 @@ TEST_F(RecoveringKeeper, AStoreThatWasInUseAtTheBeginningIsOverwrittenLater)
     EXPECT_EQ(Contents(), kCleared1 + "error 265243:2 clear 5/6/5 1002000000000 902000000000\n"
                                       "session a 7\nsession b 1\n")
         << "the client of session a may come back yet";
+}
+
+TEST_F(RecoveringKeeper, AStoreOfAnotherConfigurationStaysSoUntilThatIsJudged)
+{
+    const auto configuration = [this] { return CStateStore(Settings()).Read().configuration; };
+    Leave("boot");
+    {
+        CStateKeeper keeper(Settings());
+        EXPECT_EQ(keeper.Open("boot", "d").configuration, "c");
+        keeper.Keep(Error(3, true, 1));
+        EXPECT_TRUE(keeper.CommitAtOnce(Later()));
+    }
+    EXPECT_EQ(configuration(), "c") << "its owner ended before it could tell";
+    {
+        CStateKeeper keeper(Settings());
+        keeper.Open("boot", "d");
+        EXPECT_EQ(keeper.MillisecondsToCommit(Later()), -1);
+        keeper.TakeConfiguration();
+        EXPECT_EQ(keeper.MillisecondsToCommit(Later()), 0);
+        EXPECT_TRUE(keeper.Commit(Later()));
+        EXPECT_EQ(keeper.MillisecondsToCommit(Later()), -1);
+    }
+    EXPECT_EQ(configuration(), "d");
+}
+
+TEST_F(RecoveringKeeper, AStoreOfAnotherConfigurationThatWasInUseAtTheBeginningIsLeftToTheNextOwnersJudgement)
+{
+    Leave("boot");
+    {
+        CStateKeeper keeper(Settings());
+        {
+            const CStateStore other(Settings());
+            WarnedBy([&] { keeper.Open("boot", "d"); });
+        }
+        keeper.TakeConfiguration();
+        keeper.Keep(Error(2, false, 5, 5));
+        WarnedBy([&] { keeper.Commit(Later()); });
+        EXPECT_TRUE(keeper.Storing());
+    }
+    EXPECT_EQ(CStateStore(Settings()).Read().configuration, "c");
 }
 
 class KeeperWithoutRoom : public RecoveringKeeper, public testing::WithParamInterface<int>
