@@ -61,6 +61,9 @@ public:
     /// Does the table say that it is ready?
     bool Ready() const { return m_stage == epsReady; }
 
+    /// Changes that the table does not have yet.
+    std::size_t Changes() const { return m_changes.size(); }
+
     /// Changes, and records that a former owner has left, that the table does not have yet.
     std::size_t Waiting() const { return m_changes.size() + m_former.size(); }
 

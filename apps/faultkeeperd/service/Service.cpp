@@ -235,7 +235,9 @@ bool CService::End()
 /// @return true if nothing is missing from the table
 bool CService::TellEnd()
 {
-    const std::size_t waiting = m_owner->Publisher().Waiting();
+    // what a former owner has left is in the store as well, if there is one
+    const CPublisher& publisher = m_owner->Publisher();
+    const std::size_t waiting = m_keeper.Storing() ? publisher.Changes() : publisher.Waiting();
     if (waiting > 0 || m_owner->Failed())
     {
         LogError("ended with " + std::to_string(waiting) + " changes not published");

@@ -13,9 +13,8 @@ TEST_F(FormerState, WithoutAnythingIsEmpty)
     EXPECT_EQ(Found(), "");
     EXPECT_FALSE(m_former.sameBoot);
     EXPECT_EQ(m_former.latest, Core::Time());
-    EXPECT_EQ(m_said,
-              "faultkeeperd: info: the state store is switched off: what is applied counts as stored, "
-              "and is acknowledged\n");
+    EXPECT_EQ(m_said, "faultkeeperd: info: the state store is switched off: acknowledged means applied and "
+                      "shown\n");
 }
 
 TEST_F(FormerState, OfTheSameBootComesBackWhole)

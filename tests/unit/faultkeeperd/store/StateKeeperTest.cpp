@@ -89,10 +89,8 @@ TEST_F(StateKeeper, AFailingDiskIsToldOnceAndStandsInNobodysWay)
             }
         });
     EXPECT_EQ(told, "faultkeeperd: error: the state store " + Settings().path +
-                        " cannot be used: database or disk is full; reports go on being applied and shown, "
-                        "and acknowledged when "
-                        "they are, but a "
-                        "restart would forget them\n");
+                        " cannot be used: database or disk is full; reports go on being applied, shown "
+                        "and then acknowledged, but a restart of the machine would forget them\n");
     EXPECT_FALSE(keeper.Storing());
     EXPECT_EQ(keeper.Statistics().failures, 3u);
     EXPECT_EQ(keeper.Statistics().commits, 0u);

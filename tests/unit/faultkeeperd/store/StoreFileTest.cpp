@@ -44,8 +44,8 @@ protected:
     std::string Refusal(const std::string& reason) const
     {
         return "faultkeeperd: error: the state store " + Path() + " cannot be used: " + reason +
-               "; reports go on being applied and shown, and acknowledged when they are, but a restart would "
-               "forget them\n";
+               "; reports go on being applied, shown and then acknowledged, but a restart of the machine "
+               "would forget them\n";
     }
 
     /// Is the file neither changed nor anything put beside it?
