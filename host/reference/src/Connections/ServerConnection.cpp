@@ -80,14 +80,12 @@ int ServerConnection::Serve(char* buffer, std::size_t size)
     return m_passedOn;
 }
 
-/// Before the end itself is read: then the connection is closed.
+/// Before the end itself is read, with which the connection is closed: so it is told once.
 void ServerConnection::TellFinished()
 {
-    if (!m_endSeen || m_finishedTold || HasWork() || m_decoder.Incomplete() ||
-        SocketCalls::HasInput(Descriptor()))
+    if (!m_endSeen || HasWork() || m_decoder.Incomplete() || SocketCalls::HasInput(Descriptor()))
         return;
     m_handler.PeerFinished(MPIPeerC(m_peer));
-    m_finishedTold = true;
     SendAcknowledgement(); // one that has waited for a pause
 }
 

@@ -128,7 +128,6 @@ private:
     MPIPeerC m_peer;
     bool m_told = false;
     bool m_endSeen = false;
-    bool m_finishedTold = false;
     std::string m_session;
     bool m_held = false;
     NotificationScan m_scan;
