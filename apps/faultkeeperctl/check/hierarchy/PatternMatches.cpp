@@ -1,8 +1,8 @@
 #include "faultkeeperctl/check/hierarchy/PatternMatches.h"
 
 #include <algorithm>
-#include <iterator>
 #include <limits>
+#include <utility>
 
 namespace Faultkeeper::Apps
 {
@@ -85,32 +85,54 @@ std::vector<std::size_t> CPatternMatches::InTheWay(const SPatternModel& pattern)
     return inTheWay;
 }
 
+/// The errors that were raised along, from the leaves upward, so that the order of loading does not matter.
+/// One that is defined again stands in no tree.
+std::vector<std::size_t> CPatternMatches::RaisedAlong(const Errors& wanted, const CPropagation& raised) const
+{
+    const SConfigurationModel& model = m_hierarchy.Model();
+    std::vector<std::size_t> along;
+    for (std::size_t error = 0; error < m_positions.size(); ++error)
+    {
+        if (raised.Active(error) && wanted.count(error) == 0 && model.Find(model.errors[error].id) == error)
+            along.push_back(error);
+    }
+    std::sort(along.begin(), along.end(),
+              [&](std::size_t left, std::size_t right)
+              {
+                  return std::make_pair(m_positions[left], model.errors[left].id) <
+                         std::make_pair(m_positions[right], model.errors[right].id);
+              });
+    return along;
+}
+
 /// All errors that have to be cleared, from the leaves upward.
 std::vector<std::size_t> CPatternMatches::Hindering(const SPatternModel& pattern,
                                                     const CPropagation& raised) const
 {
     Errors active = ErrorsOf(pattern);
+    const std::vector<std::size_t> along = RaisedAlong(active, raised);
+    Errors all = active;
+    all.insert(along.begin(), along.end());
+    if (Equals(pattern, all))
+        return {};
     std::vector<std::size_t> hindering;
-    for (std::size_t error = 0; error < m_positions.size(); ++error)
+    for (const std::size_t error : along)
     {
-        Errors more = active;
-        if (!raised.Active(error) || !more.insert(error).second)
+        active.insert(error);
+        if (Equals(pattern, active))
             continue;
-        if (Equals(pattern, more))
-            active = more;
-        else
-            hindering.push_back(error);
+        active.erase(error);
+        hindering.push_back(error);
     }
-    std::stable_sort(hindering.begin(), hindering.end(),
-                     [this](std::size_t left, std::size_t right)
-                     { return m_positions[left] < m_positions[right]; });
     return hindering;
 }
 
+/// Trees beside the one that holds the pattern's errors have codes of their own, and are no matter.
 bool CPatternMatches::Equals(const SPatternModel& pattern, const Errors& active) const
 {
-    const std::size_t top = TopOf(active);
-    if (top == kNoError || ErrorsOf(pattern).count(top) == 0)
+    const Errors wanted = ErrorsOf(pattern);
+    const std::size_t top = TopOf(GroupOf(*wanted.begin(), active));
+    if (wanted.count(top) == 0)
         return false;
     const std::vector<ErrorId> ids = pattern.SortedIds();
     std::vector<ErrorId> collected;
@@ -119,43 +141,69 @@ bool CPatternMatches::Equals(const SPatternModel& pattern, const Errors& active)
     return collected == ids;
 }
 
-/// The error that heads the tree of those that are active, or kNoError if they are none or form several. An
-/// error that is defined again stands in no tree.
-std::size_t CPatternMatches::TopOf(const Errors& active) const
+/// The active errors that are linked to this one, directly or by others of them, and itself.
+CPatternMatches::Errors CPatternMatches::GroupOf(std::size_t error, const Errors& active) const
+{
+    Marks apart(m_positions.size(), 0);
+    for (const std::size_t other : active)
+        apart[other] = 1;
+    apart[error] = 0;
+    Errors group = {error};
+    std::vector<std::size_t> next = {error};
+    while (!next.empty())
+    {
+        const std::size_t member = next.back();
+        next.pop_back();
+        for (const auto* const linked : {&m_hierarchy.Triggers(member), &m_hierarchy.Parents(member)})
+        {
+            for (const std::size_t other : *linked)
+            {
+                if (apart[other] == 0)
+                    continue;
+                apart[other] = 0;
+                group.insert(other);
+                next.push_back(other);
+            }
+        }
+    }
+    return group;
+}
+
+/// The error that heads the tree of a group.
+std::size_t CPatternMatches::TopOf(const Errors& group) const
 {
     const SConfigurationModel& model = m_hierarchy.Model();
-    std::vector<std::size_t> waiting;
-    std::copy_if(active.begin(), active.end(), std::back_inserter(waiting),
-                 [&model](std::size_t error) { return model.Find(model.errors[error].id) == error; });
-    if (waiting.empty())
-        return kNoError;
+    std::vector<std::size_t> waiting(group.begin(), group.end());
     std::sort(waiting.begin(), waiting.end(),
               [&model](std::size_t left, std::size_t right)
               { return model.errors[left].id < model.errors[right].id; });
-    Errors related = {waiting.front()};
+    Marks related(m_positions.size(), 0);
+    related[waiting.front()] = 1;
     std::size_t top = waiting.front();
     while (Join(waiting, related, top))
     {
     }
-    return waiting.empty() ? top : kNoError;
+    return top;
 }
 
 /// One pass through those that wait, in the order of their identifiers: what is related to one that has
 /// joined joins as well. Of several with the largest position the first one to join stays the top.
 /// @return true if one has joined
-bool CPatternMatches::Join(std::vector<std::size_t>& waiting, Errors& related, std::size_t& top) const
+bool CPatternMatches::Join(std::vector<std::size_t>& waiting, Marks& related, std::size_t& top) const
 {
     const std::size_t before = waiting.size();
     std::vector<std::size_t> left;
     for (const std::size_t error : waiting)
     {
-        if (related.count(error) == 0)
+        if (related[error] == 0)
         {
             left.push_back(error);
             continue;
         }
-        related.insert(m_hierarchy.Triggers(error).begin(), m_hierarchy.Triggers(error).end());
-        related.insert(m_hierarchy.Parents(error).begin(), m_hierarchy.Parents(error).end());
+        for (const std::size_t trigger : m_hierarchy.Triggers(error))
+            related[trigger] = 1;
+        for (const std::size_t parent : m_hierarchy.Parents(error))
+            related[parent] = 1;
         if (m_positions[error] > m_positions[top])
             top = error;
     }

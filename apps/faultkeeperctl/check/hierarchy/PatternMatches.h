@@ -24,6 +24,7 @@ public:
     bool CanHold(const SPatternModel& pattern) const;
 
     /// Can a tree hold the errors of the pattern, each as often as it is listed, and no others?
+    /// @param pattern  with at least one id
     bool CanEqual(const SPatternModel& pattern) const;
 
     /// For a pattern that a tree can equal: the errors that its errors raise, and beside which there is no
@@ -32,13 +33,16 @@ public:
 
 private:
     typedef std::set<std::size_t> Errors;
+    typedef std::vector<char> Marks; // of all errors
 
     static Errors ErrorsOf(const SPatternModel& pattern);
     bool Equals(const SPatternModel& pattern, const Errors& active) const;
     bool HoldsBelow(std::size_t top, const Errors& wanted) const;
     std::vector<std::size_t> Hindering(const SPatternModel& pattern, const CPropagation& raised) const;
-    std::size_t TopOf(const Errors& active) const;
-    bool Join(std::vector<std::size_t>& waiting, Errors& related, std::size_t& top) const;
+    std::vector<std::size_t> RaisedAlong(const Errors& wanted, const CPropagation& raised) const;
+    Errors GroupOf(std::size_t error, const Errors& active) const;
+    std::size_t TopOf(const Errors& group) const;
+    bool Join(std::vector<std::size_t>& waiting, Marks& related, std::size_t& top) const;
     void Collect(std::size_t error, const Errors& active, std::size_t most,
                  std::vector<ErrorId>& collected) const;
 

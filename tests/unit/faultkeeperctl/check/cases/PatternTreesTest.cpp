@@ -57,4 +57,54 @@ TEST(PatternTreeTest, OnlyErrorsThatStayRaisedByThemselvesAreInTheWay)
         "0 errors, 1 warning in 3 files\n");
 }
 
+/// A parent of six that the pattern holds with one of them; the same one raises two more that form a smaller
+/// group with it.
+std::string CheckedBesideAChain(bool topOfTheChainFirst)
+{
+    const char* const more[] = {"CAN:Bus:Speed:2", "CAN:Bus:Framing:2", "CAN:Bus:Heading:2",
+                                "CAN:Bus:No Data:2", "CAN:Bus:Port Error:2"};
+    CConfigurationBuilder builder;
+    if (topOfTheChainFirst)
+        builder.Parent(kData, {kChecksum}).Parent(kChecksum, {kPower});
+    else
+        builder.Parent(kChecksum, {kPower}).Parent(kData, {kChecksum});
+    builder.Leaf(kPower);
+    std::vector<std::string> triggers = {kPower};
+    for (const char* const leaf : more)
+    {
+        builder.Leaf(leaf);
+        triggers.emplace_back(leaf);
+    }
+    const char* const parent = "CAN:Bus:Position Calculation:11";
+    return Checked(builder.Parent(parent, triggers), {parent, kPower});
+}
+
+TEST(PatternTreeTest, AChainBelowTheSizeOfTheTreeIsNotInTheWayWhateverIsLoadedFirst)
+{
+    EXPECT_EQ(CheckedBesideAChain(true), "0 errors, 0 warnings in 3 files\n");
+    EXPECT_EQ(CheckedBesideAChain(false), "0 errors, 0 warnings in 3 files\n");
+}
+
+/// The chain is larger than the tree: what links it to the tree is in the way, and nothing else.
+std::string CheckedBelowAChain(bool topOfTheChainFirst)
+{
+    const char* const link = "CAN:Bus:Framing:2";
+    CConfigurationBuilder builder = CConfigurationBuilder().Leaf(kPower);
+    if (topOfTheChainFirst)
+        builder.Parent(kData, {link}).Parent(link, {kChecksum}).Parent(kChecksum, {kPower});
+    else
+        builder.Parent(kChecksum, {kPower}).Parent(link, {kChecksum}).Parent(kData, {link});
+    return Checked(builder, {kPower});
+}
+
+TEST(PatternTreeTest, OfAChainOnlyTheLinkIsInTheWayWhateverIsLoadedFirst)
+{
+    const char* const expected =
+        "ErrorPatterns.xml:2:1: warning: this pattern matches only after \"CAN:Bus:Checksum:9\" was cleared "
+        "on its own: these errors raise it\n"
+        "0 errors, 1 warning in 3 files\n";
+    EXPECT_EQ(CheckedBelowAChain(true), expected);
+    EXPECT_EQ(CheckedBelowAChain(false), expected);
+}
+
 } // namespace
