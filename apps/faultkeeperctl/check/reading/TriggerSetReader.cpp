@@ -47,14 +47,18 @@ void CTriggerSetReader::ReadSet(const CElement& triggerSet)
     set.place = triggerSet.Place();
     set.neededPlace = set.place;
     m_optionLines.clear();
-    set.whole = triggerSet.VisitChildren(
-        m_findings,
-        [&](const CElement& child)
-        {
-            const bool options = child.Is(kOptions);
-            child.VisitChildren(m_findings, [&](const CElement& entry)
-                                { options ? ReadOption(entry, set) : ReadTrigger(entry, set); });
-        });
+    bool partsWhole = true;
+    const bool whole =
+        triggerSet.VisitChildren(m_findings,
+                                 [&](const CElement& child)
+                                 {
+                                     const bool options = child.Is(kOptions);
+                                     const bool all = child.VisitChildren(
+                                         m_findings, [&](const CElement& entry)
+                                         { options ? ReadOption(entry, set) : ReadTrigger(entry, set); });
+                                     partsWhole = partsWhole && all;
+                                 });
+    set.whole = whole && partsWhole;
     m_model.errors[m_error].sets.push_back(set);
 }
 
