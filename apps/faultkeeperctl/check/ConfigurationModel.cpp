@@ -7,8 +7,13 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-constexpr int kModuleMask = 0xFF0000;
+/// May the reference name an error that cannot be made out?
+bool MayLink(const SReference& reference, const SConfigurationModel& model)
+{
+    return !reference.toItself && reference.target == kNoError && reference.meant == kNoError &&
+           !model.LeadsNowhere(reference);
 }
+} // namespace
 
 std::vector<std::size_t> STriggerSetModel::Linked() const
 {
@@ -45,7 +50,7 @@ bool SConfigurationModel::MayExist(const ErrorId& id) const
 {
     const bool unidentified = unidentifiedModes.count(id.second) != 0 || unidentifiedModes.count(-1) != 0;
     return !listed || unidentified || index.count(id) != 0 || meant.count(id) != 0 ||
-           unreadModules.count(id.first & kModuleMask) != 0;
+           unreadModules.count(id.first & kModuleMask) != 0 || unreadModules.count(-1) != 0;
 }
 
 bool SConfigurationModel::LeadsNowhere(const SReference& reference) const
@@ -62,6 +67,21 @@ bool SConfigurationModel::IsCertain(const STriggerSetModel& set) const
                                         return trigger.toItself || trigger.target != kNoError ||
                                                (LeadsNowhere(trigger) && trigger.meant == kNoError);
                                     });
+}
+
+bool SConfigurationModel::KnowsAllLinks() const
+{
+    const auto known = [this](const STriggerSetModel& set)
+    {
+        return set.whole &&
+               std::none_of(set.triggers.begin(), set.triggers.end(),
+                            [this](const SReference& trigger) { return MayLink(trigger, *this); });
+    };
+    return listed && unreadModules.empty() &&
+           std::all_of(errors.begin(), errors.end(),
+                       [&known](const SDefinition& error) {
+                           return error.setsWhole && std::all_of(error.sets.begin(), error.sets.end(), known);
+                       });
 }
 
 std::vector<std::string> SConfigurationModel::Names() const

@@ -19,6 +19,9 @@ namespace Faultkeeper::Apps
 /// The type of text that heads trees.
 constexpr const char* kTitle = "title";
 
+/// The bits of a problem code that hold the module.
+constexpr int kModuleMask = 0xFF0000;
+
 /// Where an error would stand that is not there.
 constexpr std::size_t kNoError = static_cast<std::size_t>(-1);
 
@@ -68,6 +71,7 @@ struct SDefinition
     std::map<std::string, STextModel> texts; ///< by type
     bool titleWhole = true;                  ///< false if something that may have been the title was told
     std::vector<STriggerSetModel> sets;
+    bool setsWhole = true; ///< false if something that may have been a set was told
 
     std::string Name() const { return ErrorName(id.first, id.second); }
     bool HasTitle() const;
@@ -95,8 +99,8 @@ struct SConfigurationModel
     std::vector<SDefinition> errors;      ///< in the order of loading
     std::map<ErrorId, std::size_t> index; ///< of two definitions the later one
     std::set<ErrorId> meant;              ///< identifiers that errors would have but for a slip that was told
-    std::set<int> unidentifiedModes;     ///< failure modes of errors that are not identified; -1: nor is that
-    std::set<int> unreadModules;         ///< modules with a file that could not be read
+    std::set<int> unidentifiedModes; ///< failure modes of errors that are not identified; -1: nor is that
+    std::set<int> unreadModules;     ///< modules of which not all could be read; -1: nor is it known which
     std::vector<SPatternModel> patterns; ///< in the order of the file
 
     /// The error of that identifier, or kNoError.
@@ -107,6 +111,8 @@ struct SConfigurationModel
     bool IsCertain(const STriggerSetModel& set) const;
     /// Does the reference name an error that is certainly not there?
     bool LeadsNowhere(const SReference& reference) const;
+    /// Is it known which errors have which triggers, and is no link missing for something that was told?
+    bool KnowsAllLinks() const;
     /// Of all errors that can be found, in the order of their identifiers.
     std::vector<std::string> Names() const;
 };

@@ -51,7 +51,7 @@ bool CHierarchy::Certain() const
                std::all_of(error.sets.begin(), error.sets.end(),
                            [this](const STriggerSetModel& set) { return m_model.IsCertain(set); });
     };
-    return m_fromLeaves.size() == m_triggers.size() &&
+    return m_fromLeaves.size() == m_triggers.size() && m_model.KnowsAllLinks() &&
            std::all_of(m_model.errors.begin(), m_model.errors.end(), certain);
 }
 

@@ -82,11 +82,10 @@ std::vector<char> FindTitlesBelow(const CHierarchy& hierarchy)
     for (const std::size_t error : hierarchy.FromLeaves())
     {
         const std::vector<CHierarchy::SSet>& sets = hierarchy.Sets(error);
-        titlesBelow[error] =
-            std::any_of(sets.begin(), sets.end(),
-                        [&](const CHierarchy::SSet& set) { return GivesTitle(hierarchy, set, titlesBelow); })
-                ? 1
-                : 0;
+        const auto gives = [&](const CHierarchy::SSet& set)
+        { return GivesTitle(hierarchy, set, titlesBelow); };
+        const bool whole = hierarchy.Model().errors[error].setsWhole;
+        titlesBelow[error] = !whole || std::any_of(sets.begin(), sets.end(), gives) ? 1 : 0;
     }
     return titlesBelow;
 }

@@ -54,14 +54,22 @@ void CConfigurationReader::ReadList()
                           if (++lists == 1)
                               ReadEntries(list);
                           else
-                              m_findings.Warning(list.Place(), "a second \"ErrorList\" is not read");
+                              SkipEntries(list);
                       });
 }
 
 void CConfigurationReader::ReadEntries(const CElement& list)
 {
     m_model.listed = true;
-    list.VisitChildren(m_findings, [this](const CElement& entry) { ReadEntry(entry); });
+    if (!list.VisitChildren(m_findings, [this](const CElement& entry) { ReadEntry(entry); }))
+        m_model.unreadModules.insert(-1);
+}
+
+void CConfigurationReader::SkipEntries(const CElement& list)
+{
+    m_findings.Warning(list.Place(), "a second \"ErrorList\" is not read");
+    if (!list.IsEmpty())
+        m_model.unreadModules.insert(-1);
 }
 
 void CConfigurationReader::ReadEntry(const CElement& entry)

@@ -46,6 +46,7 @@ private:
     const SFile& File(const std::string& name);
     void ReadList();
     void ReadEntries(const CElement& list);
+    void SkipEntries(const CElement& list);
     void ReadEntry(const CElement& entry);
     void TellTwice(const CElement& entry, int module);
     void ReadModule(int module, const SFile& file);

@@ -56,7 +56,8 @@ SNameRead ReadName(const CElement& element, const char* attribute, const std::st
 void CModuleReader::Read(int module, const CElement& top)
 {
     top.TellUnread(m_findings);
-    top.VisitChildren(m_findings, [&](const CElement& child) { ReadSubModule(module, child); });
+    if (!top.VisitChildren(m_findings, [&](const CElement& child) { ReadSubModule(module, child); }))
+        m_model.unreadModules.insert(module);
 }
 
 void CModuleReader::ReadSubModule(int module, const CElement& subModule)
@@ -64,7 +65,8 @@ void CModuleReader::ReadSubModule(int module, const CElement& subModule)
     const SNameRead name =
         ReadName(subModule, kIdentifier, "sub-module", SubModuleNames(), kSubModuleIsKnown, m_findings);
     const int code = Joined(module, name.value);
-    subModule.VisitChildren(m_findings, [&](const CElement& child) { ReadProblem(code, child); });
+    if (!subModule.VisitChildren(m_findings, [&](const CElement& child) { ReadProblem(code, child); }))
+        m_model.unreadModules.insert(module);
 }
 
 void CModuleReader::ReadProblem(int code, const CElement& problem)
@@ -72,7 +74,8 @@ void CModuleReader::ReadProblem(int code, const CElement& problem)
     const SNameRead name =
         ReadName(problem, kIdentifier, "problem", ProblemNames(), kProblemIsKnown, m_findings);
     const int whole = Joined(code, name.value);
-    problem.VisitChildren(m_findings, [&](const CElement& child) { ReadError(whole, child); });
+    if (!problem.VisitChildren(m_findings, [&](const CElement& child) { ReadError(whole, child); }))
+        m_model.unreadModules.insert(code < 0 ? kNotNear : code & kModuleMask);
 }
 
 void CModuleReader::ReadError(int code, const CElement& error)
@@ -122,6 +125,7 @@ void CModuleReader::ReadContent(const CElement& error, SDefinition& definition)
                                                  RememberSets(child, before);
                                          });
     definition.titleWhole = definition.titleWhole && all;
+    definition.setsWhole = all;
 }
 
 /// Of several, the last one counts.

@@ -38,7 +38,8 @@ bool IsWholeNumber(const std::string& text)
 
 void CTriggerSetReader::Read(const CElement& triggerSets)
 {
-    triggerSets.VisitChildren(m_findings, [this](const CElement& child) { ReadSet(child); });
+    if (!triggerSets.VisitChildren(m_findings, [this](const CElement& child) { ReadSet(child); }))
+        m_model.errors[m_error].setsWhole = false;
 }
 
 void CTriggerSetReader::ReadSet(const CElement& triggerSet)

@@ -131,6 +131,7 @@ void CheckTitlesOfTriggers(const SConfigurationModel& model, const STriggerSetMo
 void CheckTexts(const CHierarchy& hierarchy, int lineWidth, CFindings& findings)
 {
     const SConfigurationModel& model = hierarchy.Model();
+    const bool allLinks = model.KnowsAllLinks(); // one that is missing may raise a parent of any error
     const std::vector<char> meant = FindMeant(model);
     const std::vector<char> raising = FindRaising(hierarchy);
     const std::vector<char> shown = FindShown(hierarchy);
@@ -139,7 +140,7 @@ void CheckTexts(const CHierarchy& hierarchy, int lineWidth, CFindings& findings)
     {
         for (const auto& text : model.errors[error].texts)
             CheckText(text.first, text.second, lineWidth, findings);
-        if (meant[error] == 0 && raising[error] == 0)
+        if (allLinks && meant[error] == 0 && raising[error] == 0)
             CheckTitle(hierarchy, error, findings);
         for (const STriggerSetModel& set : model.errors[error].sets)
         {

@@ -31,6 +31,71 @@ const SCheckCase kSlipCases[] = {
        "        </TriggerSets>\n"}},
      "can.xml:11:32: error: unknown element \"Setup\" [rule 249: optionNode.Name() == \"Option\"]\n"
      "1 error, 0 warnings in 4 files\n"},
+    {"ASetThatAnUnreadModuleMayShow",
+     {{kPositioning, " visible=\"yes\"", ""},
+      {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\" value=\"no\""},
+      {kCan, "</Module>\n", ""}},
+     "can.xml:12:1: error: no element found\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"AnErrorWithoutTitleWhoseParentAnUnreadModuleMayHold",
+     {{kPositioning, "        <Text type=\"title\" text=\"No Satellites\"/>\n", ""},
+      {kCan, "</Module>\n", ""}},
+     "can.xml:12:1: error: no element found\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"AnErrorWithoutTitleWhoseParentMayBeBelowASkippedElement",
+     {{kPositioning, "        <Text type=\"title\" text=\"No Satellites\"/>\n", ""},
+      {kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
+       "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
+       "        <TriggerSets><Any/></TriggerSets>\n"}},
+     "can.xml:9:22: error: unknown element \"Any\" [rule 219: triggerSet.Name() == \"TriggerSet\"]\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"AnErrorWithoutTitleThatABrokenTriggerMayName",
+     {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power"},
+      {kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+      {kCan, "visible=\"no\"", "visible=\"yes\""}},
+     "positioning.xml:20:24: error: the id \"CAN:Bus:Power\" has 3 fields: it takes four fields, "
+     "Module:Sub-module:Problem:Failure mode, such as \"Positioning:GPS:No Data:2\" [rule 297: "
+     "subStrings.size() == 4]\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"APatternOfErrorsThatASkippedSetMayLink",
+     {{kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
+       "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
+       "        <Sets/>\n"},
+      {kPositioning, "              <Trigger id=\"CAN:Bus:Power:4\"/>\n", ""},
+      {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>",
+       "      <error id=\"CAN:Bus:Power:4\"/>"}},
+     "can.xml:9:9: error: unknown element \"Sets\" [rule 178: textNode.Name() == \"Text\"]\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"ATriggerThatMayBeDefinedInASkippedSubModule",
+     {{kCan, "<SubModule", "<Any"}, {kCan, "</SubModule>", "</Any>"}},
+     "can.xml:2:3: error: unknown element \"Any\" [rule 91: subModuleNode.Name() == \"SubModule\"]\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"ATriggerThatMayBeDefinedInASkippedProblem",
+     {{kCan, "<Problem", "<Any"}, {kCan, "</Problem>", "</Any>"}},
+     "can.xml:3:5: error: unknown element \"Any\" [rule 111: problemNode.Name() == \"Problem\"]\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"ATriggerThatMayBeASkippedError",
+     {{kCan, "<Error", "<Any"}, {kCan, "</Error>", "</Any>"}},
+     "can.xml:4:7: error: unknown element \"Any\" [rule 125: errorNode.Name() == \"Error\"]\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"ATriggerThatMayBeDefinedInAModuleThatIsNotRead",
+     {{kList, "    <Module identifier=\"CAN\" file=\"can.xml\"/>\n  </ErrorList>",
+       "  </ErrorList>\n"
+       "  <ErrorList>\n"
+       "    <Module identifier=\"CAN\" file=\"can.xml\"/>\n"
+       "  </ErrorList>"}},
+     "FaultkeeperConfig.xml:5:3: warning: a second \"ErrorList\" is not read\n"
+     "0 errors, 1 warning in 3 files\n"},
+    {"ATriggerThatMayBeDefinedInAModuleWhoseEntryIsSkipped",
+     {{kList, "<Module identifier=\"CAN\"", "<Any identifier=\"CAN\""}},
+     "FaultkeeperConfig.xml:4:5: error: unknown element \"Any\" [rule 40: moduleNode.Name() == \"Module\"]\n"
+     "1 error, 0 warnings in 3 files\n"},
+    {"APatternOfAnErrorThatMayBeDefinedInASkippedSubModule",
+     {{kCan, "<SubModule", "<Any"},
+      {kCan, "</SubModule>", "</Any>"},
+      {kPatterns, "Positioning:GPS:Communications:9", "CAN:Bus:Power:4"}},
+     "can.xml:2:3: error: unknown element \"Any\" [rule 91: subModuleNode.Name() == \"SubModule\"]\n"
+     "1 error, 0 warnings in 4 files\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Slip, CheckTest, testing::ValuesIn(kSlipCases), NameOf);
