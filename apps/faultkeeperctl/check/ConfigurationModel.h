@@ -48,7 +48,10 @@ struct STriggerSetModel
     EErrorTitleSource title = eetsParent;
     std::vector<SReference> triggers; ///< as written, those that lead nowhere included
     bool whole = true;                ///< false if something in it was skipped
+    std::set<std::string> doubtful;   ///< options that probably were to say something else, which was told
 
+    /// Was something told of the option, so that its setting is not known?
+    bool Doubts(const char* option) const { return doubtful.count(option) != 0; }
     /// The errors that are linked, in order; one named twice stands twice.
     std::vector<std::size_t> Linked() const;
 };
@@ -67,6 +70,7 @@ struct SDefinition
     int meantMode = -1;      ///< of a failure mode that is not known, the one that comes nearest
     bool identified = false; ///< all its names are known, or come near one that is
     bool visible = false;
+    bool mayBeVisible = false; ///< it is, or only a slip that was told keeps it from that
     int severity = eesUnknown;
     std::map<std::string, STextModel> texts; ///< by type
     bool titleWhole = true;                  ///< false if something that may have been the title was told
@@ -86,7 +90,7 @@ struct SPatternModel
     std::string code;
     bool partial = false;
     std::vector<SReference> ids; ///< those that are read
-    bool doubtful = false;       ///< something is wrong with an id, and has been told
+    bool doubtful = false;       ///< something is wrong with an id or with what it is to match, and was told
 
     /// The identifiers in their order.
     std::vector<ErrorId> SortedIds() const;

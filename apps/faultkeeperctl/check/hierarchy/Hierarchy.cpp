@@ -49,7 +49,8 @@ bool CHierarchy::Certain() const
     {
         return error.identified && error.meantMode < 0 &&
                std::all_of(error.sets.begin(), error.sets.end(),
-                           [this](const STriggerSetModel& set) { return m_model.IsCertain(set); });
+                           [this](const STriggerSetModel& set)
+                           { return m_model.IsCertain(set) && set.doubtful.empty(); });
     };
     return m_fromLeaves.size() == m_triggers.size() && m_model.KnowsAllLinks() &&
            std::all_of(m_model.errors.begin(), m_model.errors.end(), certain);

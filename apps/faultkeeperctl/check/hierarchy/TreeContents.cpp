@@ -1,5 +1,7 @@
 #include "faultkeeperctl/check/hierarchy/TreeContents.h"
 
+#include "Common/database/ConfigurationFormat.h"
+
 #include <algorithm>
 
 namespace Faultkeeper::Apps
@@ -11,7 +13,7 @@ void FollowDeepLinks(const CHierarchy& hierarchy, std::size_t error, CHierarchy:
 {
     for (const STriggerSetModel& set : hierarchy.Model().errors[error].sets)
     {
-        if (set.linking == eelmShallow)
+        if (set.linking == eelmShallow && !set.Doubts(ConfigurationFormat::kErrorLinking))
             continue;
         for (const SReference& trigger : set.triggers)
         {
@@ -28,7 +30,7 @@ bool GivesTitle(const CHierarchy& hierarchy, const CHierarchy::SSet& set,
 {
     const bool fromTrigger = set.model->title == eetsTrigger;
     const bool goesOn = set.model->linking != eelmShallow;
-    return !hierarchy.Model().IsCertain(*set.model) ||
+    return !hierarchy.Model().IsCertain(*set.model) || !set.model->doubtful.empty() ||
            std::any_of(set.triggers.begin(), set.triggers.end(),
                        [&](std::size_t trigger)
                        {
@@ -38,14 +40,14 @@ bool GivesTitle(const CHierarchy& hierarchy, const CHierarchy::SSet& set,
 }
 } // namespace
 
-std::vector<char> FindShown(const CHierarchy& hierarchy)
+std::vector<char> FindShown(const CHierarchy& hierarchy, bool perhaps)
 {
     const SConfigurationModel& model = hierarchy.Model();
     std::vector<char> shown(model.errors.size(), 0);
     CHierarchy::Errors next;
     for (std::size_t error = 0; error < shown.size(); ++error)
     {
-        if (model.errors[error].visible)
+        if (perhaps ? model.errors[error].mayBeVisible : model.errors[error].visible)
             next.push_back(error);
     }
     while (!next.empty())

@@ -9,7 +9,8 @@ namespace Faultkeeper::Apps
 {
 
 /// For each error, whether what its triggers say can be read anywhere: in its own tree, or in one above it.
-std::vector<char> FindShown(const CHierarchy& hierarchy);
+/// @param perhaps  also if only a slip that was told hides it
+std::vector<char> FindShown(const CHierarchy& hierarchy, bool perhaps);
 
 /// For each error, whether it stands in a tree by a shallow link, which leaves out what its triggers say.
 std::vector<char> FindShownAlone(const CHierarchy& hierarchy, const std::vector<char>& shown);

@@ -120,6 +120,33 @@ bool CElement::IsEmpty() const
     return m_node->Children().empty();
 }
 
+bool CElement::MayBeOn(const char* flag) const
+{
+    const std::vector<std::string> names = AttributeNames(*m_form);
+    const auto& attributes = m_node->Attributes();
+    return std::any_of(attributes.begin(), attributes.end(),
+                       [&](const auto& attribute)
+                       {
+                           const std::string& name = attribute.first;
+                           const bool known = std::find(names.begin(), names.end(), name) != names.end();
+                           return (known ? name : NearestName(name, names)) == flag &&
+                                  attribute.second != kFlagOff &&
+                                  StrangeFlag(flag, attribute.second).suggestion != kFlagOff;
+                       });
+}
+
+bool CElement::HoldsMisspelled(const char* name) const
+{
+    const std::vector<std::string> names = ChildNames(*m_fileForm, *m_form);
+    const auto& children = m_node->Children();
+    return std::any_of(children.begin(), children.end(),
+                       [&](const XMLNode& child)
+                       {
+                           return FormOf(*m_fileForm, *m_form, child.Name()) == nullptr &&
+                                  NearestName(child.Name(), names) == name;
+                       });
+}
+
 std::string CElement::Lacks(const char* attribute) const
 {
     return "this " + Quoted(m_node->Name()) + " has no " + Quoted(attribute);

@@ -60,6 +60,12 @@ public:
     /// Does it hold no elements?
     bool IsEmpty() const;
 
+    /// Is the flag on, or does only a slip that is told keep it from that: in its name, or in its value?
+    bool MayBeOn(const char* flag) const;
+
+    /// Does it hold an element that does not belong there, and probably was to be one of this name?
+    bool HoldsMisspelled(const char* name) const;
+
     /// "this "Error" has no "identifier"".
     std::string Lacks(const char* attribute) const;
 

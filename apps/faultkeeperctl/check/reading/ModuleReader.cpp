@@ -84,6 +84,7 @@ void CModuleReader::ReadError(int code, const CElement& error)
     definition.place = error.Place();
     definition.id.first = code;
     definition.visible = error.Value(kVisible) == kFlagOn;
+    definition.mayBeVisible = error.MayBeOn(kVisible);
     definition.id.second = ReadFailureMode(error, definition);
     definition.identified = code >= 0 && definition.id.second >= 0;
     definition.severity =

@@ -21,6 +21,7 @@ SPatternModel ReadPattern(const CElement& element, const SConfigurationModel& mo
     pattern.place = element.Place();
     pattern.code = element.Value(kFixedCode);
     pattern.partial = element.Value(kAllowPartialMatch) == kFlagOn;
+    pattern.doubtful = !pattern.partial && element.MayBeOn(kAllowPartialMatch);
     element.VisitChildren(findings,
                           [&](const CElement& child)
                           {
@@ -63,7 +64,7 @@ void ReadTop(const CElement& top, SConfigurationModel& model, CFindings& finding
                           else
                               findings.Warning(patterns.Place(), "a second \"Patterns\" is not read");
                       });
-    if (lists == 0)
+    if (lists == 0 && !top.HoldsMisspelled(kPatterns))
         findings.Warning(top.Place(), "there is no \"Patterns\" here: no tree gets a friendly code");
 }
 

@@ -71,6 +71,10 @@ void CTriggerSetReader::ReadOption(const CElement& option, STriggerSetModel& set
         m_findings.BrokenRule(option.Place(kName), kOptionHasName, option.Lacks(kName));
     if (value.empty())
         m_findings.BrokenRule(option.Place(kValue), kOptionHasValue, option.Lacks(kValue));
+    if (name.empty())
+        set.doubtful.insert(std::begin(kOptionNames), std::end(kOptionNames));
+    else if (value.empty())
+        set.doubtful.insert(name);
     if (name.empty() || value.empty())
         return;
     const auto added = m_optionLines.emplace(name, option.Place().line);
@@ -85,12 +89,7 @@ void CTriggerSetReader::ApplyOption(const CElement& option, STriggerSetModel& se
 {
     const std::string& name = option.Value(kName);
     if (name == kAutoTrigger)
-    {
-        set.autoTrigger = option.Value(kValue) == kFlagOn;
-        const SMessage strange = StrangeFlag(name, option.Value(kValue));
-        if (!strange.text.empty())
-            m_findings.Warning(option.Place(kValue), strange);
-    }
+        ApplyAutomatic(option, set);
     else if (name == kTriggersNeeded)
         ApplyThreshold(option, set);
     else if (name == kErrorLinking)
@@ -98,7 +97,27 @@ void CTriggerSetReader::ApplyOption(const CElement& option, STriggerSetModel& se
     else if (name == kTitleSource)
         ApplyTitle(option, set);
     else
-        m_findings.Warning(option.Place(kName), UnknownName("option", name, OptionNames()));
+        TellUnknown(option, set);
+}
+
+void CTriggerSetReader::TellUnknown(const CElement& option, STriggerSetModel& set)
+{
+    const SMessage unknown = UnknownName("option", option.Value(kName), OptionNames());
+    m_findings.Warning(option.Place(kName), unknown);
+    if (!unknown.suggestion.empty())
+        set.doubtful.insert(unknown.suggestion);
+}
+
+void CTriggerSetReader::ApplyAutomatic(const CElement& option, STriggerSetModel& set)
+{
+    const std::string& value = option.Value(kValue);
+    set.autoTrigger = value == kFlagOn;
+    const SMessage strange = StrangeFlag(kAutoTrigger, value);
+    if (strange.text.empty())
+        return;
+    m_findings.Warning(option.Place(kValue), strange);
+    if (strange.suggestion != kFlagOff)
+        set.doubtful.insert(kAutoTrigger);
 }
 
 void CTriggerSetReader::ApplyThreshold(const CElement& option, STriggerSetModel& set)
@@ -106,9 +125,11 @@ void CTriggerSetReader::ApplyThreshold(const CElement& option, STriggerSetModel&
     const std::string& value = option.Value(kValue);
     set.needed = NumberOrZero(value);
     set.neededPlace = option.Place(kValue);
-    if (!IsWholeNumber(value))
-        m_findings.Warning(set.neededPlace, "\"triggersNeeded\" is " + QuotedTyped(value) +
-                                                ", which is read as " + std::to_string(set.needed));
+    if (IsWholeNumber(value))
+        return;
+    m_findings.Warning(set.neededPlace, "\"triggersNeeded\" is " + QuotedTyped(value) +
+                                            ", which is read as " + std::to_string(set.needed));
+    set.doubtful.insert(kTriggersNeeded);
 }
 
 void CTriggerSetReader::ApplyLinking(const CElement& option, STriggerSetModel& set)
@@ -118,8 +139,10 @@ void CTriggerSetReader::ApplyLinking(const CElement& option, STriggerSetModel& s
                                    [&value](const SLinkingWord& known) { return value == known.word; });
     if (word != std::end(kLinkingWords))
         set.linking = word->mode;
-    else if (value != kUsualLinking)
-        m_findings.Warning(option.Place(kValue), UnknownName("way of linking", value, LinkingNames()));
+    if (word != std::end(kLinkingWords) || value == kUsualLinking)
+        return;
+    m_findings.Warning(option.Place(kValue), UnknownName("way of linking", value, LinkingNames()));
+    set.doubtful.insert(kErrorLinking);
 }
 
 void CTriggerSetReader::ApplyTitle(const CElement& option, STriggerSetModel& set)
@@ -127,9 +150,11 @@ void CTriggerSetReader::ApplyTitle(const CElement& option, STriggerSetModel& set
     const std::string& value = option.Value(kValue);
     if (value == kTitleFromTrigger)
         set.title = eetsTrigger;
-    else if (value != kUsualTitle)
-        m_findings.Warning(option.Place(kValue),
-                           UnknownName("source of titles", value, {kUsualTitle, kTitleFromTrigger}));
+    if (value == kTitleFromTrigger || value == kUsualTitle)
+        return;
+    m_findings.Warning(option.Place(kValue),
+                       UnknownName("source of titles", value, {kUsualTitle, kTitleFromTrigger}));
+    set.doubtful.insert(kTitleSource);
 }
 
 void CTriggerSetReader::ReadTrigger(const CElement& trigger, STriggerSetModel& set)

@@ -26,6 +26,8 @@ private:
     void ReadSet(const CElement& triggerSet);
     void ReadOption(const CElement& option, STriggerSetModel& set);
     void ApplyOption(const CElement& option, STriggerSetModel& set);
+    void TellUnknown(const CElement& option, STriggerSetModel& set);
+    void ApplyAutomatic(const CElement& option, STriggerSetModel& set);
     void ApplyThreshold(const CElement& option, STriggerSetModel& set);
     void ApplyLinking(const CElement& option, STriggerSetModel& set);
     void ApplyTitle(const CElement& option, STriggerSetModel& set);

@@ -31,7 +31,7 @@ bool ShareOne(const SAutomatic& left, const SAutomatic& right)
                        [&right](std::size_t member) { return Holds(right, member); });
 }
 
-/// An error without several automatic sets has none here, nor has one with a set whose triggers are in doubt.
+/// An error without several automatic sets has none here, nor has one with a set that is in doubt.
 /// Triggers that the library skips are none.
 std::vector<SAutomatic> AutomaticSets(const CHierarchy& hierarchy, std::size_t error)
 {
@@ -40,7 +40,7 @@ std::vector<SAutomatic> AutomaticSets(const CHierarchy& hierarchy, std::size_t e
     {
         if (!set.model->autoTrigger)
             continue;
-        if (!hierarchy.Model().IsCertain(*set.model))
+        if (!hierarchy.Model().IsCertain(*set.model) || !set.model->doubtful.empty())
             return {};
         SAutomatic automatic = {&set, set.triggers};
         Errors& members = automatic.members;

@@ -2,6 +2,8 @@
 
 #include "faultkeeperctl/check/hierarchy/TreeContents.h"
 
+#include "Common/database/ConfigurationFormat.h"
+
 #include <Faultkeeper/Identifiers.h>
 #include <Faultkeeper/StatusTable.h>
 
@@ -37,13 +39,15 @@ void CheckDisplay(const CHierarchy& hierarchy, CFindings& findings)
 {
     if (!hierarchy.Model().KnowsAllLinks())
         return; // a link that is missing may show any error
-    const std::vector<char> shown = FindShown(hierarchy);
+    const std::vector<char> shown = FindShown(hierarchy, true);
     const std::vector<char> shownAlone = FindShownAlone(hierarchy, shown);
     for (std::size_t error = 0; error < shown.size(); ++error)
     {
         for (const CHierarchy::SSet& set : hierarchy.Sets(error))
         {
-            if (shown[error] == 0 && !set.model->autoTrigger && !set.triggers.empty())
+            const bool mayRaise =
+                set.model->autoTrigger || set.model->Doubts(ConfigurationFormat::kAutoTrigger);
+            if (shown[error] == 0 && !mayRaise && !set.triggers.empty())
                 findings.Warning(
                     set.model->place,
                     std::string("this set is never shown, and while its error is active it hides "

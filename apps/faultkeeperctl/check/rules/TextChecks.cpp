@@ -6,6 +6,8 @@
 #include "common/text/TypedText.h"
 #include "faultkeeperctl/text/TextWidth.h"
 
+#include "Common/database/ConfigurationFormat.h"
+
 #include <algorithm>
 #include <sstream>
 
@@ -49,22 +51,24 @@ bool LacksTitle(const SDefinition& error)
     return error.severity > eesLow && !error.MayHaveTitle();
 }
 
-/// Marks those that satisfy the set on their own.
+/// Marks those that satisfy the set on their own, or may have been meant to.
 void MarkRaising(const CHierarchy::SSet& set, std::vector<char>& raising)
 {
+    const bool mayRaise = set.model->autoTrigger || set.model->Doubts(ConfigurationFormat::kAutoTrigger);
+    const bool anyNumber = set.model->Doubts(ConfigurationFormat::kTriggersNeeded);
     CHierarchy::Errors triggers = set.triggers;
     std::sort(triggers.begin(), triggers.end());
-    for (auto first = triggers.begin(); set.model->autoTrigger && first != triggers.end();)
+    for (auto first = triggers.begin(); mayRaise && first != triggers.end();)
     {
         const auto last = std::upper_bound(first, triggers.end(), *first);
-        if (set.model->needed <= last - first)
+        if (anyNumber || set.model->needed <= last - first)
             raising[*first] = 1;
         first = last;
     }
 }
 
 /// For each error, whether it raises a parent on its own, so that it never heads a tree unless the parent is
-/// cleared.
+/// cleared, or whether only a slip that was told keeps it from that.
 std::vector<char> FindRaising(const CHierarchy& hierarchy)
 {
     std::vector<char> raising(hierarchy.Model().errors.size(), 0);
@@ -108,7 +112,7 @@ void CheckTitle(const CHierarchy& hierarchy, std::size_t error, CFindings& findi
 /// A set that takes several triggers has no title of theirs while it raises its error: two clear it.
 bool TakesTitleOfOne(const STriggerSetModel& set)
 {
-    return set.title == eetsTrigger && (!set.autoTrigger || set.needed <= 1);
+    return set.title == eetsTrigger && set.doubtful.empty() && (!set.autoTrigger || set.needed <= 1);
 }
 
 /// A title from further below takes the place of the one that is missing.
@@ -134,7 +138,7 @@ void CheckTexts(const CHierarchy& hierarchy, int lineWidth, CFindings& findings)
     const bool allLinks = model.KnowsAllLinks(); // one that is missing may raise a parent of any error
     const std::vector<char> meant = FindMeant(model);
     const std::vector<char> raising = FindRaising(hierarchy);
-    const std::vector<char> shown = FindShown(hierarchy);
+    const std::vector<char> shown = FindShown(hierarchy, false);
     const std::vector<char> titlesBelow = FindTitlesBelow(hierarchy);
     for (std::size_t error = 0; error < model.errors.size(); ++error)
     {

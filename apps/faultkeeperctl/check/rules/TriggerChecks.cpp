@@ -2,6 +2,8 @@
 
 #include "common/text/TypedText.h"
 
+#include "Common/database/ConfigurationFormat.h"
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -64,7 +66,7 @@ void CheckSameSets(const std::vector<CHierarchy::SSet>& sets, const SConfigurati
     std::map<SetKey, int> lines;
     for (const CHierarchy::SSet& set : sets)
     {
-        if (set.triggers.empty() || !model.IsCertain(*set.model))
+        if (set.triggers.empty() || !set.model->doubtful.empty() || !model.IsCertain(*set.model))
             continue;
         const auto added = lines.emplace(KeyOf(set), set.model->place.line);
         if (!added.second)
@@ -116,7 +118,8 @@ void CheckThresholds(const SConfigurationModel& model, CFindings& findings)
     {
         for (const STriggerSetModel& set : error.sets)
         {
-            if (set.autoTrigger && !set.Linked().empty() && model.IsCertain(set))
+            const bool known = model.IsCertain(set) && !set.Doubts(ConfigurationFormat::kTriggersNeeded);
+            if (set.autoTrigger && !set.Linked().empty() && known)
                 CheckThreshold(set, findings);
         }
     }

@@ -106,8 +106,12 @@ const SCheckCase kFileCases[] = {
        "patterns>\n"
        "    <"},
       {kPatterns, "</Patterns>", "</patterns>"}},
-     "ErrorPatterns.xml:1:1: warning: there is no \"Patterns\" here: no tree gets a friendly code\n"
      "ErrorPatterns.xml:2:3: warning: unknown element \"patterns\"; did you mean \"Patterns\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ThePatternsAreSomethingElse",
+     {{kPatterns, kWhole, "<ErrorPatterns><Codes/></ErrorPatterns>\n"}},
+     "ErrorPatterns.xml:1:1: warning: there is no \"Patterns\" here: no tree gets a friendly code\n"
+     "ErrorPatterns.xml:1:16: warning: \"Codes\" in \"ErrorPatterns\" is not read\n"
      "0 errors, 2 warnings in 4 files\n"},
 };
 

@@ -96,6 +96,124 @@ const SCheckCase kSlipCases[] = {
       {kPatterns, "Positioning:GPS:Communications:9", "CAN:Bus:Power:4"}},
      "can.xml:2:3: error: unknown element \"Any\" [rule 91: subModuleNode.Name() == \"SubModule\"]\n"
      "1 error, 0 warnings in 4 files\n"},
+    {"ASetThatIsShownButForACapitalInItsFlag",
+     {{kPositioning, " visible=\"yes\"", ""},
+      {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\" value=\"Yes\""}},
+     "positioning.xml:13:42: warning: \"autoTrigger\" is \"Yes\", which counts as \"no\"; did you mean "
+     "\"yes\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ASetThatIsShownButForALetterInItsOption",
+     {{kPositioning, " visible=\"yes\"", ""}, {kPositioning, "name=\"autoTrigger\"", "name=\"autoTriger\""}},
+     "positioning.xml:13:23: warning: unknown option \"autoTriger\"; did you mean \"autoTrigger\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ASetThatIsShownButForACapitalInTheFlagOfItsError",
+     {{kPositioning, " visible=\"yes\"", " visible=\"Yes\""},
+      {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\" value=\"no\""}},
+     "positioning.xml:4:81: warning: \"visible\" is \"Yes\", which counts as \"no\"; did you mean \"yes\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ASetThatIsShownButForALetterInTheFlagOfItsError",
+     {{kPositioning, " visible=\"yes\"", " visble=\"yes\""},
+      {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\" value=\"no\""}},
+     "positioning.xml:4:81: warning: unknown attribute \"visble\"; did you mean \"visible\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ASetThatIsNotShownHoweverItsFlagIsSpelled",
+     {{kPositioning, " visible=\"yes\"", " visible=\"No\""},
+      {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\" value=\"No\""}},
+     "positioning.xml:4:81: warning: \"visible\" is \"No\", which counts as \"no\"; did you mean \"no\"?\n"
+     "positioning.xml:11:11: warning: this set is never shown, and while its error is active it hides its "
+     "triggers: it is not automatic, and its error is neither visible nor shown in the tree of one that is\n"
+     "positioning.xml:13:42: warning: \"autoTrigger\" is \"No\", which counts as \"no\"; did you mean "
+     "\"no\"?\n"
+     "0 errors, 3 warnings in 4 files\n"},
+    {"AnErrorThatNeedsNoTitleButForACapital",
+     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+      {kCan, "visible=\"no\"", "visible=\"yes\""},
+      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
+      {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\" value=\"Yes\""}},
+     "positioning.xml:13:42: warning: \"autoTrigger\" is \"Yes\", which counts as \"no\"; did you mean "
+     "\"yes\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"AnErrorThatNeedsNoTitleButForALetter",
+     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+      {kCan, "visible=\"no\"", "visible=\"yes\""},
+      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
+      {kPositioning, "name=\"autoTrigger\"", "name=\"autoTriger\""}},
+     "positioning.xml:13:23: warning: unknown option \"autoTriger\"; did you mean \"autoTrigger\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"AnErrorThatMayNeedNoTitleButForANumber",
+     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+      {kCan, "visible=\"no\"", "visible=\"yes\""},
+      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
+      {kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"2x\""}},
+     "positioning.xml:14:45: warning: \"triggersNeeded\" is \"2x\", which is read as 2\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATitleOfATriggerThatIsTakenOnlyForALetter",
+     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+      {kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"2\""},
+      {kPositioning, "name=\"autoTrigger\"", "name=\"autoTriger\""}},
+     "positioning.xml:13:23: warning: unknown option \"autoTriger\"; did you mean \"autoTrigger\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ASetThatIsTheSameOnlyForALetterInAWord",
+     {{kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
+       "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
+       "        <TriggerSets>\n"
+       "          <TriggerSet><Triggers><Trigger "
+       "id=\"Positioning:GPS:Communications:9\"/></Triggers></TriggerSet>\n"
+       "          <TriggerSet>\n"
+       "            <Options>\n"
+       "              <Option name=\"errorLinking\" value=\"shalow\"/>\n"
+       "            </Options>\n"
+       "            <Triggers>\n"
+       "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n"
+       "            </Triggers>\n"
+       "          </TriggerSet>\n"
+       "        </TriggerSets>\n"}},
+     "can.xml:13:43: warning: unknown way of linking \"shalow\"; did you mean \"shallow\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ASetThatNeverClearsOnlyForANumber",
+     {{kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"both\""},
+      {kPositioning,
+       "          </TriggerSet>\n"
+       "        </TriggerSets>",
+       "          </TriggerSet>\n"
+       "          <TriggerSet>\n"
+       "            <Options>\n"
+       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
+       "            </Options>\n"
+       "            <Triggers>\n"
+       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
+       "            </Triggers>\n"
+       "          </TriggerSet>\n"
+       "        </TriggerSets>"}},
+     "positioning.xml:14:45: warning: \"triggersNeeded\" is \"both\", which is read as 0\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"AnOptionWithoutAValueThatIsShownPerhaps",
+     {{kPositioning, " visible=\"yes\"", ""},
+      {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\""}},
+     "positioning.xml:13:15: error: this \"Option\" has no \"value\" [rule 255: !value.empty()]\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"AnOptionWithoutANameThatIsShownPerhaps",
+     {{kPositioning, " visible=\"yes\"", ""},
+      {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "value=\"yes\""}},
+     "positioning.xml:13:15: error: this \"Option\" has no \"name\" [rule 254: !name.empty()]\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"APatternThatMatchesPartlyButForALetter",
+     {{kPatterns,
+       "    <pattern fixedCode=\"P-1\" allowPartialMatch=\"no\">\n"
+       "      <error id=\"Positioning:GPS:No Data:2\"/>\n",
+       "    <pattern fixedCode=\"P-1\" allowPartialMach=\"yes\">\n"}},
+     "ErrorPatterns.xml:3:30: warning: unknown attribute \"allowPartialMach\"; did you mean "
+     "\"allowPartialMatch\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"APatternThatMatchesPartlyButForACapital",
+     {{kPatterns,
+       "    <pattern fixedCode=\"P-1\" allowPartialMatch=\"no\">\n"
+       "      <error id=\"Positioning:GPS:No Data:2\"/>\n",
+       "    <pattern fixedCode=\"P-1\" allowPartialMatch=\"Yes\">\n"}},
+     "ErrorPatterns.xml:3:30: warning: \"allowPartialMatch\" is \"Yes\", which counts as \"no\"; did you "
+     "mean "
+     "\"yes\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Slip, CheckTest, testing::ValuesIn(kSlipCases), NameOf);
