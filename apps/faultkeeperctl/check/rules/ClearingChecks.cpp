@@ -161,6 +161,19 @@ private:
         return m_stayRaised[trigger] = StaysRaised(Errors{trigger});
     }
 
+    /// Does the trigger raise one that stands in all sets, so that the error is cleared along with that one?
+    bool RaisesCommon(std::size_t trigger)
+    {
+        const auto known = m_raiseCommon.find(trigger);
+        if (known != m_raiseCommon.end())
+            return known->second;
+        CPropagation propagation(m_hierarchy);
+        propagation.Raise(trigger);
+        return m_raiseCommon[trigger] =
+                   std::any_of(m_common.begin(), m_common.end(),
+                               [&propagation](std::size_t common) { return propagation.Active(common); });
+    }
+
     std::string Name(std::size_t error) const
     {
         return "\"" + m_hierarchy.Model().errors[error].Name() + "\"";
@@ -176,16 +189,34 @@ private:
     }
 
     /// @param triggers  none of which raises the error alone
-    void TellTogether(const SAutomatic& raising, const Errors& triggers, CFindings& findings) const
+    void TellTogether(const SAutomatic& raising, const Errors& triggers, CFindings& findings)
+    {
+        if (TellEnough(raising, Enough(raising, triggers), findings))
+            return;
+        Errors others = triggers;
+        std::stable_partition(others.begin(), others.end(),
+                              [this](std::size_t trigger) { return !RaisesCommon(trigger); });
+        TellEnough(raising, Enough(raising, others), findings);
+    }
+
+    /// The first triggers that satisfy the set; none if all of them do not.
+    static Errors Enough(const SAutomatic& raising, const Errors& triggers)
     {
         Errors enough;
         for (const std::size_t trigger : triggers)
         {
-            if (Count(raising, enough) < raising.set->model->needed)
-                enough.push_back(trigger);
+            enough.push_back(trigger);
+            if (Count(raising, enough) >= raising.set->model->needed)
+                return enough;
         }
-        if (enough.empty() || Count(raising, enough) < raising.set->model->needed || !StaysRaised(enough))
-            return;
+        return {};
+    }
+
+    /// @return false if the triggers clear the error
+    bool TellEnough(const SAutomatic& raising, const Errors& enough, CFindings& findings) const
+    {
+        if (enough.empty() || !StaysRaised(enough))
+            return false;
         const std::string others =
             enough.size() == 2 ? Name(enough.back()) : std::to_string(enough.size() - 1) + " others";
         const SAutomatic* const lacking = Lacking(enough);
@@ -195,13 +226,15 @@ private:
                              (lacking == nullptr ? "each of them is missing in another one"
                                                  : "do not stand in the one in line " + Line(*lacking)) +
                              ": clearing them does not clear the error");
+        return true;
     }
 
     const CHierarchy& m_hierarchy;
     const std::size_t m_error;
     const std::vector<SAutomatic>& m_sets;
     const Errors m_common;
-    std::map<std::size_t, bool> m_stayRaised; // of single triggers
+    std::map<std::size_t, bool> m_stayRaised;  // of single triggers
+    std::map<std::size_t, bool> m_raiseCommon; // likewise
 };
 } // namespace
 

@@ -84,4 +84,17 @@ TEST(ClearingCaseTest, NothingIsToldIfATriggerRaisesOneThatClears)
               "0 errors, 0 warnings in 3 files\n");
 }
 
+TEST(ClearingCaseTest, TwoTriggersBesideOneThatRaisesOneThatClears)
+{
+    const char* const speed = "CAN:Bus:Speed:2";
+    const CConfigurationBuilder triggers =
+        CConfigurationBuilder().Leaf(kPower).Leaf(speed).Leaf(kData).Parent(kChecksum, {kPower});
+    EXPECT_EQ(
+        Checked(triggers, {Set({kPower, speed, kData, kChecksum}, 2), Set({kChecksum}, 1)}),
+        "module0.xml:61:1: warning: \"CAN:Bus:Speed:2\" and \"CAN:Bus:Data:9\" together raise the error by "
+        "this automatic set, but do not stand in the one in line 73: clearing them does not clear the "
+        "error\n"
+        "0 errors, 1 warning in 3 files\n");
+}
+
 } // namespace
