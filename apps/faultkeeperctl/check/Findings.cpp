@@ -6,18 +6,11 @@
 #include "Common/database/ConfigurationRules.h"
 
 #include <algorithm>
+#include <set>
 #include <tuple>
 
 namespace Faultkeeper::Apps
 {
-
-namespace
-{
-bool SameText(const SCheckFinding& left, const SCheckFinding& right)
-{
-    return left.Line() == right.Line();
-}
-} // namespace
 
 std::string PlaceText(const SPlace& place)
 {
@@ -76,7 +69,11 @@ std::vector<SCheckFinding> CFindings::InOrder() const
     std::stable_sort(findings.begin(), findings.end(),
                      [this](const SCheckFinding& left, const SCheckFinding& right)
                      { return Before(left, right); });
-    findings.erase(std::unique(findings.begin(), findings.end(), SameText), findings.end());
+    std::set<std::string> told; // the first of several came first, and has the smallest load order
+    findings.erase(std::remove_if(findings.begin(), findings.end(),
+                                  [&told](const SCheckFinding& finding)
+                                  { return !told.insert(finding.Line()).second; }),
+                   findings.end());
     return findings;
 }
 

@@ -74,4 +74,20 @@ TEST(CheckReportTest, AFindingIsToldOnceHoweverOftenTheFileIsListed)
                     "1 error, 0 warnings in 4 files\n");
 }
 
+TEST(CheckReportTest, SeveralFindingsAtOnePlaceAreToldOnceHoweverOftenTheFileIsListed)
+{
+    const std::string text =
+        CheckText(Checked({{CheckCases::kCan,
+                            "        <Text type=\"problem\" text=\"The bus has no power.\"/>\n"
+                            "        <Text type=\"solution\" text=\"Check the fuse.\"/>\n",
+                            ""},
+                           {CheckCases::kList, "  </ErrorList>",
+                            "    <Module identifier=\"System\" file=\"can.xml\"/>\n  </ErrorList>"}}));
+    EXPECT_EQ(text, "can.xml:4:7: error: this \"Error\" has no text \"problem\" "
+                    "[rule 197: !newError.ProblemText().empty()]\n"
+                    "can.xml:4:7: error: this \"Error\" has no text \"solution\" "
+                    "[rule 198: !newError.SolutionText().empty()]\n"
+                    "2 errors, 0 warnings in 4 files\n");
+}
+
 } // namespace
