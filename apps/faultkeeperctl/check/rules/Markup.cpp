@@ -10,14 +10,15 @@ namespace Faultkeeper::Apps
 
 namespace
 {
-constexpr std::size_t kLongest = 300; // that is looked at, in bytes
-constexpr std::size_t kLongestEntity = 10;
+constexpr std::size_t kLongest = 2000; // that is looked at, in bytes
+constexpr std::size_t kLongestNumber = 10;
+constexpr std::size_t kLongestWord = 31;
 
 // Attributes that tags may have without a value.
-constexpr const char* kBareAttributes[] = {"async",  "autofocus", "autoplay", "checked",    "compact",
-                                           "defer",  "disabled",  "hidden",   "ismap",      "multiple",
-                                           "muted",  "nohref",    "noresize", "novalidate", "noshade",
-                                           "nowrap", "readonly",  "required", "selected"};
+constexpr const char* kBareAttributes[] = {
+    "async",      "autofocus", "autoplay", "checked", "compact",  "controls", "default",  "defer",
+    "disabled",   "hidden",    "ismap",    "loop",    "multiple", "muted",    "nohref",   "noresize",
+    "novalidate", "noshade",   "nowrap",   "open",    "readonly", "required", "reversed", "selected"};
 
 bool IsLetter(char c)
 {
@@ -47,6 +48,13 @@ bool IsInName(char c)
 bool IsBlank(char c)
 {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+std::string InLowerCase(std::string name)
+{
+    for (char& c : name)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return name;
 }
 
 bool IsInBareValue(char c)
@@ -119,7 +127,7 @@ bool ReadValue(CMarkupReader& reader)
 /// Words of a comparison are not taken for attributes.
 bool ReadAttribute(CMarkupReader& reader)
 {
-    const std::string name = reader.ReadName();
+    const std::string name = InLowerCase(reader.ReadName());
     const bool bare =
         std::find(std::begin(kBareAttributes), std::end(kBareAttributes), name) != std::end(kBareAttributes);
     CMarkupReader beyond = reader;
@@ -150,21 +158,21 @@ bool ReadDeclaration(CMarkupReader& reader)
     return (reader.Read("<!") || reader.Read("<?")) && !reader.ReadName().empty() && reader.ReadThrough(">");
 }
 
-/// What stands behind the ampersand. Names of one letter are none: "R&D;".
+/// Names of one letter are none: "R&D;". Long ones have no digits.
+bool ReadEntityName(CMarkupReader& reader)
+{
+    const std::size_t letters = reader.ReadAll(IsLetter);
+    const std::size_t others = letters == 0 ? 0 : reader.ReadAll(IsLetterOrDigit);
+    return letters + others >= 2 && letters + others <= (others == 0 ? kLongestWord : kLongestNumber);
+}
+
+/// What stands behind the ampersand.
 bool ReadEntity(CMarkupReader& reader)
 {
-    std::size_t length = 0;
-    std::size_t shortest = 1;
-    if (reader.Read("#x"))
-        length = reader.ReadAll(IsHexDigit);
-    else if (reader.Read("#"))
-        length = reader.ReadAll(IsDigit);
-    else
-    {
-        shortest = 2;
-        length = reader.ReadsLetter() ? reader.ReadAll(IsLetterOrDigit) : 0;
-    }
-    return length >= shortest && length <= kLongestEntity && reader.Read(";");
+    if (!reader.Read("#"))
+        return ReadEntityName(reader) && reader.Read(";");
+    const std::size_t digits = reader.ReadAll(reader.Read("x") ? IsHexDigit : IsDigit);
+    return digits > 0 && digits <= kLongestNumber && reader.Read(";");
 }
 
 bool ReadMarkup(CMarkupReader& reader)

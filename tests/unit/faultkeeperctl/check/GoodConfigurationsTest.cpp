@@ -278,11 +278,27 @@ TEST(GoodConfigurationTest, TextsAsWideAsALineFit)
 
 TEST(GoodConfigurationTest, LessThanAndAmpersandAreNoMarkup)
 {
-    for (const char* const text :
-         {"Is it &lt; 9 V &amp; > 0 V?", "See R&amp;D; C:\\Temp", "a &lt;- b, a &lt;b and c>.",
-          "Is p &lt;max and min=3 or x> 5?", "a &lt;b c=1 d> e", "Voltage &lt;V min=9.5 V> now", "&lt;",
-          "&lt;a", "&lt;a b='c", "&amp;", "&amp;#;", "&amp;#x;", "&lt;!", "&lt;?>", "\\", "a &lt;b =>",
-          "&amp;nameless0123;", "&lt;john@example.com>"})
+    for (const char* const text : {"Is it &lt; 9 V &amp; > 0 V?",
+                                   "See R&amp;D; C:\\Temp",
+                                   "a &lt;- b, a &lt;b and c>.",
+                                   "Is p &lt;max and min=3 or x> 5?",
+                                   "a &lt;b c=1 d> e",
+                                   "Voltage &lt;V min=9.5 V> now",
+                                   "&lt;",
+                                   "&lt;a",
+                                   "&lt;a b='c",
+                                   "&amp;",
+                                   "&amp;#;",
+                                   "&amp;#x;",
+                                   "&lt;!",
+                                   "&lt;?>",
+                                   "\\",
+                                   "a &lt;b =>",
+                                   "&amp;nameless0123;",
+                                   "&amp;ThickSpace123;",
+                                   "&amp;abcdefghijklmnopqrstuvwxyzabcdef;",
+                                   "&amp;#x12345678901;",
+                                   "&lt;john@example.com>"})
         EXPECT_EQ(CheckedEdited({{CheckCases::kCan, "Check the fuse.", text}}), kNothingInFour) << text;
 }
 

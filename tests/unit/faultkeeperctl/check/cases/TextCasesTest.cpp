@@ -139,6 +139,38 @@ const SCheckCase kTextCases[] = {
      "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
      "\"&#176;\"\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithAPlayer",
+     {{kCan, "\"Check the fuse.\"", "\"See &lt;video controls>\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<video controls>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithDetails",
+     {{kCan, "\"Check the fuse.\"", "\"&lt;details open>Fuse\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<details open>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithATagThatEndsWithAnAttributeWithoutValue",
+     {{kCan, "\"Check the fuse.\"", "\"&lt;img src='x' loop>Fuse\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<img src='x' loop>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithATagInCapitals",
+     {{kCan, "\"Check the fuse.\"", "\"The key is &lt;INPUT DISABLED> now.\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<INPUT DISABLED>\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithALongEntity",
+     {{kCan, "\"Check the fuse.\"", "\"Turn it &amp;CounterClockwiseContourIntegral; round.\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"&CounterClockwiseContourIntegral;\"\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextWithALongTag",
+     {{kCan, "\"Check the fuse.\"", "\"&lt;a href='" + std::string(400, 'x') + "'>Fuse\""}},
+     "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
+     "\"<a href='" +
+         std::string(400, 'x') +
+         "'>\"\n"
+         "0 errors, 1 warning in 4 files\n"},
     {"ATextWithAnEscape",
      {{kCan, "\"Check the fuse.\"", "\"Check the fuse.\\nThen wait.\""}},
      "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
