@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
+#include <limits>
 
 namespace Faultkeeper::Apps
 {
@@ -29,35 +30,52 @@ bool Swapped(const std::string& typed, const std::string& right, std::size_t i, 
            Replacing(typed[i - 2], right[j - 1]) < kEdit;
 }
 
-// Row i of the table of distances between the first i letters of one text and the first j of the other.
-Row NextRow(const std::string& typed, const std::string& right, std::size_t i, const Row& last,
-            const Row& beforeLast)
+/// Makes row i of the table of distances between the first i letters of one text and the first j of the
+/// other.
+void FillRow(const std::string& typed, const std::string& right, std::size_t i, const Row& last,
+             const Row& beforeLast, Row& row)
 {
-    Row row(right.size() + 1, static_cast<int>(i) * kEdit);
-    for (std::size_t j = 1; j <= right.size(); ++j)
+    row[0] = static_cast<int>(i) * kEdit;
+    for (std::size_t j = 1; j < row.size(); ++j)
     {
         row[j] = std::min(
             {last[j] + kEdit, row[j - 1] + kEdit, last[j - 1] + Replacing(typed[i - 1], right[j - 1])});
         if (Swapped(typed, right, i, j))
             row[j] = std::min(row[j], beforeLast[j - 2] + kEdit);
     }
-    return row;
+}
+
+/// The distance, or any number above `most` if it is larger than that. No number of the table is smaller than
+/// the smallest one of a row above it: a swap, which passes over a row, costs as much as a letter there.
+int DistanceUpTo(int most, const std::string& typed, const std::string& right)
+{
+    Row last(right.size() + 1);
+    for (std::size_t j = 0; j < last.size(); ++j)
+        last[j] = static_cast<int>(j) * kEdit;
+    Row beforeLast(last.size());
+    Row row(last.size());
+    for (std::size_t i = 1; i <= typed.size(); ++i)
+    {
+        FillRow(typed, right, i, last, beforeLast, row);
+        if (*std::min_element(row.begin(), row.end()) > most)
+            return most + 1;
+        beforeLast.swap(last);
+        last.swap(row);
+    }
+    return last.back();
+}
+
+/// Each letter that one text has more than the other was left out.
+bool DiffersMoreInLength(int most, const std::string& typed, const std::string& right)
+{
+    const std::size_t longer = std::max(typed.size(), right.size());
+    return kEdit * static_cast<int>(longer - std::min(typed.size(), right.size())) > most;
 }
 } // namespace
 
 int TypingDistance(const std::string& typed, const std::string& right)
 {
-    Row beforeLast;
-    Row last(right.size() + 1);
-    for (std::size_t j = 0; j < last.size(); ++j)
-        last[j] = static_cast<int>(j) * kEdit;
-    for (std::size_t i = 1; i <= typed.size(); ++i)
-    {
-        Row row = NextRow(typed, right, i, last, beforeLast);
-        beforeLast.swap(last);
-        last.swap(row);
-    }
-    return last.back();
+    return DistanceUpTo(kEdit * static_cast<int>(typed.size() + right.size()), typed, right);
 }
 
 std::string NearestName(const std::string& typed, const std::vector<std::string>& candidates)
@@ -65,17 +83,18 @@ std::string NearestName(const std::string& typed, const std::vector<std::string>
     if (typed.size() > kLongestTyped)
         return "";
     std::string nearest;
-    int least = -1;
+    int least = std::numeric_limits<int>::max();
     for (const std::string& candidate : candidates)
     {
-        const int distance = TypingDistance(typed, candidate);
-        const std::size_t longer = std::max(typed.size(), candidate.size());
-        const bool near = 2 * distance <= kEdit * static_cast<int>(longer);
-        if (near && (least < 0 || distance < least))
-        {
-            nearest = candidate;
-            least = distance;
-        }
+        const int near = kEdit * static_cast<int>(std::max(typed.size(), candidate.size())) / 2;
+        const int most = std::min(near, least - 1);
+        if (DiffersMoreInLength(most, typed, candidate))
+            continue;
+        const int distance = DistanceUpTo(most, typed, candidate);
+        if (distance > most)
+            continue;
+        nearest = candidate;
+        least = distance;
     }
     return nearest;
 }

@@ -1,27 +1,40 @@
 #include "faultkeeperctl/check/reading/MeantErrors.h"
 
+#include "faultkeeperctl/check/NearestErrors.h"
+
 #include "common/text/NearestName.h"
 
 #include <algorithm>
 #include <iterator>
+#include <map>
+#include <set>
 
 namespace Faultkeeper::Apps
 {
 
 namespace
 {
-/// Names that may stand in a set in the place of one that leads nowhere: those of the errors that are neither
-/// in the set nor its owner.
-std::vector<std::string> NamesBeside(const SDefinition& owner, const STriggerSetModel& set,
-                                     const std::vector<std::string>& names, const SConfigurationModel& model)
+typedef std::set<std::string> Names;
+
+/// Names that are in a set of triggers already, or that of its owner: nobody means those by another one.
+Names NamesIn(const SDefinition& owner, const STriggerSetModel& set, const SConfigurationModel& model)
 {
-    std::set<std::string> taken = {owner.Name()};
+    Names names = {owner.Name()};
     for (const std::size_t trigger : set.Linked())
-        taken.insert(model.errors[trigger].Name());
+        names.insert(model.errors[trigger].Name());
+    return names;
+}
+
+/// @return "" if none comes near
+std::string NearestBeside(const Names& taken, const std::string& typed, CNearestErrors& nearest)
+{
+    const std::string& known = nearest.To(typed);
+    if (taken.count(known) == 0)
+        return known;
     std::vector<std::string> beside;
-    std::remove_copy_if(names.begin(), names.end(), std::back_inserter(beside),
+    std::remove_copy_if(nearest.Names().begin(), nearest.Names().end(), std::back_inserter(beside),
                         [&taken](const std::string& name) { return taken.count(name) != 0; });
-    return beside;
+    return NearestName(typed, beside);
 }
 
 /// The index and its names are in the same order.
@@ -32,31 +45,35 @@ std::size_t ErrorCalled(const std::string& name, const std::vector<std::string>&
     return found == names.end() ? kNoError : std::next(model.index.begin(), found - names.begin())->second;
 }
 
-/// @param names  of all errors
-void FindMeantBy(const SDefinition& owner, STriggerSetModel& set, const std::vector<std::string>& names,
+void FindMeantBy(const SDefinition& owner, STriggerSetModel& set, CNearestErrors& nearest,
                  const SConfigurationModel& model)
 {
-    std::vector<std::string> beside;
+    Names taken;                              // not made before somebody asks: sets can be many
+    std::map<std::string, std::size_t> known; // of this set, by what was typed
     for (SReference& trigger : set.triggers)
     {
         if (trigger.target == kNoError && trigger.meantMode >= 0)
             trigger.meant = model.Find(ErrorId(trigger.id.first, trigger.meantMode));
         if (!model.LeadsNowhere(trigger))
             continue;
-        if (beside.empty())
-            beside = NamesBeside(owner, set, names, model);
-        trigger.meant = ErrorCalled(NearestName(trigger.text, beside), names, model);
+        if (taken.empty())
+            taken = NamesIn(owner, set, model);
+        const auto added = known.emplace(trigger.text, kNoError);
+        if (added.second)
+            added.first->second =
+                ErrorCalled(NearestBeside(taken, trigger.text, nearest), nearest.Names(), model);
+        trigger.meant = added.first->second;
     }
 }
 } // namespace
 
 void FindMeantErrors(SConfigurationModel& model)
 {
-    const std::vector<std::string> names = model.Names();
+    CNearestErrors nearest(model.Names());
     for (SDefinition& error : model.errors)
     {
         for (STriggerSetModel& set : error.sets)
-            FindMeantBy(error, set, names, model);
+            FindMeantBy(error, set, nearest, model);
     }
 }
 

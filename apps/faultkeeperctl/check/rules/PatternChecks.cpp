@@ -1,8 +1,8 @@
 #include "faultkeeperctl/check/rules/Checks.h"
 
+#include "faultkeeperctl/check/NearestErrors.h"
 #include "faultkeeperctl/check/hierarchy/PatternMatches.h"
 
-#include "common/text/NearestName.h"
 #include "common/text/TypedText.h"
 
 #include <algorithm>
@@ -14,15 +14,15 @@ namespace Faultkeeper::Apps
 namespace
 {
 /// @return true if each of them is defined
-bool CheckIds(const SPatternModel& pattern, const SConfigurationModel& model,
-              const std::vector<std::string>& names, CFindings& findings)
+bool CheckIds(const SPatternModel& pattern, const SConfigurationModel& model, CNearestErrors& nearest,
+              CFindings& findings)
 {
     bool defined = true;
     for (const SReference& reference : pattern.ids)
     {
         defined = defined && reference.target != kNoError;
         if (model.LeadsNowhere(reference))
-            findings.Warning(reference.place, UndefinedError(reference, NearestName(reference.text, names)));
+            findings.Warning(reference.place, UndefinedError(reference, nearest.To(reference.text)));
     }
     return defined;
 }
@@ -119,12 +119,12 @@ void CheckPatterns(const CHierarchy& hierarchy, CFindings& findings)
 {
     const CPatternMatches matches(hierarchy);
     const SConfigurationModel& model = hierarchy.Model();
-    const std::vector<std::string> names = model.Names();
+    CNearestErrors nearest(model.Names());
     const bool certain = hierarchy.Certain();
     CEarlierPatterns earlier;
     for (const SPatternModel& pattern : model.patterns)
     {
-        const bool defined = CheckIds(pattern, model, names, findings);
+        const bool defined = CheckIds(pattern, model, nearest, findings);
         CheckRepeated(pattern, findings);
         if (pattern.doubtful)
             continue;

@@ -203,4 +203,18 @@ TEST(LargeConfigurationTest, AChainOfAllErrorsIsNoTrouble)
     EXPECT_EQ(Checked(builder), "0 errors, 0 warnings in 3 files\n");
 }
 
+TEST(LargeConfigurationTest, IdsThatNameNothingInHundredsOfSetsAreToldInTime)
+{
+    CConfigurationBuilder builder;
+    builder.Leaf(NumberedName(0));
+    for (int error = 1; error <= 300; ++error)
+        builder.Parent(NumberedName(error), {NumberedName(0), ErrorName(kModule | 1 << 8 | 1, 20)});
+    const std::string told = Checked(builder);
+    EXPECT_EQ(
+        told.substr(0, told.find('\n')),
+        "module0.xml:27:10: warning: no error \"GPS:Accelerometers:A Not Set:20\" is defined; did you mean "
+        "\"GPS:Accelerometers:A Not Set:2\"?");
+    EXPECT_NE(told.find("\n0 errors, 300 warnings in 3 files\n"), std::string::npos);
+}
+
 } // namespace
