@@ -89,7 +89,7 @@ void COwner::ClearOrphans(const std::set<ErrorId>& orphans)
                 continue;
             m_recorder.Begin(std::string()); // it follows from none of the others
             m_database.ClearError(problemCode, problemType, true);
-            ErrorCleared(problemCode, problemType);
+            NoteCleared(problemCode, problemType);
             changed = true;
         }
     }
@@ -119,6 +119,11 @@ void COwner::ErrorRaised(int problemCode, int problemType)
 }
 
 void COwner::ErrorCleared(int problemCode, int problemType)
+{
+    NoteCleared(problemCode, problemType);
+}
+
+void COwner::NoteCleared(int problemCode, int problemType)
 {
     m_recorder.Note(ErrorId(problemCode, problemType), false);
     m_publisher.ErrorCleared(problemCode, problemType);

@@ -80,6 +80,7 @@ private:
 
     void Restore(const SFormerState& former);
     void ClearOrphans(const std::set<ErrorId>& orphans);
+    void NoteCleared(int problemCode, int problemType);
     bool PublishChanges();
     bool TakeTimes();
 
