@@ -97,6 +97,53 @@ void Apply(const SEdit& edit, Files& files)
 }
 } // namespace
 
+SEdit BusWithoutTitle()
+{
+    return {kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""};
+}
+
+SEdit BusVisible()
+{
+    return {kCan, "visible=\"no\"", "visible=\"yes\""};
+}
+
+SEdit SatellitesWithoutBus()
+{
+    return {kPositioning, "              <Trigger id=\"CAN:Bus:Power:4\"/>\n", ""};
+}
+
+SEdit SatellitesNotVisible()
+{
+    return {kPositioning, " visible=\"yes\"", ""};
+}
+
+SEdit SatellitesWithTheirOwnTitle()
+{
+    return {kPositioning, "value=\"trigger\"", "value=\"parent\""};
+}
+
+SEdit SecondSetOfBus()
+{
+    return {kPositioning,
+            "          </TriggerSet>\n"
+            "        </TriggerSets>",
+            "          </TriggerSet>\n"
+            "          <TriggerSet>\n"
+            "            <Options>\n"
+            "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
+            "            </Options>\n"
+            "            <Triggers>\n"
+            "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
+            "            </Triggers>\n"
+            "          </TriggerSet>\n"
+            "        </TriggerSets>"};
+}
+
+SEdit PatternOfSatellitesOnly()
+{
+    return {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>\n", ""};
+}
+
 void WriteEdited(const std::string& prefix, const std::vector<SEdit>& edits)
 {
     Files files = {

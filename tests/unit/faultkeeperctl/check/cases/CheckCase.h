@@ -37,6 +37,18 @@ inline SEdit Without(const std::string& file)
     return {file, kWhole, kNoFile};
 }
 
+// Edits of many cases, by what they make of the good configuration: the parent is the lack of satellites, its
+// triggers are the silent receiver and the bus without power.
+SEdit BusWithoutTitle();
+SEdit BusVisible();
+SEdit SatellitesWithoutBus(); ///< as a trigger
+SEdit SatellitesNotVisible();
+SEdit SatellitesWithTheirOwnTitle();
+/// Another automatic set behind the first, of the bus alone.
+SEdit SecondSetOfBus();
+/// The first pattern, without its second error.
+SEdit PatternOfSatellitesOnly();
+
 struct SCheckCase
 {
     std::string name;

@@ -83,7 +83,7 @@ const SCheckCase kFileCases[] = {
        "<Module>\n"
        "  <SubModule identifier=\"Bus\"/>\n"
        "</Module>\n"},
-      {kPositioning, "              <Trigger id=\"CAN:Bus:Power:4\"/>\n", ""}},
+      SatellitesWithoutBus()},
      "can.xml:1:1: error: the \"Module\" is empty: it defines no error\n"
      "1 error, 0 warnings in 4 files\n"},
     {"AllModuleFilesAreBroken",

@@ -55,7 +55,7 @@ const SCheckCase kLinkCases[] = {
     {"OnlyASelfLink",
      {{kPositioning, "CAN:Bus:Power:4", "Positioning:GPS:No Data:2"},
       {kPositioning, "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n", ""},
-      {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>\n", ""}},
+      PatternOfSatellitesOnly()},
      "positioning.xml:11:11: warning: this \"TriggerSet\" is left without triggers: none names another "
      "error\n"
      "positioning.xml:19:24: warning: the error \"Positioning:GPS:No Data:2\" links to itself: the trigger "
@@ -72,7 +72,7 @@ const SCheckCase kLinkCases[] = {
        "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n"
        "              <Trigger id=\"CAN:Bus:Power:4\"/>\n",
        ""},
-      {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>\n", ""}},
+      PatternOfSatellitesOnly()},
      "positioning.xml:11:11: warning: this \"TriggerSet\" has no triggers\n"
      "0 errors, 1 warning in 4 files\n"},
     {"ASetWithoutAnything",
@@ -84,7 +84,7 @@ const SCheckCase kLinkCases[] = {
     {"ASetWhoseTriggersLeadNowhere",
      {{kPositioning, "\"Positioning:GPS:Communications:9\"", "\"Service:Navigation:Initialisation:11\""},
       {kPositioning, "CAN:Bus:Power:4", "Service:Navigation:Initialisation:12"},
-      {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>\n", ""}},
+      PatternOfSatellitesOnly()},
      "positioning.xml:11:11: warning: this \"TriggerSet\" is left without triggers: none names another "
      "error\n"
      "positioning.xml:19:24: warning: no error \"Service:Navigation:Initialisation:11\" is defined\n"
@@ -100,17 +100,17 @@ const SCheckCase kLinkCases[] = {
      "0 errors, 2 warnings in 4 files\n"},
     {"AMisspelledTriggerOfAnErrorWithoutTitle",
      {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power:5"},
-      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
-      {kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
-      {kCan, "visible=\"no\"", "visible=\"yes\""}},
+      SatellitesWithTheirOwnTitle(),
+      BusWithoutTitle(),
+      BusVisible()},
      "positioning.xml:20:24: warning: no error \"CAN:Bus:Power:5\" is defined; did you mean "
      "\"CAN:Bus:Power:4\"?\n"
      "0 errors, 1 warning in 4 files\n"},
     {"ATriggerOfAnErrorWithoutTitleWithTheNameOfItsFailureMode",
      {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power:VoltageBelowNormalOrShortedLow"},
-      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
-      {kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
-      {kCan, "visible=\"no\"", "visible=\"yes\""}},
+      SatellitesWithTheirOwnTitle(),
+      BusWithoutTitle(),
+      BusVisible()},
      "positioning.xml:20:24: warning: the failure mode in an id is a number, but here it is "
      "\"VoltageBelowNormalOrShortedLow\", which is read as 0; did you mean \"4\"?\n"
      "0 errors, 1 warning in 4 files\n"},
@@ -173,7 +173,7 @@ const SCheckCase kLinkCases[] = {
     {"AThresholdThatIsNeverMetBecauseATriggerIsMissing",
      {{kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"2\""},
       {kPositioning, "CAN:Bus:Power:4", "Service:Navigation:Initialisation:11"},
-      {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>\n", ""}},
+      PatternOfSatellitesOnly()},
      "positioning.xml:14:45: warning: the threshold 2 can never be met: the set has 1 trigger\n"
      "positioning.xml:20:24: warning: no error \"Service:Navigation:Initialisation:11\" is defined\n"
      "0 errors, 2 warnings in 4 files\n"},
@@ -208,99 +208,35 @@ const SCheckCase kLinkCases[] = {
      "positioning.xml:14:45: warning: \"triggersNeeded\" is \"2x\", which is read as 2\n"
      "0 errors, 1 warning in 4 files\n"},
     {"TwoAutomaticSetsWithoutACommonTrigger",
-     {{kPositioning, "              <Trigger id=\"CAN:Bus:Power:4\"/>\n", ""},
-      {kPositioning,
-       "          </TriggerSet>\n"
-       "        </TriggerSets>",
-       "          </TriggerSet>\n"
-       "          <TriggerSet>\n"
-       "            <Options>\n"
-       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
-       "            </Options>\n"
-       "            <Triggers>\n"
-       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
-       "            </Triggers>\n"
-       "          </TriggerSet>\n"
-       "        </TriggerSets>"}},
+     {SatellitesWithoutBus(), SecondSetOfBus()},
      "positioning.xml:22:11: warning: this set and the one in line 11 are automatic but share no trigger: "
      "the error is never cleared by its triggers\n"
      "0 errors, 1 warning in 4 files\n"},
     {"TwoAutomaticSetsOneOfWhichLinksToItself",
-     {{kPositioning, "CAN:Bus:Power:4", "Positioning:GPS:No Data:2"},
-      {kPositioning,
-       "          </TriggerSet>\n"
-       "        </TriggerSets>",
-       "          </TriggerSet>\n"
-       "          <TriggerSet>\n"
-       "            <Options>\n"
-       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
-       "            </Options>\n"
-       "            <Triggers>\n"
-       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
-       "            </Triggers>\n"
-       "          </TriggerSet>\n"
-       "        </TriggerSets>"}},
+     {{kPositioning, "CAN:Bus:Power:4", "Positioning:GPS:No Data:2"}, SecondSetOfBus()},
      "positioning.xml:20:24: warning: the error \"Positioning:GPS:No Data:2\" links to itself: the trigger "
      "is skipped\n"
      "positioning.xml:23:11: warning: this set and the one in line 11 are automatic but share no trigger: "
      "the error is never cleared by its triggers\n"
      "0 errors, 2 warnings in 4 files\n"},
     {"TwoAutomaticSetsOneOfWhichNamesNoError",
-     {{kPositioning, "CAN:Bus:Power:4", "Service:Navigation:Initialisation:11"},
-      {kPositioning,
-       "          </TriggerSet>\n"
-       "        </TriggerSets>",
-       "          </TriggerSet>\n"
-       "          <TriggerSet>\n"
-       "            <Options>\n"
-       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
-       "            </Options>\n"
-       "            <Triggers>\n"
-       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
-       "            </Triggers>\n"
-       "          </TriggerSet>\n"
-       "        </TriggerSets>"}},
+     {{kPositioning, "CAN:Bus:Power:4", "Service:Navigation:Initialisation:11"}, SecondSetOfBus()},
      "positioning.xml:20:24: warning: no error \"Service:Navigation:Initialisation:11\" is defined\n"
      "positioning.xml:23:11: warning: this set and the one in line 11 are automatic but share no trigger: "
      "the error is never cleared by its triggers\n"
      "0 errors, 2 warnings in 4 files\n"},
     {"TwoAutomaticSetsOneOfWhichHasAMisspelledTrigger",
-     {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Data:17"},
-      {kPositioning,
-       "          </TriggerSet>\n"
-       "        </TriggerSets>",
-       "          </TriggerSet>\n"
-       "          <TriggerSet>\n"
-       "            <Options>\n"
-       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
-       "            </Options>\n"
-       "            <Triggers>\n"
-       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
-       "            </Triggers>\n"
-       "          </TriggerSet>\n"
-       "        </TriggerSets>"}},
+     {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Data:17"}, SecondSetOfBus()},
      "positioning.xml:20:24: warning: no error \"CAN:Bus:Data:17\" is defined; did you mean "
      "\"CAN:Bus:Power:4\"?\n"
      "0 errors, 1 warning in 4 files\n"},
     {"TwoAutomaticSetsOneOfWhichRaisesAlone",
-     {{kPositioning,
-       "          </TriggerSet>\n"
-       "        </TriggerSets>",
-       "          </TriggerSet>\n"
-       "          <TriggerSet>\n"
-       "            <Options>\n"
-       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
-       "            </Options>\n"
-       "            <Triggers>\n"
-       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
-       "            </Triggers>\n"
-       "          </TriggerSet>\n"
-       "        </TriggerSets>"}},
+     {SecondSetOfBus()},
      "positioning.xml:11:11: warning: \"Positioning:GPS:Communications:9\" raises the error by this "
      "automatic set, but does not stand in the one in line 23: clearing it does not clear the error\n"
      "0 errors, 1 warning in 4 files\n"},
     {"ASetThatIsNotAutomaticAndNeverShown",
-     {{kPositioning, " visible=\"yes\"", ""},
+     {SatellitesNotVisible(),
       {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\" value=\"no\""}},
      "positioning.xml:11:11: warning: this set is never shown, and while its error is active it hides its "
      "triggers: it is not automatic, and its error is neither visible nor shown in the tree of one that is\n"

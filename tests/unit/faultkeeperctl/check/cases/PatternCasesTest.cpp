@@ -68,8 +68,7 @@ const SCheckCase kPatternCases[] = {
      "which makes no difference\n"
      "0 errors, 1 warning in 4 files\n"},
     {"APatternHiddenByAPartialOne",
-     {{kPatterns, "\"no\"", "\"yes\""},
-      {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>\n", ""}},
+     {{kPatterns, "\"no\"", "\"yes\""}, PatternOfSatellitesOnly()},
      "ErrorPatterns.xml:6:5: warning: this pattern never matches: the one in line 3 stands before it and "
      "matches wherever it would\n"
      "0 errors, 1 warning in 4 files\n"},
@@ -131,13 +130,13 @@ const SCheckCase kPatternCases[] = {
      "0 errors, 1 warning in 4 files\n"},
     {"AnExactPatternOfErrorsThatAreNotLinked",
      {{kCan, "        <Text type=\"title\"", "        <Text type=\"title\""},
-      {kPositioning, "              <Trigger id=\"CAN:Bus:Power:4\"/>\n", ""},
+      SatellitesWithoutBus(),
       {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>",
        "      <error id=\"CAN:Bus:Power:4\"/>"}},
      "ErrorPatterns.xml:3:5: warning: this pattern never matches: no tree can hold exactly these errors\n"
      "0 errors, 1 warning in 4 files\n"},
     {"APartialPatternOfErrorsThatAreNotLinked",
-     {{kPositioning, "              <Trigger id=\"CAN:Bus:Power:4\"/>\n", ""},
+     {SatellitesWithoutBus(),
       {kPatterns, "allowPartialMatch=\"no\"", "allowPartialMatch=\"yes\""},
       {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>",
        "      <error id=\"CAN:Bus:Power:4\"/>"}},
@@ -163,7 +162,7 @@ const SCheckCase kPatternCases[] = {
        "            </Triggers>\n"
        "          </TriggerSet>\n"
        "        </TriggerSets>\n"},
-      {kPositioning, "              <Trigger id=\"CAN:Bus:Power:4\"/>\n", ""},
+      SatellitesWithoutBus(),
       {kPatterns, "<pattern fixedCode=\"P-1\" allowPartialMatch=\"no\">",
        "<pattern fixedCode=\"P-1\" allowPartialMatch=\"yes\">\n"
        "      <error id=\"CAN:Bus:Power:4\"/>"}},

@@ -13,8 +13,7 @@ const SCheckCase kRuleCases[] = {
      "moduleNode.Name() == \"Module\"]\n"
      "1 error, 0 warnings in 4 files\n"},
     {"AStrangeElementInTheList",
-     {{kList, "<Module identifier=\"CAN\" file=\"can.xml\"/>", "<Include/>"},
-      {kPositioning, "              <Trigger id=\"CAN:Bus:Power:4\"/>\n", ""}},
+     {{kList, "<Module identifier=\"CAN\" file=\"can.xml\"/>", "<Include/>"}, SatellitesWithoutBus()},
      "FaultkeeperConfig.xml:4:5: error: unknown element \"Include\" [rule 40: moduleNode.Name() == "
      "\"Module\"]\n"
      "1 error, 0 warnings in 3 files\n"},

@@ -12,7 +12,7 @@ const SCheckCase kSlipCases[] = {
        "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n"
        "              <Trigger id=\"CAN:Bus:Power:4\"/>\n",
        "              <Child id=\"CAN:Bus:Power:4\"/>\n"},
-      {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>\n", ""}},
+      PatternOfSatellitesOnly()},
      "positioning.xml:19:15: error: unknown element \"Child\" [rule 287: triggerNode.Name() == \"Trigger\"]\n"
      "1 error, 0 warnings in 4 files\n"},
     {"AThresholdBesideAnElementOfAnotherName",
@@ -32,7 +32,7 @@ const SCheckCase kSlipCases[] = {
      "can.xml:11:32: error: unknown element \"Setup\" [rule 249: optionNode.Name() == \"Option\"]\n"
      "1 error, 0 warnings in 4 files\n"},
     {"ASetThatAnUnreadModuleMayShow",
-     {{kPositioning, " visible=\"yes\"", ""},
+     {SatellitesNotVisible(),
       {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\" value=\"no\""},
       {kCan, "</Module>\n", ""}},
      "can.xml:12:1: error: no element found\n"
@@ -50,9 +50,7 @@ const SCheckCase kSlipCases[] = {
      "can.xml:9:22: error: unknown element \"Any\" [rule 219: triggerSet.Name() == \"TriggerSet\"]\n"
      "1 error, 0 warnings in 4 files\n"},
     {"AnErrorWithoutTitleThatABrokenTriggerMayName",
-     {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power"},
-      {kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
-      {kCan, "visible=\"no\"", "visible=\"yes\""}},
+     {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power"}, BusWithoutTitle(), BusVisible()},
      "positioning.xml:20:24: error: the id \"CAN:Bus:Power\" has 3 fields: it takes four fields, "
      "Module:Sub-module:Problem:Failure mode, such as \"Positioning:GPS:No Data:2\" [rule 297: "
      "subStrings.size() == 4]\n"
@@ -61,7 +59,7 @@ const SCheckCase kSlipCases[] = {
      {{kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
        "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
        "        <Sets/>\n"},
-      {kPositioning, "              <Trigger id=\"CAN:Bus:Power:4\"/>\n", ""},
+      SatellitesWithoutBus(),
       {kPatterns, "      <error id=\"Positioning:GPS:Communications:9\"/>",
        "      <error id=\"CAN:Bus:Power:4\"/>"}},
      "can.xml:9:9: error: unknown element \"Sets\" [rule 178: textNode.Name() == \"Text\"]\n"
@@ -97,13 +95,13 @@ const SCheckCase kSlipCases[] = {
      "can.xml:2:3: error: unknown element \"Any\" [rule 91: subModuleNode.Name() == \"SubModule\"]\n"
      "1 error, 0 warnings in 4 files\n"},
     {"ASetThatIsShownButForACapitalInItsFlag",
-     {{kPositioning, " visible=\"yes\"", ""},
+     {SatellitesNotVisible(),
       {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\" value=\"Yes\""}},
      "positioning.xml:13:42: warning: \"autoTrigger\" is \"Yes\", which counts as \"no\"; did you mean "
      "\"yes\"?\n"
      "0 errors, 1 warning in 4 files\n"},
     {"ASetThatIsShownButForALetterInItsOption",
-     {{kPositioning, " visible=\"yes\"", ""}, {kPositioning, "name=\"autoTrigger\"", "name=\"autoTriger\""}},
+     {SatellitesNotVisible(), {kPositioning, "name=\"autoTrigger\"", "name=\"autoTriger\""}},
      "positioning.xml:13:23: warning: unknown option \"autoTriger\"; did you mean \"autoTrigger\"?\n"
      "0 errors, 1 warning in 4 files\n"},
     {"ASetThatIsShownButForACapitalInTheFlagOfItsError",
@@ -126,29 +124,29 @@ const SCheckCase kSlipCases[] = {
      "\"no\"?\n"
      "0 errors, 3 warnings in 4 files\n"},
     {"AnErrorThatNeedsNoTitleButForACapital",
-     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
-      {kCan, "visible=\"no\"", "visible=\"yes\""},
-      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
+     {BusWithoutTitle(),
+      BusVisible(),
+      SatellitesWithTheirOwnTitle(),
       {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\" value=\"Yes\""}},
      "positioning.xml:13:42: warning: \"autoTrigger\" is \"Yes\", which counts as \"no\"; did you mean "
      "\"yes\"?\n"
      "0 errors, 1 warning in 4 files\n"},
     {"AnErrorThatNeedsNoTitleButForALetter",
-     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
-      {kCan, "visible=\"no\"", "visible=\"yes\""},
-      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
+     {BusWithoutTitle(),
+      BusVisible(),
+      SatellitesWithTheirOwnTitle(),
       {kPositioning, "name=\"autoTrigger\"", "name=\"autoTriger\""}},
      "positioning.xml:13:23: warning: unknown option \"autoTriger\"; did you mean \"autoTrigger\"?\n"
      "0 errors, 1 warning in 4 files\n"},
     {"AnErrorThatMayNeedNoTitleButForANumber",
-     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
-      {kCan, "visible=\"no\"", "visible=\"yes\""},
-      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
+     {BusWithoutTitle(),
+      BusVisible(),
+      SatellitesWithTheirOwnTitle(),
       {kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"2x\""}},
      "positioning.xml:14:45: warning: \"triggersNeeded\" is \"2x\", which is read as 2\n"
      "0 errors, 1 warning in 4 files\n"},
     {"ATitleOfATriggerThatIsTakenOnlyForALetter",
-     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+     {BusWithoutTitle(),
       {kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"2\""},
       {kPositioning, "name=\"autoTrigger\"", "name=\"autoTriger\""}},
      "positioning.xml:13:23: warning: unknown option \"autoTriger\"; did you mean \"autoTrigger\"?\n"
@@ -172,29 +170,15 @@ const SCheckCase kSlipCases[] = {
      "0 errors, 1 warning in 4 files\n"},
     {"ASetThatNeverClearsOnlyForANumber",
      {{kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"both\""},
-      {kPositioning,
-       "          </TriggerSet>\n"
-       "        </TriggerSets>",
-       "          </TriggerSet>\n"
-       "          <TriggerSet>\n"
-       "            <Options>\n"
-       "              <Option name=\"autoTrigger\" value=\"yes\"/>\n"
-       "            </Options>\n"
-       "            <Triggers>\n"
-       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n"
-       "            </Triggers>\n"
-       "          </TriggerSet>\n"
-       "        </TriggerSets>"}},
+      SecondSetOfBus()},
      "positioning.xml:14:45: warning: \"triggersNeeded\" is \"both\", which is read as 0\n"
      "0 errors, 1 warning in 4 files\n"},
     {"AnOptionWithoutAValueThatIsShownPerhaps",
-     {{kPositioning, " visible=\"yes\"", ""},
-      {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\""}},
+     {SatellitesNotVisible(), {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\""}},
      "positioning.xml:13:15: error: this \"Option\" has no \"value\" [rule 255: !value.empty()]\n"
      "1 error, 0 warnings in 4 files\n"},
     {"AnOptionWithoutANameThatIsShownPerhaps",
-     {{kPositioning, " visible=\"yes\"", ""},
-      {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "value=\"yes\""}},
+     {SatellitesNotVisible(), {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "value=\"yes\""}},
      "positioning.xml:13:15: error: this \"Option\" has no \"name\" [rule 254: !name.empty()]\n"
      "1 error, 0 warnings in 4 files\n"},
     {"APatternThatMatchesPartlyButForALetter",

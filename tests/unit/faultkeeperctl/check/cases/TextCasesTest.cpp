@@ -25,13 +25,13 @@ const SCheckCase kTextCases[] = {
      "positioning.xml:4:7: warning: this \"Error\" is visible but has no text \"title\"\n"
      "0 errors, 1 warning in 4 files\n"},
     {"ATriggerWithoutTitleWhereTheSetTakesItsTitle",
-     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""}},
+     {BusWithoutTitle()},
      "positioning.xml:20:24: warning: \"CAN:Bus:Power:4\" has no text \"title\", which this set's trees are "
      "to "
      "be headed with: they are headed with the error's own\n"
      "0 errors, 1 warning in 4 files\n"},
     {"ATriggerWithoutTitleBelowAShallowLink",
-     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+     {BusWithoutTitle(),
       {kPositioning, "\"verbose\"", "\"shallow\""},
       {kPositioning, "        <Text type=\"shortProblem\" text=\"Silent\"/>\n",
        "        <Text type=\"shortProblem\" text=\"Silent\"/>\n"
@@ -43,7 +43,7 @@ const SCheckCase kTextCases[] = {
      "to be headed with: they are headed with the error's own\n"
      "0 errors, 1 warning in 4 files\n"},
     {"ATriggerWithoutTitleWhereTheOnesBelowHaveNone",
-     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
+     {BusWithoutTitle(),
       {kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
        "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n" + std::string(kTitledBelow)},
       {kPatterns, "allowPartialMatch=\"no\"", "allowPartialMatch=\"yes\""}},
@@ -51,10 +51,10 @@ const SCheckCase kTextCases[] = {
      "to be headed with: they are headed with the error's own\n"
      "0 errors, 1 warning in 4 files\n"},
     {"AVisibleErrorWithoutTitleThatDoesNotRaiseItsParent",
-     {{kCan, "        <Text type=\"title\" text=\"Bus Without Power\"/>\n", ""},
-      {kCan, "visible=\"no\"", "visible=\"yes\""},
+     {BusWithoutTitle(),
+      BusVisible(),
       {kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"2\""},
-      {kPositioning, "value=\"trigger\"", "value=\"parent\""},
+      SatellitesWithTheirOwnTitle(),
       {kPatterns, "allowPartialMatch=\"no\"", "allowPartialMatch=\"yes\""}},
      "can.xml:4:7: warning: this \"Error\" is visible but has no text \"title\", which it needs where no "
      "parent "
