@@ -26,13 +26,15 @@ constexpr const char* kDeeper = "--";
 class CTreeRebuilder
 {
 public:
+    /// @param prefix  of the error's own line; not used if the lines are to be plain
     CTreeRebuilder(const std::string& bits, SErrorTree& tree, std::vector<std::string>& lines, bool plain,
-                   Codes& codes)
-        : m_bits(bits), m_used(0), m_tree(tree), m_lines(lines), m_plain(plain), m_codes(codes)
+                   Codes& codes, const std::string& prefix)
+        : m_bits(bits), m_used(0), m_tree(tree), m_lines(lines), m_plain(plain), m_codes(codes),
+          m_prefix(plain ? std::string() : prefix)
     {
     }
 
-    void Visit(const CError& error, const std::string& prefix);
+    void Visit(const CError& error);
 
     /// How many bits have been taken from the front.
     std::size_t Used() const { return m_used; }
@@ -41,6 +43,7 @@ private:
     bool BitSet(std::size_t position) const { return position < m_bits.size() && m_bits[position] == '1'; }
     std::size_t TakeSelected(const CError& error, std::vector<const CError*>& selected);
     void Contribute(const CTriggerSet& triggerSet, const CError& trigger);
+    void ShowBelow(const std::vector<const CError*>& triggers);
 
     const std::string& m_bits;
     std::size_t m_used;
@@ -48,10 +51,11 @@ private:
     std::vector<std::string>& m_lines;
     const bool m_plain;
     Codes& m_codes;
+    std::string m_prefix; // of the lines of where the walk is; empty if they are plain
     CErrorPath m_path;
 };
 
-void CTreeRebuilder::Visit(const CError& error, const std::string& prefix)
+void CTreeRebuilder::Visit(const CError& error)
 {
     if (m_used == m_bits.size())
         return;
@@ -67,13 +71,21 @@ void CTreeRebuilder::Visit(const CError& error, const std::string& prefix)
         return;
     }
     m_used += triggers;
-    const std::string deeper = prefix + kDeeper;
-    for (const CError* trigger : selected)
+    ShowBelow(selected);
+}
+
+void CTreeRebuilder::ShowBelow(const std::vector<const CError*>& triggers)
+{
+    const std::size_t length = m_prefix.size();
+    if (!m_plain)
+        m_prefix += kDeeper;
+    for (const CError* trigger : triggers)
     {
-        m_lines.push_back((m_plain ? std::string() : deeper) + ErrorName(*trigger));
+        m_lines.push_back(m_prefix + ErrorName(*trigger));
         if (!m_path.Holds(*trigger))
-            Visit(*trigger, deeper);
+            Visit(*trigger);
     }
+    m_prefix.resize(length);
 }
 
 // Returns how many triggers the error has, selected or not.
@@ -147,8 +159,8 @@ void CErrorPresentation::RegenerateErrorTree(const CError* error, std::string& b
                                              std::vector<std::pair<int, int>>& codes,
                                              const std::string& prefix)
 {
-    CTreeRebuilder rebuilder(bits, tree, lines, plain, codes);
-    rebuilder.Visit(*error, std::string(prefix)); // the caller's prefix may be one of its lines
+    CTreeRebuilder rebuilder(bits, tree, lines, plain, codes, prefix);
+    rebuilder.Visit(*error);
     bits.erase(0, rebuilder.Used());
 }
 
