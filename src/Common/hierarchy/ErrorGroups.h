@@ -5,6 +5,7 @@
 #include "Common/hierarchy/ErrorLinks.h"
 
 #include <list>
+#include <memory_resource>
 #include <unordered_map>
 #include <vector>
 
@@ -45,8 +46,9 @@ private:
     CErrorLinks m_links;
     CErrorGrouping m_grouping;
     std::vector<Place> m_ownPlaces; // by where the error stands in m_own; kNowhere between calls
-    std::unordered_map<const CError*, Place> m_strangers; // empty between calls
-    std::vector<Place> m_firstPlaces;                     // by place: the first one of the same error
+    std::pmr::unsynchronized_pool_resource m_strangersMemory; // is allocated once and not given back
+    std::pmr::unordered_map<const CError*, Place> m_strangers{&m_strangersMemory}; // empty between calls
+    std::vector<Place> m_firstPlaces; // by place: the first one of the same error
     std::vector<char> m_waits;
     CErrorGrouping::Errors m_tops;
 };

@@ -69,7 +69,29 @@ void CErrorTops::Group(bool active, bool changedOnly, std::list<const CError*>& 
     std::transform(m_states.begin(), m_states.end(), m_waits.begin(),
                    [mask, wanted](char state) { return (state & mask) == wanted ? 1 : 0; });
     m_grouping.FindTops(m_waits, m_tops);
-    tops.assign(m_tops.begin(), m_tops.end());
+    PutTopsInto(tops);
+}
+
+/// What one list gives up the others take, so that nothing is allocated once all have been at their longest.
+void CErrorTops::PutTopsInto(std::list<const CError*>& tops)
+{
+    auto place = tops.begin();
+    for (const CError* top : m_tops)
+    {
+        if (place == tops.end())
+            place = AppendNode(tops);
+        *place++ = top;
+    }
+    m_spareNodes.splice(m_spareNodes.end(), tops, place, tops.end());
+}
+
+std::list<const CError*>::iterator CErrorTops::AppendNode(std::list<const CError*>& tops)
+{
+    if (m_spareNodes.empty())
+        return tops.insert(tops.end(), nullptr);
+    const auto node = m_spareNodes.begin();
+    tops.splice(tops.end(), m_spareNodes, node);
+    return node;
 }
 
 void CErrorTops::TakeBackMarks()

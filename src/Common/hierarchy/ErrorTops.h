@@ -32,7 +32,8 @@ public:
 
     /// @param active       group the active errors, or the others?
     /// @param changedOnly  only those with a changed mark
-    /// @param tops         replaced
+    /// @param tops         replaced; one of a few lists that are used time and again, as nodes are kept for
+    /// them
     void Group(bool active, bool changedOnly, std::list<const CError*>& tops);
 
     /// Takes back the changed marks that Take has found.
@@ -42,6 +43,8 @@ private:
     typedef CErrorLinks::Place Place;
 
     void CollectLinks();
+    void PutTopsInto(std::list<const CError*>& tops);
+    std::list<const CError*>::iterator AppendNode(std::list<const CError*>& tops);
 
     std::vector<CError>& m_errors;
     std::vector<Place> m_places;     // by where the error stands in m_errors; kNowhere if it is not indexed
@@ -53,6 +56,7 @@ private:
     std::vector<int> m_positions; // likewise
     std::vector<char> m_waits;
     CErrorGrouping::Errors m_tops;
+    std::list<const CError*> m_spareNodes; // of lists that have been longer
 };
 
 } // namespace Faultkeeper

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdlib>
 #include <new>
 #include <utility>
 
@@ -63,6 +64,17 @@ void* New(std::size_t size)
     return memory;
 }
 
+/// Not interposed beneath: nothing but these two operators asks for it here.
+void* AlignedNew(std::size_t size, std::align_val_t alignment)
+{
+    const auto boundary = static_cast<std::size_t>(alignment);
+    const std::size_t rounded = (size + boundary - 1) / boundary * boundary;
+    void* const memory = Fails() ? nullptr : Counted(std::aligned_alloc(boundary, rounded));
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
 } // namespace
 
 // The executable's definitions win over those of the libraries.
@@ -115,6 +127,16 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
     return std::malloc(size);
 }
 
+void* operator new(std::size_t size, std::align_val_t alignment)
+{
+    return AlignedNew(size, alignment);
+}
+
+void* operator new[](std::size_t size, std::align_val_t alignment)
+{
+    return AlignedNew(size, alignment);
+}
+
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
@@ -131,6 +153,26 @@ void operator delete(void* memory, std::size_t) noexcept
 }
 
 void operator delete[](void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::align_val_t) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::align_val_t) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept
 {
     std::free(memory);
 }

@@ -179,6 +179,60 @@ TEST_F(DatabaseMemoryTest, TheFirstUpdateOfTheTopsMayThrowToo)
     EXPECT_GT(failed, 4);
 }
 
+/// Each list of tops is at its longest once.
+void TurnAllAndBack(CErrorDatabase& database)
+{
+    for (const bool raise : {true, false})
+    {
+        for (const CError& error : database.GetErrorList())
+        {
+            if (raise)
+                database.RaiseError(error.ProblemCode(), error.ProblemType(), true);
+            else
+                database.ClearError(error.ProblemCode(), error.ProblemType(), true);
+        }
+        database.UpdateErrorTree();
+    }
+}
+
+TEST_F(DatabaseMemoryTest, UpdatesOfTheTopsNeedNoMemoryOnceTheListsHaveBeenAtTheirLongest)
+{
+    CErrorDatabase database(m_path);
+    TurnAllAndBack(database);
+    EXPECT_EQ(
+        FailEach([&](CAttempt& attempt) { EXPECT_TRUE(attempt.Run([&] { TurnAllAndBack(database); })); }), 0);
+    EXPECT_EQ(NamesOf(database.InactiveErrors(true)), (Lines{kPosition, kAntenna}));
+}
+
+/// Errors of no database, each the trigger of the one before.
+std::vector<CError> HandMadeChain(CErrorDatabase& database, int errors)
+{
+    std::vector<CError> made;
+    made.reserve(static_cast<std::size_t>(errors));
+    for (int number = 0; number < errors; ++number)
+        made.emplace_back(database, emiCAN, esmiBus, epiPower, static_cast<EProblemType>(number), eesHigh,
+                          true, false, false, false, false, false);
+    for (std::size_t number = 1; number < made.size(); ++number)
+        made[number].AddParent(&made[number - 1]);
+    return made;
+}
+
+TEST_F(DatabaseMemoryTest, AGroupingOfErrorsThatAreNotItsOwnNeedsNoMemoryTheSecondTime)
+{
+    CErrorDatabase database(m_path);
+    const std::vector<CError> chain = HandMadeChain(database, 50);
+    std::list<const CError*> errors;
+    for (const CError& error : chain)
+        errors.push_back(&error);
+    std::list<const CError*> tops;
+    database.UpdateErrorTree(errors, tops);
+    EXPECT_EQ(tops, std::list<const CError*>{&chain.front()});
+    EXPECT_EQ(FailEach([&](CAttempt& attempt)
+                       { EXPECT_TRUE(attempt.Run([&] { database.UpdateErrorTree(errors, tops); })); }),
+              0);
+    EXPECT_EQ(tops, std::list<const CError*>{&chain.front()});
+}
+
 Lines TopsOf(CErrorDatabase& database, const Lines& names)
 {
     std::list<const CError*> errors;
