@@ -9,6 +9,7 @@
 #include <ctime>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <optional>
 #include <poll.h>
 #include <sys/socket.h>
 #include <thread>
@@ -157,6 +158,15 @@ TEST_F(HostSystemCalls, ABatchIsAFew)
     EXPECT_LE(sends, 5) << "of 64 KiB each";
 }
 
+/// A clock that stands still from when it is stopped, and goes on at the end.
+struct SStoppedClock
+{
+    SStoppedClock() { standing = std::chrono::steady_clock::now().time_since_epoch().count(); }
+    ~SStoppedClock() { standing = -1; }
+    SStoppedClock(const SStoppedClock&) = delete;
+    SStoppedClock& operator=(const SStoppedClock&) = delete;
+};
+
 using HostServerSystemCalls = CServerFixture<CSessionsHandler>;
 
 /// Serves a turn in which much comes in.
@@ -179,6 +189,7 @@ void ServeMuch(MPISocketServerC& server, CSessionsHandler& handler, CRawConnecti
 TEST_F(HostServerSystemCalls, ServeRestsAfterMuchInputOnlyIfItMayWait)
 {
     CRawConnection connection = Connect();
+    const SStoppedClock stopped;
     ServeMuch(m_server, m_handler, connection);
     m_server.Serve(0);
     EXPECT_EQ(rests, 0);
@@ -195,13 +206,24 @@ TEST_F(HostServerSystemCalls, ServeRestsAfterMuchInputOnlyIfItMayWait)
     EXPECT_EQ(rests, 1) << "once";
 }
 
-/// A clock that stands still from when it is stopped.
+TEST_F(HostServerSystemCalls, ServeDoesNotRestOnceInputHasBeenLittleForAMoment)
+{
+    CRawConnection connection = Connect();
+    const SStoppedClock stopped;
+    ServeMuch(m_server, m_handler, connection);
+    standing += 499999;
+    m_server.Serve(1);
+    EXPECT_EQ(rests, 1);
+    ServeMuch(m_server, m_handler, connection);
+    standing += 500000;
+    m_server.Serve(1);
+    EXPECT_EQ(rests, 0);
+}
+
 class HostClock : public HostDelivery
 {
 protected:
-    ~HostClock() override { standing = -1; }
-
-    static void StopClock() { standing = std::chrono::steady_clock::now().time_since_epoch().count(); }
+    void StopClock() { m_stopped.emplace(); }
     static void Pass(int milliseconds) { standing += std::int64_t{milliseconds} * 1000000; }
 
     /// @return how many notifications the client has taken before it said no
@@ -216,6 +238,9 @@ protected:
         }
         return number;
     }
+
+private:
+    std::optional<SStoppedClock> m_stopped;
 };
 
 TEST_F(HostClock, ANoForWantOfRoomHoldsForFiveMilliseconds)

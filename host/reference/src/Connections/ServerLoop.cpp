@@ -28,6 +28,9 @@ constexpr long kQuietNanoseconds = 2000000; // 2 ms without input: then a peer h
 constexpr std::size_t kWellFilledBytes = 1024;
 constexpr long kRestNanoseconds = 20000; // 20 us, to which the system adds some
 
+// After this long nothing is under way any more, or enough has gathered while the owner was at work.
+constexpr std::chrono::microseconds kUnderWay(500);
+
 constexpr std::size_t kReadBytes = 65536;
 
 } // namespace
@@ -150,7 +153,8 @@ void MPISocketServerC::Implementation::CloseIfAsked()
 void MPISocketServerC::Implementation::LetDataGather(int timeoutMilliseconds)
 {
     const timespec rest = {0, kRestNanoseconds};
-    if (m_wellFilled && m_queue.empty() && (timeoutMilliseconds != 0 || m_gathersInput))
+    const bool wanted = m_wellFilled && m_queue.empty() && (timeoutMilliseconds != 0 || m_gathersInput);
+    if (wanted && std::chrono::steady_clock::now() - m_wellFilledAt < kUnderWay)
         clock_nanosleep(CLOCK_MONOTONIC, 0, &rest, nullptr);
     m_wellFilled = false;
 }
@@ -230,7 +234,11 @@ int MPISocketServerC::Implementation::ServeConnection(std::uint64_t number)
         Requeue(*connection);
         throw;
     }
-    m_wellFilled = m_wellFilled || connection->BytesRead() >= kWellFilledBytes;
+    if (connection->BytesRead() >= kWellFilledBytes)
+    {
+        m_wellFilled = true;
+        m_wellFilledAt = std::chrono::steady_clock::now();
+    }
     if (connection->Ended())
     {
         Remove(number);

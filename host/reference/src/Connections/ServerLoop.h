@@ -7,6 +7,7 @@
 
 #include <MPI/MPISocketServerC.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -87,7 +88,8 @@ private:
     std::deque<std::uint64_t> m_queue;          // who had something left over when the last turn ended
     std::vector<std::uint64_t> m_toAcknowledge; // whose acknowledgements wait
     bool m_wellFilled = false;                  // something read in the last turn
-    bool m_gathersInput = false;                // even if told not to wait
+    std::chrono::steady_clock::time_point m_wellFilledAt; // the last time
+    bool m_gathersInput = false;                          // even if told not to wait
     bool m_serving = false;
     bool m_closeAsked = false; // from within the handler
     SessionOrder m_order;
