@@ -101,14 +101,17 @@ protected:
         Load(errors);
     }
 
+    static constexpr unsigned kEveryPattern = 256; // so lengths from 10 to 18 bits have all of theirs
+
     /// All patterns of few bits, some of many.
     std::vector<std::string> Patterns() const
     {
         std::vector<std::string> patterns;
         std::mt19937 random(static_cast<unsigned>(Bits()));
         const unsigned all = 1U << Bits();
-        for (unsigned number = 0; number < std::min(all, 64U); ++number)
-            patterns.push_back(PatternOf(all <= 64 ? number : static_cast<unsigned>(random()) % all, Bits()));
+        for (unsigned number = 0; number < std::min(all, kEveryPattern); ++number)
+            patterns.push_back(
+                PatternOf(all <= kEveryPattern ? number : static_cast<unsigned>(random()) % all, Bits()));
         patterns.push_back(PatternOf(0, Bits()));
         patterns.push_back(PatternOf(all - 1, Bits()));
         return patterns;
@@ -215,7 +218,7 @@ private:
     SRebuilt m_rebuilt;
 };
 
-class StateKeyDigitsTest : public StateKeyModelTest, public testing::WithParamInterface<unsigned>
+class AnyStateKeyTest : public StateKeyModelTest
 {
 protected:
     void SetUp() override
@@ -230,6 +233,28 @@ protected:
         }
         Load(errors);
     }
+
+    /// Keys of the error with index 0: two digits are 0, and the third begins with two zeros.
+    void ExpectEveryKeyToBeRead(const std::string& beginning, std::size_t digits)
+    {
+        ASSERT_EQ(Rebuilt(beginning), Rebuilder().Of(beginning)) << "'" << beginning << "'";
+        if (beginning.size() == digits)
+            return;
+        const std::string next = beginning.size() < 2    ? "0"
+                                 : beginning.size() == 2 ? "0123"
+                                                         : "0123456789ABCDEF";
+        for (const char digit : next)
+            ExpectEveryKeyToBeRead(beginning + digit, digits);
+    }
+};
+
+TEST_F(AnyStateKeyTest, EveryKeyOfUpToSixDigitsIsReadAsFarAsItGoes)
+{
+    ExpectEveryKeyToBeRead("", 6);
+}
+
+class StateKeyDigitsTest : public AnyStateKeyTest, public testing::WithParamInterface<unsigned>
+{
 };
 
 TEST_P(StateKeyDigitsTest, KeysOfEveryNumberOfDigitsAreReadAsFarAsTheyGo)

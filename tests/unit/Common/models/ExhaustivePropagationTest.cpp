@@ -5,14 +5,15 @@
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
+#include <string>
 
 // All small hierarchies, in every state, under every request. Links lead from earlier to later errors only,
 // which covers every hierarchy without a cycle but for the naming of its errors, and each list of parents is
 // tried in every order, because the order is that in which parents follow.
 //
-// By default a threshold is left at 0 where nobody looks at it: in sets that are not automatic and in those
-// that are empty; and of two sets of one error only one order is tried. FAULTKEEPER_TEST_FULL=1 in the
-// environment tries all of these, too, which takes about a minute.
+// That takes about a minute. Where code runs slowly a threshold is left at 0 where nobody looks at it: in
+// sets that are not automatic and in those that are empty; and of two sets of one error only one order is
+// tried. FAULTKEEPER_TEST_FULL in the environment, 0 or 1, says which it is to be.
 
 namespace
 {
@@ -29,7 +30,7 @@ constexpr int kLargestThreshold = 3;
 bool Full()
 {
     const char* const wish = std::getenv("FAULTKEEPER_TEST_FULL");
-    return wish != nullptr && wish[0] != '\0';
+    return wish == nullptr ? FAULTKEEPER_TEST_EVERY_CASE : std::string(wish) == "1";
 }
 
 /// All sets of some of the errors whose bits are set.
@@ -67,10 +68,10 @@ std::vector<TSets> OneSetEach(const TSets& sets)
     return choices;
 }
 
-/// No set, or two of these.
-std::vector<TSets> TwoSetsEach(const TSets& sets)
+/// No set, or one or two of these.
+std::vector<TSets> UpToTwoSetsEach(const TSets& sets)
 {
-    std::vector<TSets> choices{{}};
+    std::vector<TSets> choices = OneSetEach(sets);
     for (std::size_t first = 0; first < sets.size(); ++first)
     {
         for (std::size_t second = Full() ? 0 : first; second < sets.size(); ++second)
@@ -170,10 +171,10 @@ TEST_F(ExhaustivePropagationTest, FourErrorsWithOneSetEachFollowTheRules)
                Full() ? 87153 : 16272);
 }
 
-TEST_F(ExhaustivePropagationTest, ThreeErrorsWithTwoSetsEachFollowTheRules)
+TEST_F(ExhaustivePropagationTest, ThreeErrorsWithUpToTwoSetsEachFollowTheRules)
 {
-    CompareAll({OneSetEach({}), TwoSetsEach(SetsOf(0b1)), TwoSetsEach(SetsOf(0b11))},
-               Full() ? 541953 : 12491);
+    CompareAll({OneSetEach({}), UpToTwoSetsEach(SetsOf(0b1)), UpToTwoSetsEach(SetsOf(0b11))},
+               Full() ? 579505 : 15531);
 }
 
 /// Files may link errors in a circle.
