@@ -167,6 +167,19 @@ class PageTest(unittest.TestCase):
         self.is_content("Use `ctest --preset dev -R 'Nothing\\|Some'`.\n", 0)
         self.finds("Use `ctest --preset dev -R Other`.\n", "page.md:1: no test is selected by Other")
 
+    def test_the_tests_of_a_line_are_all_selected_there(self):
+        (self.project / "tests/some").mkdir(parents=True)
+        (self.project / "tests/some/OneTest.cpp").write_text("TEST(One, Holds)\nTEST_P(Two, HoldsToo)\n")
+        (self.project / "tests/ThreeTest.cpp").write_text("TEST(Three, Holds)\n")
+        self.is_content("| `OneTest` | `ctest --preset dev -R 'One\\|Two'` |\n", 0)
+        self.is_content("| `OneTest` | `ctest -R One`, `ctest -R Two` |\n", 0)
+        self.is_content("| `OneTest` | `ctest --test-dir build/dev/tests/some` |\n", 0)
+        self.is_content("| `tests/some` | `ctest --test-dir build/dev/tests` |\n", 0)
+        self.is_content("`OneTest` is a test.\n", 0)
+        self.finds("| `OneTest` | `ctest --preset dev -R One` |\n", "page.md:1: Two.HoldsToo is not selected")
+        self.finds("| `tests/some` | `ctest --preset dev -R Two` |\n", "page.md:1: One.Holds is not selected")
+        self.finds("| `ThreeTest` | `ctest --test-dir build/dev/tests/some -R Th` |\n", "page.md:1: Three.Holds is not selected")
+
     def test_links_lead_somewhere(self):
         self.is_content("# A Head, and more\n\n[a](listing.xml) [b](#a-head-and-more) [c](https://example.org)\n", 0)
         self.finds("[a](nowhere.md)\n", "page.md:1: a link leads nowhere: nowhere.md")

@@ -4,6 +4,7 @@ import re
 import subprocess
 
 from . import page as pages
+from . import selections
 
 # A line of code that begins with one of these is a command, and commands belong into console blocks.
 _COMMANDS = {
@@ -93,27 +94,6 @@ class _Programs:
         return ""
 
 
-def _test_names(project):
-    """Names as ctest has them, but for what parameters add."""
-    names = {"page_" + re.sub(r"[/.]", "_", str(page.relative_to(project))) for page in project.glob("docs/*.md")}
-    for file in [*project.glob("tests/**/*"), *project.glob("config/**/CMakeLists.txt")]:
-        if file.suffix == ".cpp":
-            found = re.findall(r"\bTEST(?:_[FP])?\((\w+),\s*(\w+)\)", file.read_text())
-            names |= {f"{suite}.{name}" for suite, name in found}
-        elif file.name == "CMakeLists.txt":
-            names |= set(re.findall(r"add_test\(NAME (\w+)", file.read_text()))
-    return names
-
-
-def _selects_nothing(words, project):
-    """What is wrong with a selection of tests; "" if nothing is."""
-    if "-R" not in words[:-1]:
-        return ""
-    pattern = words[words.index("-R") + 1].strip("'\"").replace("\\|", "|")  # bars are written so in tables
-    selected = any(re.search(pattern, name) for name in _test_names(project))
-    return "" if selected else f"no test is selected by {pattern}"
-
-
 def _mentions(page, project, environment):
     """Commands within a sentence or a table are not run: their programs, commands and options must exist."""
     programs = _Programs(environment)
@@ -126,9 +106,11 @@ def _mentions(page, project, environment):
             elif words and words[0].startswith("scripts/") and not (project / words[0]).exists():
                 complaint = f"there is no {words[0]}"
             elif words and words[0] == "ctest":
-                complaint = _selects_nothing(words, project)
+                complaint = selections.selects_nothing(span, project)
             if complaint:
                 yield f"{page.name}:{number}: {complaint}: `{span}`"
+        for complaint in selections.left_out(_SPAN.findall(line), project):
+            yield f"{page.name}:{number}: {complaint}"
 
 
 def _anchor(heading):
