@@ -19,12 +19,14 @@ namespace Faultkeeper
 
 bool CErrorDatabaseView::CopyTable()
 {
-    const CTableLock lock(*this);
-    if (!lock.Held())
-        return false;
-    if (std::memcmp(&m_mirror, m_table, sizeof m_mirror) == 0)
-        return true;
-    std::memcpy(&m_mirror, m_table, sizeof m_mirror);
+    {
+        const CTableLock lock(*this);
+        if (!lock.Held())
+            return false;
+        if (std::memcmp(&m_mirror, m_table, sizeof m_mirror) == 0)
+            return true;
+        std::memcpy(&m_mirror, m_table, sizeof m_mirror);
+    }
     m_index->Know(m_mirror);
     m_settled = false;
     return true;

@@ -29,7 +29,7 @@ constexpr int kLongMilliseconds = 30000; // much longer than anything here takes
 class ErrorDatabaseViewSignalTest : public ReaderFixture
 {
 protected:
-    std::uint32_t Changes() { return *reinterpret_cast<std::uint32_t*>(&Header().lastRaiseTime); }
+    std::uint32_t& Changes() { return *reinterpret_cast<std::uint32_t*>(&Header().lastRaiseTime); }
 
     /// How often the table was counted on by `action`.
     std::uint32_t CountedBy(const std::function<void()>& action)
@@ -209,9 +209,12 @@ TEST_F(ErrorDatabaseViewSignalTest, TheShortestWaitIsSpentAsleep)
 class SleepingReaderTest : public ErrorDatabaseViewSignalTest
 {
 protected:
-    SleepingReaderTest()
+    SleepingReaderTest() { FallAsleep(); }
+
+    void FallAsleep()
     {
         Synchronise();
+        m_thread = 0;
         m_woken = std::async(std::launch::async,
                              [this]
                              {
@@ -224,7 +227,7 @@ protected:
     std::string Sleeps() const { return Status(std::to_string(m_thread), kSleeps); }
     bool Asleep() const
     {
-        return Status(std::to_string(m_thread), "State:").find('S', 6) != std::string::npos;
+        return m_thread != 0 && Status(std::to_string(m_thread), "State:").find('S', 6) != std::string::npos;
     }
 
     bool Awake(int timeoutMilliseconds) const
@@ -234,16 +237,49 @@ protected:
 
     void WakeForNothing() { syscall(SYS_futex, &Header().lastRaiseTime, FUTEX_WAKE, 1, nullptr, nullptr, 0); }
 
+    void LetGo()
+    {
+        ++Changes();
+        WakeForNothing();
+    }
+
     std::future<bool> m_woken;
     std::atomic<pid_t> m_thread{0};
 };
 
-TEST_F(SleepingReaderTest, IsWokenByTheNextChange)
+TEST_F(SleepingReaderTest, IsWokenByEveryOperationThatChangesTheTable)
 {
-    Raise(2);
-    EXPECT_TRUE(Awake(kLongMilliseconds));
-    WakeForNothing(); // or a test that fails would never end
-    EXPECT_TRUE(m_woken.get());
+    const std::vector<std::pair<std::string, std::function<void()>>> operations = {
+        {"RaiseError", [this] { Raise(2); }},
+        {"ClearError", [this] { Clear(2); }},
+        {"RaiseErrors",
+         [this] {
+             m_owner.RaiseErrors({Id(1), Id(2)});
+         }},
+        {"ClearErrors",
+         [this] {
+             m_owner.ClearErrors({Id(1), Id(2)});
+         }},
+        {"ApplyChanges",
+         [this] {
+             m_owner.ApplyChanges({{Code(1), Type(1), true}});
+         }},
+        {"UpdateErrorDetails", [this] { m_owner.UpdateErrorDetails({Entry(1)}); }},
+        {"LoadErrors", [this] { m_owner.LoadErrors(m_database); }},
+        {"FaultkeeperReady", [this] { m_owner.FaultkeeperReady(false); }},
+        {"RestoreErrors", [this] { m_owner.RestoreErrors({Entry(1)}); }},
+        {"another owner", [] { const CErrorDatabaseView another(true, eViewOwner); }},
+    };
+    for (const auto& [name, change] : operations)
+    {
+        SCOPED_TRACE(name);
+        change();
+        EXPECT_TRUE(Awake(kLongMilliseconds));
+        LetGo(); // or a test that fails would never end
+        EXPECT_TRUE(m_woken.get());
+        FallAsleep();
+    }
+    LetGo();
 }
 
 TEST_F(SleepingReaderTest, SleepsOnWhenItIsWokenForNothing)
