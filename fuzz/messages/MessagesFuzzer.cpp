@@ -1,11 +1,13 @@
-// Whatever bytes come in over a connection, in pieces of whatever size, the server passes on the
-// notifications among them and ends the connection at the first wrong byte.
+// Whatever bytes come in over a connection, in pieces of whatever size, the server passes on all
+// notifications among them, no others, and ends the connection at the first wrong byte.
 //
 // An input is two bytes, from which follow the sizes of the pieces and how the connection ends, and then the
 // stream.
 
 #include "harness/Expectation.h"
 #include "harness/Input.h"
+#include "messages/ServerModel.h"
+#include "support/wire/HostElements.h"
 
 #include <MPI/BAtomC.h>
 #include <MPI/BDecoderC.h>
@@ -14,8 +16,10 @@
 #include <MPI/MPISocketServerC.h>
 
 #include <arpa/inet.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -31,6 +35,8 @@ namespace
 
 constexpr unsigned kClosedEvery = 16;    // of so many connections one is closed, the others are cut
 constexpr int kServeMilliseconds = 5000; // far more than it takes; without anything to do it is a finding
+constexpr int kMostTurns = 1000;         // for what a server has to do
+constexpr int kReadMilliseconds = 5000;  // likewise, to read what was sent
 
 /// What a stream comes to.
 struct SDecoded
@@ -99,55 +105,100 @@ void CheckMessages(const SDecoded& decoded)
     }
 }
 
-/// Compares what the server tells with what the stream comes to.
+/// The decoder finds what the plain reader of the format finds.
+void CheckDecoded(const SDecoded& decoded, const Support::SWireStream& stream)
+{
+    Fuzz::Expect(decoded.messages.size() == stream.messages.size(), "as many messages as there are");
+    for (const Support::SWireMessage& message : stream.messages)
+    {
+        const auto found = decoded.messages.find(message.offset);
+        Fuzz::Expect(found != decoded.messages.end(), "a message is where it begins");
+        const Support::SWireStream again = Support::ReadWire(found->second);
+        Fuzz::Expect(again.messages.size() == 1 &&
+                         Support::Shown(again.messages[0].content) == Support::Shown(message.content),
+                     "a message is what was sent");
+    }
+    Fuzz::Expect(decoded.fault.empty() == (stream.end != Support::eweWrong), "wrong bytes are found");
+    Fuzz::Expect(decoded.fault.empty() || decoded.faultOffset == stream.endOffset, "the first one is");
+    Fuzz::Expect(decoded.incomplete == (stream.end == Support::eweCutOff), "half a message is no message");
+}
+
+/// Compares what the server tells with what it has to tell.
 class CHandler : public MPIServerHandlerC
 {
 public:
-    void Expect(const SDecoded& decoded)
+    /// @param expected  borrowed
+    /// @param fault     what is wrong with the stream's first wrong byte; borrowed
+    void Expect(const Fuzz::SConnection& expected, const std::string& fault)
     {
-        m_decoded = &decoded;
+        m_expected = &expected;
+        m_fault = &fault;
         m_connected = false;
+        m_introduced = false;
         m_refused = false;
         m_ended = false;
-        m_last = 0;
         m_passedOn = 0;
     }
+
+    /// To be called once the connection has ended.
+    void ExpectAllTold() const
+    {
+        Fuzz::Expect(m_passedOn == m_expected->notifications.size(),
+                     "the server passes on all that was sent");
+        Fuzz::Expect(m_introduced == !m_expected->session.empty(), "the server tells who has said so");
+        Fuzz::Expect(m_refused == m_expected->refused, "the server refuses what is wrong");
+    }
+
     bool Connected() const { return m_connected; }
-    bool Refused() const { return m_refused; }
     bool Ended() const { return m_ended; }
 
 private:
     void PeerConnected(const MPIPeerC&) override { m_connected = true; }
     void PeerDisconnected(const MPIPeerC&) override { m_ended = true; }
 
-    bool NotificationReceived(const MPIPeerC&, const MPINotificationC& notification) override
+    void PeerIntroduced(const MPIPeerC& peer) override
     {
-        const auto found = m_decoded->messages.find(notification.offset);
-        Fuzz::Expect(found != m_decoded->messages.end() && found->second == Encoded(notification.message),
-                     "the server passes on what was sent");
-        Fuzz::Expect(m_passedOn == 0 || notification.offset > m_last, "the server passes on in order");
+        Fuzz::Expect(!m_introduced && m_passedOn == 0, "an introduction comes once, and first");
+        Fuzz::Expect(!m_expected->session.empty() && peer.session == m_expected->session,
+                     "the server tells whom it has been told");
+        m_introduced = true;
+    }
+
+    bool NotificationReceived(const MPIPeerC& peer, const MPINotificationC& notification) override
+    {
         Fuzz::Expect(!m_refused, "nothing comes after a refusal");
-        m_last = notification.offset;
+        Fuzz::Expect(m_passedOn < m_expected->notifications.size(), "the server makes nothing up");
+        const Fuzz::SNotification received = {notification.offset,
+                                              notification.name,
+                                              Support::Shown(Support::WireElementOf(notification.arguments)),
+                                              Support::Shown(Support::WireElementOf(notification.message)),
+                                              notification.number,
+                                              peer.session};
+        Fuzz::Expect(received == m_expected->notifications[m_passedOn],
+                     "the server passes on what was sent, in order");
         ++m_passedOn;
-        return notification.name != "refuse";
+        return notification.name != Fuzz::kRefusedByHandler;
     }
 
     void InputRefused(const MPIPeerC&, std::uint64_t offset, const std::string& reason) override
     {
         Fuzz::Expect(!m_refused && !reason.empty(), "a connection is refused once");
         m_refused = true;
-        const bool wrongByte = reason == m_decoded->fault && offset == m_decoded->faultOffset;
         Fuzz::Expect(
-            wrongByte || m_decoded->messages.count(offset) != 0 || m_decoded->incomplete,
+            m_expected->refused && offset == m_expected->refusalOffset,
             "what is refused is a wrong byte, a message that is no notification, or the end of half of one");
+        Fuzz::Expect(!m_expected->wrongByte || reason == *m_fault,
+                     "the server says what is wrong with a byte");
+        Fuzz::Expect(m_passedOn == m_expected->notifications.size(), "what was right is passed on before");
     }
 
-    const SDecoded* m_decoded = nullptr; // borrowed
+    const Fuzz::SConnection* m_expected = nullptr; // borrowed
+    const std::string* m_fault = nullptr;          // likewise
     bool m_connected = false;
+    bool m_introduced = false;
     bool m_refused = false;
     bool m_ended = false;
-    std::uint64_t m_last = 0;
-    int m_passedOn = 0;
+    std::size_t m_passedOn = 0;
 };
 
 /// A server on a port that the system chooses, used by one connection after the other.
@@ -157,9 +208,10 @@ public:
     CServer() : m_server(m_handler) { Fuzz::Expect(m_server.Listen(0), "there is a free port"); }
 
     /// @param reset  cut the connection at the end rather than close it
-    void Run(const std::vector<std::string>& pieces, const SDecoded& decoded, bool reset)
+    void Run(const std::vector<std::string>& pieces, const Fuzz::SConnection& expected,
+             const std::string& fault, bool reset)
     {
-        m_handler.Expect(decoded);
+        m_handler.Expect(expected, fault);
         const int peer = Connect();
         ServeUntil([this] { return m_handler.Connected(); });
         for (const std::string& piece : pieces)
@@ -168,8 +220,7 @@ public:
             m_server.Serve(0);
         }
         End(peer, reset);
-        Fuzz::Expect(decoded.fault.empty() || m_handler.Refused() || !decoded.messages.empty(),
-                     "a wrong byte is refused");
+        m_handler.ExpectAllTold();
         Fuzz::Expect(m_server.ConnectionCount() == 0, "a connection that has ended is gone");
     }
 
@@ -226,6 +277,8 @@ private:
 
     void End(int peer, bool reset)
     {
+        if (reset)
+            ServeAll(peer);
         const linger cut = {reset ? 1 : 0, 0};
         setsockopt(peer, SOL_SOCKET, SO_LINGER, &cut, sizeof cut);
         if (reset)
@@ -237,12 +290,39 @@ private:
             close(peer);
     }
 
+    /// Lets the server read what was sent: of a connection that is cut the rest is lost.
+    void ServeAll(int peer)
+    {
+        int turn = 0;
+        while (!m_handler.Ended() && (Unacknowledged(peer) || HasInput(m_server.Descriptor(), 0)))
+        {
+            Fuzz::Expect(++turn < kReadMilliseconds, "a server reads");
+            HasInput(m_server.Descriptor(), 1);
+            Fuzz::Expect(m_server.Serve(0) >= 0, "a server's turn succeeds");
+        }
+    }
+
+    /// Is something of what was sent still under way?
+    static bool Unacknowledged(int peer)
+    {
+        int bytes = 0;
+        Fuzz::Expect(ioctl(peer, SIOCOUTQ, &bytes) == 0, "a connection can be asked what it still has");
+        return bytes > 0;
+    }
+
+    /// @return true also if the wait was interrupted
+    static bool HasInput(int descriptor, int timeoutMilliseconds)
+    {
+        pollfd waiting = {descriptor, POLLIN, 0};
+        return poll(&waiting, 1, timeoutMilliseconds) != 0;
+    }
+
     void ServeUntil(const std::function<bool()>& condition)
     {
-        constexpr int kMostTurns = 1000;
         for (int turn = 0; !condition(); ++turn)
         {
-            Fuzz::Expect(turn < kMostTurns, "a server gets on");
+            Fuzz::Expect(turn < kMostTurns && HasInput(m_server.Descriptor(), kServeMilliseconds),
+                         "a server gets on");
             Fuzz::Expect(m_server.Serve(kServeMilliseconds) >= 0, "a server's turn succeeds");
         }
     }
@@ -264,6 +344,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const SDecoded decoded = Decode({stream});
     Fuzz::Expect(Decode(pieces) == decoded, "it does not matter how a stream is cut");
     CheckMessages(decoded);
-    server.Run(pieces, decoded, seed % kClosedEvery != 0);
+    const Support::SWireStream plainlyRead = Support::ReadWire(stream);
+    CheckDecoded(decoded, plainlyRead);
+    server.Run(pieces, Fuzz::ExpectedOf(plainlyRead), decoded.fault, seed % kClosedEvery != 0);
     return 0;
 }
