@@ -249,7 +249,8 @@ TEST_F(DatabaseMemoryTest, AGroupingOfAListThatThrewLeavesNothingForTheNext)
         [&](CAttempt& attempt)
         {
             CErrorDatabase database(m_path);
-            attempt.Run([&] { TopsOf(database, {kAntenna, kPosition, kNoData}); });
+            const bool ended = attempt.Run([&] { TopsOf(database, {kAntenna, kPosition, kNoData}); });
+            EXPECT_EQ(ended, !attempt.Met());
             EXPECT_EQ(TopsOf(database, {kReceiver, kNoData}), (Lines{kNoData}));
         });
     EXPECT_GT(failed, 4);
@@ -291,7 +292,8 @@ TEST_F(StarMemoryTest, AGroupingOfAListThatThrewWithinAPassLeavesNothingForTheNe
         [&](CAttempt& attempt)
         {
             CErrorDatabase database(m_path);
-            attempt.Run([&] { TopsOf(database, all); });
+            const bool ended = attempt.Run([&] { TopsOf(database, all); });
+            EXPECT_EQ(ended, !attempt.Met());
             EXPECT_EQ(TopsOf(database, {kAntenna}), (Lines{kAntenna}));
         });
     EXPECT_GT(failed, 10);
@@ -309,7 +311,8 @@ TEST_F(StarMemoryTest, AnUpdateThatThrewWithinAPassIsMadeUpForByTheNext)
             for (const std::string& name : leaves)
                 Fixtures::Raise(database, name);
             Fixtures::Raise(database, Numbered(kLeaves));
-            attempt.Run([&] { database.UpdateErrorTree(); });
+            const bool ended = attempt.Run([&] { database.UpdateErrorTree(); });
+            EXPECT_EQ(ended, !attempt.Met());
             Fixtures::Clear(database, Numbered(kLeaves));
             database.UpdateErrorTree();
             EXPECT_EQ(NamesOf(database.ActiveErrors(false)), leaves);

@@ -104,7 +104,8 @@ TEST_F(PresentationMemoryTest, ATreeBelowAnErrorIsBuiltOrThrowsAndIsBuiltLater)
             SErrorTree interrupted;
             std::vector<std::string> activity;
             Codes codes;
-            attempt.Run([&] { build(interrupted, activity, codes); });
+            const bool ended = attempt.Run([&] { build(interrupted, activity, codes); });
+            EXPECT_EQ(ended, !attempt.Met());
 
             SErrorTree tree;
             activity.clear();
@@ -125,11 +126,12 @@ TEST_F(PresentationMemoryTest, ATreeIsRebuiltFromItsKeyOrThrowsAndIsRebuiltLater
             SErrorTree interrupted;
             std::vector<std::string> lines;
             Codes codes;
-            attempt.Run(
+            const bool ended = attempt.Run(
                 [&] {
                     CErrorPresentation::RegenerateErrorTree(key, *m_database, m_reader, interrupted, lines,
                                                             codes, false);
                 });
+            EXPECT_EQ(ended, !attempt.Met());
             EXPECT_EQ(m_directory.SemaphoreValue(), 1);
 
             SErrorTree tree;
@@ -165,27 +167,35 @@ TEST_F(PresentationMemoryTest, TextsAreDumpedOrWhatIsThereOfTheFileIsItsBeginnin
     const std::string path = m_directory.File("texts");
     CErrorPresentation::DumpLocalisedText(m_database->GetErrorList(), path);
     const std::string whole = Support::ReadFile(path);
+    int passedOver = 0;
     const int failed = FailEach(
         [&](CAttempt& attempt)
         {
             Support::WriteFile(path, "");
-            attempt.Run([&] { CErrorPresentation::DumpLocalisedText(m_database->GetErrorList(), path); });
+            const bool ended =
+                attempt.Run([&] { CErrorPresentation::DumpLocalisedText(m_database->GetErrorList(), path); });
             const std::string written = Support::ReadFile(path);
             EXPECT_EQ(written, whole.substr(0, written.size()));
-            if (!attempt.Met())
-            {
-                EXPECT_EQ(written, whole);
-            }
+            EXPECT_EQ(ended && !attempt.Met(), written == whole);
+            if (ended && attempt.Met())
+                ++passedOver;
         });
     EXPECT_GT(failed, 5);
+    // The C library opens the file with its first allocation, with which each attempt begins twice: without
+    // it the path cannot be opened, and is passed over.
+    EXPECT_LE(passedOver, 2);
 }
 
 TEST_F(PresentationMemoryTest, ActiveErrorsArePrintedOrTheListingEnds)
 {
     const std::list<const CError*> errors = {Error(0)};
     testing::internal::CaptureStdout();
-    const int failed = FailEach([&](CAttempt& attempt)
-                                { attempt.Run([&] { CErrorPresentation::PrintErrorTree(errors); }); });
+    const int failed = FailEach(
+        [&](CAttempt& attempt)
+        {
+            const bool ended = attempt.Run([&] { CErrorPresentation::PrintErrorTree(errors); });
+            EXPECT_EQ(ended, !attempt.Met());
+        });
     const std::string printed = testing::internal::GetCapturedStdout();
     EXPECT_GT(failed, 5);
     EXPECT_EQ(printed.substr(printed.rfind("Active top level errors\n")),

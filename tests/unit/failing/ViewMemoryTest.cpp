@@ -150,7 +150,7 @@ TEST_F(ViewMemoryTest, AnOwnerThatThrewHoldsNoLockAndDoesTheSameLater)
 {
     const std::vector<std::pair<int, int>> ids = {NumberedErrors::Id(1), NumberedErrors::Id(3)};
     const std::vector<SErrorEntry> details(2, Record(1));
-    FailEach(
+    const int failed = FailEach(
         [&](CAttempt& attempt)
         {
             std::optional<CErrorDatabaseView> owner;
@@ -176,6 +176,7 @@ TEST_F(ViewMemoryTest, AnOwnerThatThrewHoldsNoLockAndDoesTheSameLater)
             EXPECT_EQ(Record(1).counter1, 1);
             EXPECT_EQ(Record(2).flags, kRaisedFlag);
         });
+    EXPECT_GT(failed, 0);
 }
 
 } // namespace

@@ -74,22 +74,7 @@ public:
         return result;
     }
 
-    const Faultkeeper::SStatusTable& Mirror() const { return *m_mirror; }
-    const std::set<TErrorId>& Active() const { return m_active; }
-    /// How many active tops the database has listed.
-    std::size_t Tops() const { return m_tops; }
-    /// The listener's calls since it was last asked.
-    std::string Calls() { return std::exchange(m_calls, std::string()); }
-
-private:
-    std::size_t Count() const { return static_cast<std::size_t>(m_mirror->header.count); }
-
-    bool SnapshotHolds() const
-    {
-        return m_mirror->header.lastRaiseTime == m_snapshot.lastRaiseTime &&
-               m_mirror->header.lastClearTime == m_snapshot.lastClearTime;
-    }
-
+    /// Takes the copy as the starting point.
     void Initialise()
     {
         m_seen.resize(Faultkeeper::kStatusTableCapacity);
@@ -98,8 +83,10 @@ private:
         m_snapshot = m_mirror->header;
     }
 
+    /// @param all  what is raised, instead of what has changed
     int Replay(bool all)
     {
+        m_seen.resize(Faultkeeper::kStatusTableCapacity);
         int result = 0;
         for (std::size_t i = 0; i < Count(); ++i)
         {
@@ -118,6 +105,22 @@ private:
             result = Raised(record) || result == 1 ? 1 : 2;
         }
         return result;
+    }
+
+    const Faultkeeper::SStatusTable& Mirror() const { return *m_mirror; }
+    const std::set<TErrorId>& Active() const { return m_active; }
+    /// How many active tops the database has listed.
+    std::size_t Tops() const { return m_tops; }
+    /// The listener's calls since it was last asked.
+    std::string Calls() { return std::exchange(m_calls, std::string()); }
+
+private:
+    std::size_t Count() const { return static_cast<std::size_t>(m_mirror->header.count); }
+
+    bool SnapshotHolds() const
+    {
+        return m_mirror->header.lastRaiseTime == m_snapshot.lastRaiseTime &&
+               m_mirror->header.lastClearTime == m_snapshot.lastClearTime;
     }
 
     std::unique_ptr<Faultkeeper::SStatusTable> m_mirror = std::make_unique<Faultkeeper::SStatusTable>();
