@@ -15,6 +15,12 @@ SAME = 0.005      # within it a committed count stays as it is
 # Which of a C library's copies are taken depends on the processor; here always the plain ones.
 _TUNABLES = "glibc.cpu.hwcaps=-AVX512F,-AVX512VL,-AVX512BW,-AVX2,-ERMS,-FSRM"
 
+_FILE = "benchmarks/instructions.txt"
+_CHANGELOG = "CHANGELOG.md"
+_MORE = "Takes more instructions than before"
+_RENEW = "renew it: scripts/bench --instructions --update"
+_WRITTEN = f"scripts/bench --instructions --update --reason \"...\" writes the line: - {_MORE} (PIECE +1.0%): ..."
+
 _PREFACE = """\
 # Instructions of each piece as callgrind counts them, those of the system's calls left out. Renewed by
 # scripts/bench --instructions --update, compared by scripts/bench --instructions.
@@ -42,11 +48,13 @@ def _count(build):
     return counts
 
 
-def _read(file):
-    if not file.is_file():
-        return {}
-    pairs = [line.rsplit(None, 1) for line in file.read_text().splitlines() if line and not line.startswith("#")]
+def _counts(text):
+    pairs = [line.rsplit(None, 1) for line in text.splitlines() if line and not line.startswith("#")]
     return {piece: int(count) for piece, count in pairs}
+
+
+def _read(file):
+    return _counts(file.read_text()) if file.is_file() else {}
 
 
 def _write(file, counts):
@@ -72,11 +80,19 @@ def _report(old, new):
     return layout(["piece", "instructions", "committed", "change", ""], lines)
 
 
+def _raised(old, new, above):
+    """{piece: by how much} of the pieces that take more than before, by more than `above`. Where others are gone, those that
+    are new may be the same under another name, so they count as raised, too."""
+    gone = set(old) - set(new)
+    return {piece: f"{_change(old[piece], count):+.1%}" if piece in old else "new"
+            for piece, count in new.items() if (_change(old[piece], count) > above if piece in old else gone)}
+
+
 def _note_reason(changelog, reason, raised):
     """Under the newest version's heading, at its end."""
     text = changelog.read_text()
-    pieces = ", ".join(f"{piece} {change:+.1%}" for piece, change in raised.items())
-    line = f"- Takes more instructions than before ({pieces}): {reason}\n"
+    pieces = ", ".join(f"{piece} {change}" for piece, change in raised.items())
+    line = f"- {_MORE} ({pieces}): {reason}\n"
     headings = [match.start() for match in re.finditer(r"^## ", text, re.MULTILINE)]
     end = headings[1] if len(headings) > 1 else len(text)
     section = text[:end].rstrip("\n") + "\n"
@@ -84,27 +100,59 @@ def _note_reason(changelog, reason, raised):
 
 
 def _update(project, file, old, new, reason):
-    raised = {piece: _change(old[piece], new[piece]) for piece in new
-              if piece in old and _change(old[piece], new[piece]) > SAME}
+    raised = _raised(old, new, SAME)
     if raised and not reason.strip():
-        raise Failure("pieces take more than before (" + ", ".join(raised) + "): say why with --reason \"...\", which "
-                      "becomes a line of CHANGELOG.md")
+        raise Failure("pieces take more than before or have other names (" + ", ".join(raised) + "): say why with "
+                      f"--reason \"...\", which becomes a line of {_CHANGELOG}")
     if raised:
-        _note_reason(project / "CHANGELOG.md", reason.strip(), raised)
+        _note_reason(project / _CHANGELOG, reason.strip(), raised)
     _write(file, {piece: old[piece] if piece in old and abs(_change(old[piece], count)) <= SAME else count
                   for piece, count in new.items()})
 
 
+def _before(project, name):
+    """A file as it was before the last commit, "" where that is not known: no git, or no history."""
+    try:
+        result = subprocess.run(["git", "-C", str(project), "show", f"HEAD^:./{name}"], stdout=subprocess.PIPE,
+                                stderr=subprocess.DEVNULL, text=True, check=False)
+    except OSError:
+        return ""
+    return result.stdout if result.returncode == 0 else ""
+
+
+def _reasons(changelog):
+    """The points that say why pieces take more, each in one line."""
+    points = re.split(r"^(?=- |#)", changelog, flags=re.MULTILINE)
+    return [" ".join(point.split()) for point in points if point.startswith(f"- {_MORE} (")]
+
+
+def _without_reason(project, committed):
+    """Pieces whose committed counts were raised since the last commit's parent, without a new point in CHANGELOG.md."""
+    before = _counts(_before(project, _FILE))
+    known = _reasons(_before(project, _CHANGELOG))
+    added = [point for point in _reasons((project / _CHANGELOG).read_text()) if point not in known]
+    return [piece for piece in (_raised(before, committed, 0) if before else {})
+            if not any(re.search(rf"[(,] ?{re.escape(piece)} (\+|new)", point) for point in added)]
+
+
 def run(project, build, update, reason):
-    """@return 0, or 1 if a piece takes too much or the committed counts are not those of these pieces"""
-    file = project / "benchmarks" / "instructions.txt"
+    """@return 0, or 1 if a piece takes too much, the committed counts are not those of these pieces, or counts were raised
+    without a reason"""
+    file = project / _FILE
     old, new = _read(file), _count(build)
     print(_report(old, new))
     if update:
         _update(project, file, old, new, reason)
         return 0
-    kept = set(old) == set(new) and all(_change(old[piece], new[piece]) <= TOLERANCE for piece in new)
-    if not kept:
-        print(f"\nmore than {TOLERANCE:.0%} over {file.relative_to(project)}, or other pieces than there; if that is "
-              "as it should be: scripts/bench --instructions --update")
-    return 0 if kept else 1
+    findings = []
+    if set(old) != set(new):
+        findings.append(f"the pieces are not those of {_FILE}; {_RENEW}")
+    if any(_change(old[piece], new[piece]) > TOLERANCE for piece in new if piece in old):
+        findings.append(f"more than {TOLERANCE:.0%} over {_FILE}; if that is as it should be, {_RENEW}")
+    unexplained = _without_reason(project, old)
+    if unexplained:
+        findings.append(f"{_FILE} allows more than before the last commit, and {_CHANGELOG} does not say why: "
+                        f"{'; '.join(unexplained)}. {_WRITTEN}")
+    for finding in findings:
+        print(f"\n{finding}")
+    return 1 if findings else 0
