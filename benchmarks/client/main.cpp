@@ -61,7 +61,10 @@ void Repeat(benchmark::State& state)
     SSession session(true);
     const Ids ids = ScatteredIds(SizeOf(state));
     for (const auto& id : ids)
-        CheckSent(Report(session.client, id, true));
+    {
+        while (Report(session.client, id, true) < 0) // the receiver is behind
+            session.client.ProcessMessages(false);
+    }
     for (auto _ : state)
     {
         for (const auto& id : ids)
@@ -184,6 +187,18 @@ void HandOverKept(benchmark::State& state)
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
+
+void RegisterHandOver()
+{
+    constexpr const char* kName = "client-hand-over/ours";
+    benchmark::RegisterBenchmark(kName, HandOverKept)->Arg(400)->UseManualTime()->Iterations(3);
+    for (const std::int64_t size : {10, 100, 2000, 20000})
+        benchmark::RegisterBenchmark(kName, HandOverKept)
+            ->Arg(size)
+            ->UseManualTime()
+            ->Iterations(1)
+            ->Repetitions(5);
+}
 } // namespace
 
 } // namespace Benchmarks
@@ -192,17 +207,17 @@ int main(int argumentCount, char** arguments)
 {
     using namespace Benchmarks;
     const Support::CPortLock port;
-    Register("client-repeat/ours", Repeat, {10, 100, 400});
-    Register("client-repeat/base", LookUpState, {10, 100, 400});
-    RegisterManual("client-send/ours", [](benchmark::State& state) { Send(state, true); }, {400});
-    RegisterManual("client-send/base", [](benchmark::State& state) { SendBare(state, true); }, {400});
-    RegisterManual("client-send-unwelcomed/ours", [](benchmark::State& state) { Send(state, false); }, {400});
-    RegisterManual("client-send-unwelcomed/base", [](benchmark::State& state) { SendBare(state, false); },
-                   {400});
-    RegisterManual("client-keep/ours", KeepReports, {400});
-    benchmark::RegisterBenchmark("client-hand-over/ours", HandOverKept)
-        ->Arg(400)
-        ->UseManualTime()
-        ->Iterations(3);
+    RegisterGrowing("client-repeat/ours", Repeat);
+    RegisterGrowing("client-repeat/base", LookUpState);
+    RegisterManual(
+        "client-send/ours", [](benchmark::State& state) { Send(state, true); }, TableSizes());
+    RegisterManual(
+        "client-send/base", [](benchmark::State& state) { SendBare(state, true); }, TableSizes());
+    RegisterManual(
+        "client-send-unwelcomed/ours", [](benchmark::State& state) { Send(state, false); }, TableSizes());
+    RegisterManual(
+        "client-send-unwelcomed/base", [](benchmark::State& state) { SendBare(state, false); }, TableSizes());
+    RegisterGrowingManual("client-keep/ours", KeepReports, {2000, 20000});
+    RegisterHandOver();
     return RunAll(argumentCount, arguments);
 }

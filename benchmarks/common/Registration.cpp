@@ -5,6 +5,8 @@ namespace Benchmarks
 
 namespace
 {
+constexpr int kFewRepetitions = 3;
+
 benchmark::internal::Benchmark* Add(const std::string& name, const Function& function, const Sizes& sizes)
 {
     benchmark::internal::Benchmark* const added = benchmark::RegisterBenchmark(name.c_str(), function);
@@ -22,6 +24,28 @@ void Register(const std::string& name, const Function& function, const Sizes& si
 void RegisterManual(const std::string& name, const Function& function, const Sizes& sizes)
 {
     Add(name, function, sizes)->UseManualTime();
+}
+
+void RegisterGrowing(const std::string& name, const Function& function, const Sizes& larger)
+{
+    Register(name, function, TableSizes());
+    Add(name, function, larger)->UseRealTime()->Repetitions(kFewRepetitions);
+}
+
+void RegisterGrowingManual(const std::string& name, const Function& function, const Sizes& larger)
+{
+    RegisterManual(name, function, TableSizes());
+    Add(name, function, larger)->UseManualTime()->Repetitions(kFewRepetitions);
+}
+
+Sizes TableSizes()
+{
+    return {10, 100, 400};
+}
+
+Sizes LargerSizes()
+{
+    return {2000, 20000, 100000};
 }
 
 Sizes AllSizes()

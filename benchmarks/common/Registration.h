@@ -16,12 +16,24 @@ namespace Benchmarks
 using Sizes = std::vector<std::int64_t>;
 using Function = std::function<void(benchmark::State&)>;
 
+/// Up to the most errors that the shared table holds.
+Sizes TableSizes();
+
+/// Beyond it, where the library allows as many.
+Sizes LargerSizes();
+
 /// Every benchmark is named "what/ours" or "what/base" and runs at each of the sizes; scripts/bench pairs and
 /// judges them by that. Real time throughout: much of what is measured is spent in the system.
 void Register(const std::string& name, const Function& function, const Sizes& sizes);
 
 /// The same for those that measure by themselves and call SetIterationTime.
 void RegisterManual(const std::string& name, const Function& function, const Sizes& sizes);
+
+/// The same two at the sizes of tables, and with few repetitions at the larger ones, which have no limit to
+/// keep.
+void RegisterGrowing(const std::string& name, const Function& function, const Sizes& larger = LargerSizes());
+void RegisterGrowingManual(const std::string& name, const Function& function,
+                           const Sizes& larger = LargerSizes());
 
 /// All sizes, and those below 100 that the worst literal passes end at.
 Sizes AllSizes();

@@ -84,8 +84,8 @@ void RegisterLoading()
     const auto base = [](benchmark::State& state) { Parse(state, ExampleConfiguration()); };
     RegisterManual("load-example/ours", ours, {243});
     RegisterManual("load-example/base", base, {243});
-    RegisterManual("load-patterns/ours", LoadPatterns, {400});
-    RegisterManual("load-patterns/base", ParsePatterns, {400});
+    RegisterGrowingManual("load-patterns/ours", LoadPatterns);
+    RegisterGrowingManual("load-patterns/base", ParsePatterns);
 }
 
 } // namespace Benchmarks

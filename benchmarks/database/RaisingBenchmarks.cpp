@@ -143,12 +143,12 @@ void RegisterRaising()
     const auto propagating = [](benchmark::State& state)
     { RaiseAndClear(state, LeafIds(SizeOf(state)), false); };
     const auto propagatingBase = [](benchmark::State& state) { LookUp(state, LeafIds(SizeOf(state))); };
-    Register("raise-silent/ours", silent, {400, 100000});
-    Register("raise-silent/base", silentBase, {400, 100000});
-    Register("raise-propagating/ours", propagating, {400, 100000});
-    Register("raise-propagating/base", propagatingBase, {400, 100000});
-    Register("retrieve-error/ours", Retrieve, {400, 100000});
-    Register("retrieve-error/base", RetrieveLookUp, {400, 100000});
+    RegisterGrowing("raise-silent/ours", silent);
+    RegisterGrowing("raise-silent/base", silentBase);
+    RegisterGrowing("raise-propagating/ours", propagating);
+    RegisterGrowing("raise-propagating/base", propagatingBase);
+    RegisterGrowing("retrieve-error/ours", Retrieve);
+    RegisterGrowing("retrieve-error/base", RetrieveLookUp);
 }
 
 } // namespace Benchmarks

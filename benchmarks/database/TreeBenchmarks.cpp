@@ -72,8 +72,8 @@ void RegisterTrees()
         Register(name + "/ours", ours, AllSizes());
         Register(name + "/base", base, LiteralSizes(shape));
     }
-    Register("tree-unchanged/ours", UpdateTreeUnchanged, {400});
-    Register("tree-unchanged/base", UpdateTreeUnchangedLiterally, {400});
+    RegisterGrowing("tree-unchanged/ours", UpdateTreeUnchanged);
+    Register("tree-unchanged/base", UpdateTreeUnchangedLiterally, TableSizes());
 }
 
 } // namespace Benchmarks

@@ -25,10 +25,17 @@ CScreen::CScreen(std::size_t errors)
     for (std::size_t place = 0; place < errors; place += 4)
         cleared.push_back(ids[place]);
     m_owner->ClearErrors(cleared);
-    for (const auto& id : ids)
-        m_database.ClearError(id.first, id.second, true);
+    for (std::size_t place = 0; place < errors; ++place)
+    {
+        // What the table has no record for, nobody but this database knows.
+        if (place >= kStatusTableCapacity && place % 4 != 0)
+            m_database.RaiseError(ids[place].first, ids[place].second, true);
+        else
+            m_database.ClearError(ids[place].first, ids[place].second, true);
+    }
     m_view = std::make_unique<CErrorDatabaseView>(false, eViewReader);
     m_view->Synchronise(m_database);
+    m_database.UpdateErrorTree();
     m_bare = std::make_unique<CBareTable>();
 }
 
@@ -37,13 +44,6 @@ std::vector<SErrorTree> CScreen::Trees(bool useTextKeys) const
     std::vector<SErrorTree> trees;
     CErrorPresentation::GetErrorTree(*m_view, m_overlay, Tops(), trees, useTextKeys);
     return trees;
-}
-
-std::vector<SErrorEntry> CScreen::Entries()
-{
-    std::vector<SErrorEntry> entries;
-    m_view->RetrieveAllErrors(entries);
-    return entries;
 }
 
 } // namespace Benchmarks

@@ -16,7 +16,8 @@
 namespace Benchmarks
 {
 
-/// A display that has followed a table in which most errors are raised, each more than once in its life.
+/// A display that has followed a table in which most errors are raised, each more than once in its life. Of
+/// more errors than the table holds, those in front have records.
 class CScreen
 {
 public:
@@ -30,8 +31,6 @@ public:
     /// The active tops.
     const std::list<const Faultkeeper::CError*>& Tops() const { return m_database.ActiveErrors(false); }
     std::vector<Faultkeeper::SErrorTree> Trees(bool useTextKeys) const;
-    /// All records; every error has been raised before.
-    std::vector<Faultkeeper::SErrorEntry> Entries();
 
 private:
     Support::CSharedTableDirectory m_directory; // first: the views work in it

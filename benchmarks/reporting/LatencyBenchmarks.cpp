@@ -70,7 +70,7 @@ public:
     ~CAlternatingReporter()
     {
         if (m_raised)
-            Report();
+            Send(false); // the next one begins with an error that is not raised
     }
 
     bool Raised() const { return m_raised; }
@@ -78,14 +78,18 @@ public:
     void Report()
     {
         m_raised = !m_raised;
-        const EProblemType type = static_cast<EProblemType>(m_id.second);
-        const int result = m_raised ? m_client.RaiseError(m_id.first, type, false, false)
-                                    : m_client.ClearError(m_id.first, type, false);
-        if (result != 1)
+        if (Send(m_raised) != 1)
             throw std::runtime_error("a report was not sent");
     }
 
 private:
+    int Send(bool raise)
+    {
+        const EProblemType type = static_cast<EProblemType>(m_id.second);
+        return raise ? m_client.RaiseError(m_id.first, type, false, false)
+                     : m_client.ClearError(m_id.first, type, false);
+    }
+
     Id m_id;
     CFaultkeeperAPI m_client;
     bool m_raised = false;
@@ -127,9 +131,9 @@ struct SDisplayed
     bool ready;
 };
 
-[[noreturn]] void Display(SDisplayed& displayed, int bell)
+[[noreturn]] void Display(const std::string& configuration, SDisplayed& displayed, int bell)
 {
-    CErrorDatabase database(ConfigurationOf(esPlausible, 400));
+    CErrorDatabase database(configuration);
     CErrorDatabaseView view(false, eViewReader);
     view.Synchronise(database);
     displayed.ready = true;
@@ -147,9 +151,9 @@ struct SDisplayed
 void ReportToDisplay(benchmark::State& state, CMeasuredOwner& owner)
 {
     const CBell bell;
-    ConfigurationOf(esPlausible, 400); // known before the fork
+    const std::string& configuration = ConfigurationOf(esPlausible, owner.Errors());
     SDisplayed& displayed = Share<SDisplayed>();
-    const CChildProcess display([&] { Display(displayed, bell.Rope()); });
+    const CChildProcess display([&] { Display(configuration, displayed, bell.Rope()); });
     const volatile bool& ready = displayed.ready;
     WaitPatiently("the display", [&] { return ready; });
     CAlternatingReporter reporter(owner.SingleIds().front());
@@ -180,19 +184,23 @@ void BytesToClock(benchmark::State& state, const Id& id)
                   });
 }
 
-void Add(const std::string& name, const Function& function)
+void Add(const char* name, const CMeasuredOwner& owner, const Function& function)
 {
-    benchmark::RegisterBenchmark(name.c_str(), function)->Arg(400)->UseManualTime()->Iterations(kSets);
+    benchmark::RegisterBenchmark(name, function)
+        ->Arg(static_cast<std::int64_t>(owner.Errors()))
+        ->UseManualTime()
+        ->Iterations(kSets);
 }
 } // namespace
 
 void RegisterLatencies(CMeasuredOwner& owner)
 {
     const Id id = owner.SingleIds().front();
-    Add("report-to-table/ours", [&owner](benchmark::State& state) { ReportToTable(state, owner); });
-    Add("report-to-table/base", [id](benchmark::State& state) { BytesToReceiver(state, id); });
-    Add("report-to-display/ours", [&owner](benchmark::State& state) { ReportToDisplay(state, owner); });
-    Add("report-to-display/base", [id](benchmark::State& state) { BytesToClock(state, id); });
+    Add("report-to-table/ours", owner, [&owner](benchmark::State& state) { ReportToTable(state, owner); });
+    Add("report-to-table/base", owner, [id](benchmark::State& state) { BytesToReceiver(state, id); });
+    Add("report-to-display/ours", owner,
+        [&owner](benchmark::State& state) { ReportToDisplay(state, owner); });
+    Add("report-to-display/base", owner, [id](benchmark::State& state) { BytesToClock(state, id); });
 }
 
 } // namespace Benchmarks

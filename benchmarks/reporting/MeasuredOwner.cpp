@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <sys/ipc.h>
+#include <sys/sem.h>
 #include <sys/shm.h>
 #include <unistd.h>
 
@@ -18,11 +19,9 @@ using namespace Faultkeeper;
 
 namespace
 {
-constexpr std::size_t kErrors = 400;
-
-Ids IdsAt(const std::vector<std::size_t>& places)
+Ids IdsAt(const std::vector<std::size_t>& places, std::size_t errors)
 {
-    const Ids all = MakeIdPairs(kErrors);
+    const Ids all = MakeIdPairs(errors);
     Ids ids;
     for (const std::size_t place : places)
         ids.push_back(all[place]);
@@ -32,6 +31,7 @@ Ids IdsAt(const std::vector<std::size_t>& places)
 void Execute(std::vector<std::string> command)
 {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string& argument : command)
         arguments.push_back(argument.data());
     arguments.push_back(nullptr);
@@ -40,17 +40,19 @@ void Execute(std::vector<std::string> command)
 }
 } // namespace
 
-CMeasuredOwner::CMeasuredOwner(const std::vector<std::string>& arguments)
+CMeasuredOwner::CMeasuredOwner(std::size_t errors, const std::vector<std::string>& arguments)
+    : m_errors(errors)
 {
-    const Shape shape = MakeShape(esPlausible, kErrors);
-    m_singleIds = IdsAt(SinglePlaces(shape));
-    m_leafIds = IdsAt(LeafPlaces(shape));
+    const Shape shape = MakeShape(esPlausible, errors);
+    const std::vector<std::size_t> singles = SinglePlaces(shape);
+    m_singleIds = IdsAt(singles.empty() ? TopPlaces(shape) : singles, errors);
+    m_leafIds = IdsAt(LeafPlaces(shape), errors);
     Start(arguments);
 }
 
 void CMeasuredOwner::Start(const std::vector<std::string>& arguments)
 {
-    std::vector<std::string> command{FAULTKEEPER_OWNER, "--config", ConfigurationOf(esPlausible, kErrors),
+    std::vector<std::string> command{FAULTKEEPER_OWNER, "--config", ConfigurationOf(esPlausible, m_errors),
                                      "--run-dir", m_directory.Path()};
     command.insert(command.end(), arguments.begin(), arguments.end());
     const std::string log = m_directory.File("log");
@@ -61,16 +63,16 @@ void CMeasuredOwner::Start(const std::vector<std::string>& arguments)
             dup2(file, STDERR_FILENO);
             Execute(command);
         });
-    WaitPatiently("the owner's table",
+    WaitPatiently("the owner's table and lock",
                   [this]
                   {
                       if (!m_process->Running())
                           throw std::runtime_error("the owner has ended");
-                      return shmget(m_directory.Key(), 0, 0) != -1;
+                      return shmget(m_directory.Key(), 0, 0) != -1 && semget(m_directory.Key(), 0, 0) != -1;
                   });
     m_table = std::make_unique<CBareTable>();
     WaitPatiently("the owner", [this] { return m_table->Table().header.ready == 1; });
-    if (m_table->Table().header.count != static_cast<int>(kErrors))
+    if (m_table->Table().header.count != static_cast<int>(m_errors))
         throw std::runtime_error("the owner has another number of errors");
 }
 

@@ -21,14 +21,17 @@ using Id = std::pair<int, int>;
 using Ids = std::vector<Id>;
 
 /// faultkeeperd itself as a process of its own, on the port that all reporters use, with a configuration of
-/// 400 errors in families, in a fresh run directory that is this process's working directory as well.
+/// families, in a fresh run directory that is this process's working directory as well.
 class CMeasuredOwner
 {
 public:
+    /// @param errors     of the configuration
     /// @param arguments  further ones
-    explicit CMeasuredOwner(const std::vector<std::string>& arguments);
+    CMeasuredOwner(std::size_t errors, const std::vector<std::string>& arguments);
 
-    /// Errors without any link, and errors whose parents follow.
+    std::size_t Errors() const { return m_errors; }
+
+    /// Errors that no other follows, without any link where there are such, and errors whose parents follow.
     const Ids& SingleIds() const { return m_singleIds; }
     const Ids& LeafIds() const { return m_leafIds; }
 
@@ -44,6 +47,7 @@ private:
     Support::CSharedTableDirectory m_directory;
     std::unique_ptr<CChildProcess> m_process;
     std::unique_ptr<CBareTable> m_table;
+    std::size_t m_errors;
     Ids m_singleIds;
     Ids m_leafIds;
 };

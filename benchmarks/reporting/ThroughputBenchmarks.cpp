@@ -16,8 +16,9 @@ using namespace Faultkeeper;
 
 namespace
 {
-constexpr std::size_t kReports = 400000; // for one measurement
-constexpr std::size_t kAhead = 4000;     // reports that the client is ahead of the table at most
+constexpr std::size_t kReports = 400000;    // for one measurement with a full table
+constexpr std::size_t kFewReports = 100000; // with others
+constexpr std::size_t kAhead = 4000;        // reports that the client is ahead of the table at most
 constexpr int kPatienceMilliseconds = 30000;
 
 /// Sends rounds of reports: all of some errors raised, then all of them cleared, and so on. Every report
@@ -91,10 +92,15 @@ private:
     std::size_t m_sent = 0;
 };
 
+std::size_t ReportsFor(const benchmark::State& state)
+{
+    return SizeOf(state) == kStatusTableCapacity ? kReports : kFewReports;
+}
+
 void Report(benchmark::State& state, CMeasuredOwner& owner, const Ids& ids, bool confirmed)
 {
     CRounds reporter(owner, ids);
-    const std::size_t rounds = kReports / ids.size() / 2 * 2;
+    const std::size_t rounds = ReportsFor(state) / ids.size() / 2 * 2;
     for (auto _ : state)
     {
         const CStopwatch watch;
@@ -114,11 +120,12 @@ void Send(benchmark::State& state, const Ids& ids)
         for (const Id& id : ids)
             messages.push_back(ReportBytes(raise, id.first, id.second, 123456));
     }
+    const std::size_t count = ReportsFor(state);
     std::uint64_t expected = 0;
     for (auto _ : state)
     {
         const CStopwatch watch;
-        for (std::size_t number = 0; number < kReports; ++number)
+        for (std::size_t number = 0; number < count; ++number)
         {
             const std::string& message = messages[number % messages.size()];
             receiver.Sender().Send(message);
@@ -127,29 +134,32 @@ void Send(benchmark::State& state, const Ids& ids)
         WaitPatiently("the last message", [&] { return receiver.Bytes() == expected; });
         state.SetIterationTime(watch.Seconds());
     }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kReports));
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
 }
 
-void Add(const std::string& name, const Function& function)
+void Add(const char* name, const CMeasuredOwner& owner, const Function& function)
 {
-    benchmark::RegisterBenchmark(name.c_str(), function)->Arg(400)->UseManualTime()->Iterations(1);
+    benchmark::RegisterBenchmark(name, function)
+        ->Arg(static_cast<std::int64_t>(owner.Errors()))
+        ->UseManualTime()
+        ->Iterations(1);
 }
 } // namespace
 
 void RegisterThroughput(CMeasuredOwner& owner)
 {
-    Add("throughput-singles/ours",
+    Add("throughput-singles/ours", owner,
         [&owner](benchmark::State& state) { Report(state, owner, owner.SingleIds(), false); });
-    Add("throughput-families/ours",
+    Add("throughput-families/ours", owner,
         [&owner](benchmark::State& state) { Report(state, owner, owner.LeafIds(), false); });
-    Add("throughput/base", [&owner](benchmark::State& state) { Send(state, owner.LeafIds()); });
+    Add("throughput/base", owner, [&owner](benchmark::State& state) { Send(state, owner.LeafIds()); });
 }
 
 void RegisterStoredThroughput(CMeasuredOwner& owner)
 {
-    Add("throughput-stored/ours",
+    Add("throughput-stored/ours", owner,
         [&owner](benchmark::State& state) { Report(state, owner, owner.SingleIds(), true); });
-    Add("throughput-stored/base", [&owner](benchmark::State& state) { Send(state, owner.LeafIds()); });
+    Add("throughput-stored/base", owner, [&owner](benchmark::State& state) { Send(state, owner.LeafIds()); });
 }
 
 } // namespace Benchmarks

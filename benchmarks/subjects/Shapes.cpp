@@ -119,13 +119,13 @@ std::vector<bool> TriggerMarks(const Shape& shape)
     return marks;
 }
 
-std::vector<std::size_t> PlacesWithoutTriggers(const Shape& shape, bool thatAreTriggers)
+std::vector<std::size_t> PlacesOf(const Shape& shape, bool withTriggers, bool thatAreTriggers)
 {
     const std::vector<bool> marks = TriggerMarks(shape);
     std::vector<std::size_t> places;
     for (std::size_t place = 0; place < shape.size(); ++place)
     {
-        if (shape[place].empty() && marks[place] == thatAreTriggers)
+        if (shape[place].empty() != withTriggers && marks[place] == thatAreTriggers)
             places.push_back(place);
     }
     return places;
@@ -147,12 +147,17 @@ Shape MakeShape(EShape shape, std::size_t errors)
 
 std::vector<std::size_t> SinglePlaces(const Shape& shape)
 {
-    return PlacesWithoutTriggers(shape, false);
+    return PlacesOf(shape, false, false);
+}
+
+std::vector<std::size_t> TopPlaces(const Shape& shape)
+{
+    return PlacesOf(shape, true, false);
 }
 
 std::vector<std::size_t> LeafPlaces(const Shape& shape)
 {
-    return PlacesWithoutTriggers(shape, true);
+    return PlacesOf(shape, false, true);
 }
 
 std::size_t ScatterStep(std::size_t count)

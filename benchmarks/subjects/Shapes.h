@@ -37,6 +37,9 @@ Shape MakeShape(EShape shape, std::size_t errors);
 /// Places of the errors that are nobody's trigger and have none.
 std::vector<std::size_t> SinglePlaces(const Shape& shape);
 
+/// Places of the errors that are nobody's trigger and have some.
+std::vector<std::size_t> TopPlaces(const Shape& shape);
+
 /// Places of the errors that are triggers and have none themselves.
 std::vector<std::size_t> LeafPlaces(const Shape& shape);
 

@@ -151,14 +151,14 @@ void Restore(benchmark::State& state)
 
 void RegisterOwning()
 {
-    RegisterManual("lock-clocks-unlock-wake/base", LockClocksUnlockWake, {10, 100, 400});
-    RegisterManual("view-raise/ours", RaiseEach, {10, 100, 400});
-    RegisterManual("view-raise-together/ours", RaiseTogether, {10, 100, 400});
-    RegisterManual("view-clear/ours", ClearEach, {10, 100, 400});
-    RegisterManual("view-clear-together/ours", ClearTogether, {10, 100, 400});
-    RegisterManual("view-apply-changes/ours", ApplyChanges, {10, 100, 400});
-    Register("view-restore/ours", Restore, {10, 100, 400});
-    Register("view-update-details/ours", UpdateDetails, {10, 100, 400});
+    RegisterManual("lock-clocks-unlock-wake/base", LockClocksUnlockWake, TableSizes());
+    RegisterManual("view-raise/ours", RaiseEach, TableSizes());
+    RegisterManual("view-raise-together/ours", RaiseTogether, TableSizes());
+    RegisterManual("view-clear/ours", ClearEach, TableSizes());
+    RegisterManual("view-clear-together/ours", ClearTogether, TableSizes());
+    RegisterManual("view-apply-changes/ours", ApplyChanges, TableSizes());
+    Register("view-restore/ours", Restore, TableSizes());
+    Register("view-update-details/ours", UpdateDetails, TableSizes());
 }
 
 } // namespace Benchmarks

@@ -140,14 +140,14 @@ void CopyAll(benchmark::State& state)
 
 void RegisterReading()
 {
-    Register("lock-copy-unlock-time/base", LockCopyUnlock, {10, 100, 400});
-    Register("synchronise-before-changes/ours", SynchroniseBeforeChanges, {10, 100, 400});
-    Register("synchronise-after-changes/ours", SynchroniseAfterChanges, {10, 100, 400});
-    RegisterManual("synchronise-one-change/ours", SynchroniseOneChange, {10, 100, 400});
-    Register("retrieve-index/ours", FindIndex, {10, 100, 400});
-    Register("retrieve-index/base", FindIndexLiterally, {10, 100, 400});
-    Register("retrieve-all/ours", RetrieveAll, {400});
-    Register("retrieve-all/base", CopyAll, {400});
+    Register("lock-copy-unlock-time/base", LockCopyUnlock, TableSizes());
+    Register("synchronise-before-changes/ours", SynchroniseBeforeChanges, TableSizes());
+    Register("synchronise-after-changes/ours", SynchroniseAfterChanges, TableSizes());
+    RegisterManual("synchronise-one-change/ours", SynchroniseOneChange, TableSizes());
+    Register("retrieve-index/ours", FindIndex, TableSizes());
+    Register("retrieve-index/base", FindIndexLiterally, TableSizes());
+    Register("retrieve-all/ours", RetrieveAll, TableSizes());
+    Register("retrieve-all/base", CopyAll, TableSizes());
 }
 
 } // namespace Benchmarks

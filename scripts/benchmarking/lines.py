@@ -24,6 +24,16 @@ class Growth:
 
 
 @dataclass(frozen=True)
+class GrowthBeside:
+    """The same beside that of a plain walk: beyond the cache every walk's exponent is above 1."""
+    what: str
+    ours: str
+    base: str
+    baseline: str
+    above: float  # the other's, at most
+
+
+@dataclass(frozen=True)
 class Rate:
     """How many a second, at least, and as a multiple of a baseline's."""
     what: str
@@ -44,6 +54,8 @@ class Memory:
 
 
 LITERAL = "the passes, word for word"
+LEVELS = "level by level, word for word"
+POSITIONS_ABOVE = 0.3  # how much memory slows two walks down differs by less; a quadratic step would add 1
 LOOK_UP = "the look-up in the map"
 COPY = "a copy of the result"
 
@@ -64,6 +76,13 @@ LINES = (
     Line("CFaultkeeperAPI::RaiseError, repeat", "client-repeat/ours", "client-repeat/base", LOOK_UP, limit=1.5),
     Line("CFaultkeeperAPI::RaiseError, sent", "client-send/ours", "client-send/base",
          "a bare send, same socket options", limit=1.5),
+    GrowthBeside("growth of positions, families", "positions-plausible/ours", "positions-plausible/base", LEVELS,
+                 above=POSITIONS_ABOVE),
+    GrowthBeside("growth of positions, chain", "positions-chain/ours", "positions-chain/base", LEVELS,
+                 above=POSITIONS_ABOVE),
+    # Level by level never ends in large lattices, so these are compared with families.
+    GrowthBeside("growth of positions, diamonds", "positions-diamonds/ours", "positions-plausible/base",
+                 LEVELS + ", families", above=POSITIONS_ABOVE),
     Line("loading, families", "load-plausible/ours", "load-plausible/base", "Expat without handlers", limit=3.0),
     Growth("its growth, families", "load-plausible/ours", limit=1.1),
     Growth("its growth, chain", "load-chain/ours", limit=1.1),
@@ -94,10 +113,8 @@ LINES = (
          LITERAL),
     Line("grouping by hand, parents only, chain", "group-chain-parents-only/ours", "group-chain-parents-only/base",
          LITERAL),
-    Line("positions, families", "positions-plausible/ours", "positions-plausible/base", "level by level, word for word"),
-    Line("positions, 30 errors in diamonds", "positions-diamonds/ours", "positions-diamonds/base",
-         "level by level, word for word", size=30),
-    Growth("growth of positions, diamonds", "positions-diamonds/ours"),
+    Line("positions, families", "positions-plausible/ours", "positions-plausible/base", LEVELS),
+    Line("positions, 30 errors in diamonds", "positions-diamonds/ours", "positions-diamonds/base", LEVELS, size=30),
     Line("loading the example's 243 errors", "load-example/ours", "load-example/base", "Expat without handlers",
          size=243),
     Line("loading patterns", "load-patterns/ours", "load-patterns/base", "Expat without handlers"),
@@ -120,6 +137,9 @@ LINES = (
     Line("GetErrorTree, all active tops", "build-trees/ours", "build-trees/base", COPY),
     Line("GetErrorTree, text keys", "build-trees-keys/ours", "build-trees-keys/base", COPY),
     Line("RegenerateErrorTree, all of these", "rebuild-trees/ours", "rebuild-trees/base", "lock, unlock, copies"),
+    Line("RegenerateErrorTree, below the tops", "rebuild-below/ours", "rebuild-below/base", COPY),
+    Line("BuildErrorTree, 400 levels", "build-chain/ours", "build-chain/base", COPY),
+    Line("RegenerateErrorTree, 400 levels, plain", "rebuild-chain/ours", "rebuild-chain/base", COPY),
     Line("FindFriendlyCode", "find-code/ours", "find-code/base", "the search, word for word"),
     Line("FormatErrorList", "format-list/ours", "format-list/base", COPY),
     Line("DumpLocalisedText", "dump-texts/ours", "dump-texts/base", "writing the same lines"),
@@ -140,7 +160,23 @@ SERIES = (
     ("positions, families", "positions-plausible"), ("positions, chain", "positions-chain"),
     ("positions, diamonds", "positions-diamonds"),
     ("loading, families", "load-plausible"), ("loading, chain", "load-chain"), ("loading, diamonds", "load-diamonds"),
-    ("Synchronise, one change", "synchronise-one-change"), ("RetrieveErrorIndex", "retrieve-index"),
-    ("GetErrorTree", "build-trees"), ("RegenerateErrorTree", "rebuild-trees"), ("FormatErrorList", "format-list"),
+    ("loading patterns", "load-patterns"), ("UpdateErrorTree, nothing changed", "tree-unchanged"),
+    ("RaiseError of the database, silent, each", "raise-silent"),
+    ("RaiseError of the database, parents follow, each", "raise-propagating"), ("RetrieveError, each", "retrieve-error"),
+    ("Synchronise, one change", "synchronise-one-change"), ("RetrieveErrorIndex, each", "retrieve-index"),
+    ("RetrieveAllErrors", "retrieve-all"),
+    ("GetErrorTree", "build-trees"), ("GetErrorTree, text keys", "build-trees-keys"),
+    ("RegenerateErrorTree", "rebuild-trees"), ("RegenerateErrorTree, below the tops", "rebuild-below"),
+    ("BuildErrorTree, levels of a chain", "build-chain"),
+    ("RegenerateErrorTree, levels of a chain, plain", "rebuild-chain"), ("FormatErrorList", "format-list"),
     ("FindFriendlyCode", "find-code"), ("DumpLocalisedText", "dump-texts"),
+    ("CFaultkeeperAPI::RaiseError, repeat, each", "client-repeat"),
+    ("CFaultkeeperAPI::RaiseError, sent, each", "client-send"),
+    ("CFaultkeeperAPI::RaiseError, sent, not welcomed, each", "client-send-unwelcomed"),
+    ("CFaultkeeperAPI::RaiseError, kept, each", "client-keep"),
+    ("ProcessQueuedErrors, each report kept", "client-hand-over"),
+    ("one report to the owner's table, by its errors", "report-to-table"),
+    ("one report to a waiting display's copy, by its errors", "report-to-display"),
+    ("a report through client, owner and table, by its errors", "throughput-singles"),
+    ("the same, confirmed and stored", "throughput-stored"),
 )

@@ -14,15 +14,19 @@ from .building import Failure
 PROGRAMS = ("database_benchmarks", "inside_benchmarks", "view_benchmarks", "presentation_benchmarks",
             "client_benchmarks", "reporting_benchmarks")
 STORED = "--stored"  # has reporting_benchmarks measure an owner that has a state store
+ERRORS = "--errors"  # the same with another table than a full one
+SMALLER = ("10", "100")
 REPETITIONS = 9
+FEWER = 5            # of those with a smaller table, which have no limits
 SECONDS_EACH = 0.1  # at least so long in each repetition
 _NANOSECONDS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
 def _run_program(command, pattern, quick, file):
     """Repetitions of all benchmarks are shuffled, so that what disturbs the machine meets a pair's both sides."""
+    repetitions = 1 if quick else FEWER if ERRORS in command else REPETITIONS
     command = [*command, f"--benchmark_out={file}", "--benchmark_out_format=json", "--benchmark_color=false",
-               f"--benchmark_repetitions={1 if quick else REPETITIONS}",
+               f"--benchmark_repetitions={repetitions}",
                f"--benchmark_min_time={0.01 if quick else SECONDS_EACH}"]
     if not quick:
         command.append("--benchmark_enable_random_interleaving=true")
@@ -81,9 +85,12 @@ def _matches(command, pattern):
 
 def _commands(build):
     commands = [[str(build.program(name))] for name in PROGRAMS]
+    reporting = str(build.program("reporting_benchmarks"))
+    commands += [[reporting, ERRORS, errors] for errors in SMALLER]
     owner_help = subprocess.run([build.program("faultkeeperd"), "--help"], stdout=subprocess.PIPE, text=True, check=True)
     if "--state" in owner_help.stdout:
-        commands.append([str(build.program("reporting_benchmarks")), STORED])
+        commands.append([reporting, STORED])
+        commands += [[reporting, STORED, ERRORS, errors] for errors in SMALLER]
     return commands
 
 

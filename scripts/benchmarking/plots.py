@@ -36,8 +36,19 @@ PLOTS = (
       ("synchronise-after-changes/ours", "Synchronise, nothing changed", 1, False),
       ("synchronise-one-change/ours", "Synchronise, one change", 2, False),
       ("build-trees/ours", "GetErrorTree", 3, False), ("format-list/ours", "FormatErrorList", 4, False),
+      ("dump-texts/ours", "DumpLocalisedText", 5, False),
       ("lock-copy-unlock-time/base", "lock, copy, unlock, time", 0, True),
-      ("build-trees/base", "a copy of the trees", 3, True)]),
+      ("build-trees/base", "a copy of the trees", 3, True), ("dump-texts/base", "writing the same lines", 5, True)]),
+    ("performance-depth.svg", "The tree of a chain, against its levels",
+     [("build-chain/ours", "BuildErrorTree", 0, False), ("rebuild-chain/ours", "RegenerateErrorTree, plain", 1, False),
+      ("build-chain/base", "a copy of the tree built", 0, True),
+      ("rebuild-chain/base", "a copy of the tree rebuilt", 1, True)]),
+    ("performance-requests.svg", "One request, in the middle of many",
+     [("raise-silent/ours", "RaiseError of the database, silent", 0, False),
+      ("raise-propagating/ours", "the same, parents follow", 1, False), ("retrieve-error/ours", "RetrieveError", 2, False),
+      ("client-repeat/ours", "CFaultkeeperAPI, a repeat", 3, False), ("find-code/ours", "FindFriendlyCode", 4, False),
+      ("retrieve-error/base", "the look-up in the map", 2, True),
+      ("client-repeat/base", "that of the client", 3, True)]),
 )
 
 

@@ -3,7 +3,7 @@
 import math
 from dataclasses import asdict, dataclass
 
-from .lines import LINES, SERIES, Growth, Line, Memory, Rate
+from .lines import LINES, SERIES, Growth, GrowthBeside, Line, Memory, Rate
 
 GROWTH_FROM = 400
 
@@ -85,6 +85,16 @@ def _growth_row(line, results):
                _verdict(line.limit is None or value <= line.limit, line.limit))
 
 
+def _growth_beside_row(line, results):
+    sizes = costs(results, line.ours, GROWTH_FROM)
+    base = {size: cost for size, cost in costs(results, line.base, GROWTH_FROM).items() if size in sizes}
+    ours, other = exponent(sizes), exponent(base)
+    if ours is None or other is None:
+        return None
+    return Row(line.what, f"exponent {ours:.3f}", f"exponent {other:.3f}: {line.baseline}", "",
+               f"baseline's + {line.above:g}", _verdict(ours <= other + line.above, line.above))
+
+
 def _rate_row(line, results):
     ours = results.get(line.ours, {}).get(line.size)
     base = results.get(line.base, {}).get(line.size)
@@ -114,6 +124,8 @@ def rows(results, footprints):
             row = _ratio_row(line, results)
         elif isinstance(line, Growth):
             row = _growth_row(line, results)
+        elif isinstance(line, GrowthBeside):
+            row = _growth_beside_row(line, results)
         elif isinstance(line, Rate):
             row = _rate_row(line, results)
         else:
