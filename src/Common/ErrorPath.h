@@ -2,6 +2,8 @@
 #define FAULTKEEPER_COMMON_ERRORPATH_H
 
 #include <algorithm>
+#include <cstddef>
+#include <unordered_set>
 #include <vector>
 
 namespace Faultkeeper
@@ -18,29 +20,45 @@ public:
     /// Would going down to `error` lead to where the walk comes from?
     bool Holds(const CError& error) const
     {
-        return std::find(m_errors.begin(), m_errors.end(), &error) != m_errors.end();
+        return std::find(m_errors.begin(), m_errors.end(), &error) != m_errors.end() ||
+               (!m_deepErrors.empty() && m_deepErrors.count(&error) > 0);
     }
 
 private:
     friend class CErrorPathStep;
 
-    std::vector<const CError*> m_errors; // not owned
+    static constexpr std::size_t kWalked = 32; // deeper than consoles go
+
+    std::vector<const CError*> m_errors;            // not owned; up to kWalked
+    std::unordered_set<const CError*> m_deepErrors; // those further down, so that depth costs no time
 };
 
-/// Puts an error at the end of a path for one scope.
+/// Puts an error that the path does not hold at its end for one scope.
 class CErrorPathStep
 {
 public:
-    CErrorPathStep(CErrorPath& path, const CError& error) : m_path(path)
+    CErrorPathStep(CErrorPath& path, const CError& error)
+        : m_path(path), m_error(error), m_deep(path.m_errors.size() == CErrorPath::kWalked)
     {
-        m_path.m_errors.push_back(&error);
+        if (m_deep)
+            m_path.m_deepErrors.insert(&error);
+        else
+            m_path.m_errors.push_back(&error);
     }
-    ~CErrorPathStep() { m_path.m_errors.pop_back(); }
+    ~CErrorPathStep()
+    {
+        if (m_deep)
+            m_path.m_deepErrors.erase(&m_error);
+        else
+            m_path.m_errors.pop_back();
+    }
     CErrorPathStep(const CErrorPathStep&) = delete;
     CErrorPathStep& operator=(const CErrorPathStep&) = delete;
 
 private:
     CErrorPath& m_path;
+    const CError& m_error;
+    const bool m_deep;
 };
 
 } // namespace Faultkeeper

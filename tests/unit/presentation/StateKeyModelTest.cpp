@@ -298,4 +298,32 @@ TEST_F(StateKeyModelTest, AChainOf400HasABitForEachLinkAndComesBack)
     EXPECT_EQ(Rebuilt(key).lines, lines);
 }
 
+// ---- The way round
+
+class StateKeyCircleTest : public StateKeyModelTest, public testing::WithParamInterface<int>
+{
+};
+
+TEST_P(StateKeyCircleTest, ATreeTurnsBackWhereItBeganAndSoDoesTheOneThatComesBack)
+{
+    const int circle = GetParam();
+    std::vector<Support::STestError> errors;
+    std::vector<int> all;
+    std::string lines;
+    for (int number = 0; number < circle; ++number)
+    {
+        errors.push_back(Node(number, {Set({(number + 1) % circle})}));
+        all.push_back(number);
+        lines += NumberedErrors::Name(number) + "\n";
+    }
+    Load(errors);
+    Activate(all);
+    const std::string key = Tree(0).stateKey;
+    EXPECT_EQ(key, Packed("0000000000" + std::string(static_cast<std::size_t>(circle), '1')));
+    Activate({});
+    EXPECT_EQ(Rebuilt(key).lines, lines + NumberedErrors::Name(0) + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Errors, StateKeyCircleTest, testing::Values(2, 32, 33, 34, 100));
+
 } // namespace
