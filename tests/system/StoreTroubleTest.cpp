@@ -33,6 +33,26 @@ int CountOf(const std::string& text, const std::string& all)
 // Whatever the store does, faults are raised and displayed.
 class StoreTrouble : public SystemTest
 {
+protected:
+    /// Starts an owner without root's privileges over others' memory, and sees that it stops and says that
+    /// this may not be "used", or "written".
+    void ExpectRefused(const std::string& what, const std::string& done)
+    {
+        CChildProcess user(
+            [&]
+            {
+                prctl(PR_CAPBSET_DROP, CAP_IPC_OWNER, 0, 0, 0); // what root may and others may not anyway
+                const auto owner = RunOwner(
+                    {"--config", Configuration(), "--run-dir", m_directory.Path(), "--state", "none"});
+                const bool refused = owner->Wait() == 1;
+                const bool told = owner->Errors() == "faultkeeperd: error: the " + what +
+                                                         " under the key of " + m_directory.Path() +
+                                                         " may not be " + done +
+                                                         " by this user, and left as it is\n";
+                return refused && told ? 0 : 1;
+            });
+        EXPECT_EQ(user.Wait(), 0);
+    }
 };
 
 } // namespace
@@ -194,18 +214,22 @@ TEST_F(StoreTrouble, AnotherUsersTableAndWhatBelongsToItAreLeftAsTheyAre)
     facts.shm_perm.mode = 0444;
     ASSERT_EQ(shmctl(segment, IPC_SET, &facts), 0);
     const std::string note = ReadFile(m_directory.File("faultkeeper.note"));
-    CChildProcess user(
-        [this]
-        {
-            prctl(PR_CAPBSET_DROP, CAP_IPC_OWNER, 0, 0, 0); // what root may and others may not anyway
-            const auto second = RunOwner({"--config", Configuration(), "--run-dir", m_directory.Path()});
-            const bool refused = second->Wait() == 1;
-            const bool told = second->Errors() == "faultkeeperd: error: the shared memory under the key of " +
-                                                      m_directory.Path() +
-                                                      " may not be written by this user, and left as it is\n";
-            return refused && told ? 0 : 1;
-        });
-    EXPECT_EQ(user.Wait(), 0);
+    ExpectRefused("shared memory", "written");
     EXPECT_EQ(ReadFile(m_directory.File("faultkeeper.note")), note);
     EXPECT_EQ(Record(kDataSensor).flags, kRaisedFlag);
+}
+
+TEST_F(StoreTrouble, ALockThatThisUserMayNotUseIsLeftAsItIsAndSoIsTheTable)
+{
+    const auto first = StartOwner({"--state", "none"});
+    Report("confirm raise 0x4281B 2");
+    Kill(*first);
+    for (const int mode : {0444, 0}) // may be looked at, and not even that
+    {
+        semctl(m_directory.Semaphore(), 0, IPC_RMID);
+        ASSERT_NE(semget(m_directory.Key(), 1, IPC_CREAT | IPC_EXCL | mode), -1);
+        ExpectRefused("lock", "used");
+        EXPECT_EQ(m_directory.SemaphoreValue(), 0);
+        EXPECT_EQ(Record(kDataSensor).flags, kRaisedFlag);
+    }
 }

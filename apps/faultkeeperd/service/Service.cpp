@@ -79,6 +79,7 @@ bool CService::Claim()
     const std::string problem =
         ForeignSegment()   ? "shared memory under " + key + " is not a table of faults"
         : RefusedSegment() ? "shared memory under " + key + " may not be written by this user"
+        : RefusedLock()    ? "lock under " + key + " may not be used by this user"
         : ForeignLock()    ? "semaphore set under " + key + " is not the lock of a table of faults"
                            : std::string();
     if (!problem.empty())

@@ -85,6 +85,12 @@ bool RefusedSegment()
     return TableKey(key) && FindSegment(key) != -1 && !SegmentUsable(key);
 }
 
+bool RefusedLock()
+{
+    key_t key = -1;
+    return TableKey(key) && FindSemaphore(key) != -1 && !SemaphoreUsable(key);
+}
+
 void ConfirmTable()
 {
     key_t key = -1;

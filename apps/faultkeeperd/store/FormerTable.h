@@ -29,12 +29,14 @@ std::unique_ptr<SStatusTable> FormerTable();
 
 /// Is there shared memory under the working directory's key that is no table, or a semaphore set that is no
 /// lock of one? It is another program's, then: keys are made of 16 bits of a directory's number. A lock is
-/// one semaphore that may be looked at.
+/// one semaphore.
 bool ForeignSegment();
 bool ForeignLock();
 
-/// Is there shared memory under that key that this process may not write? It is another user's.
+/// Is there shared memory under that key that this process may not write, or a semaphore set that it may not
+/// use as a lock? It is another user's.
 bool RefusedSegment();
+bool RefusedLock();
 
 /// Was that segment last confirmed before the directory's birth, in seconds since 1970, and not in this
 /// directory? Then it is not the directory's.
