@@ -6,7 +6,6 @@
 #include <Faultkeeper/ErrorDatabaseView.h>
 
 #include <string>
-#include <thread>
 
 namespace Faultkeeper::Apps
 {
@@ -16,9 +15,6 @@ constexpr std::chrono::seconds CLockWatch::kBusyForLong;
 
 namespace
 {
-constexpr int kLooks = 5;
-constexpr std::chrono::milliseconds kBetweenLooks(1);
-
 // The lock of the working directory, or -1.
 int Semaphore()
 {
@@ -67,13 +63,7 @@ bool CLockWatch::Held()
 {
     if (m_semaphore == -1)
         m_semaphore = Semaphore();
-    for (int look = 1; LockValue(m_semaphore) == 0; ++look)
-    {
-        if (look == kLooks)
-            return true;
-        std::this_thread::sleep_for(kBetweenLooks); // readers hold it for a copy of the table
-    }
-    return false;
+    return LockValue(m_semaphore) == 0;
 }
 
 void CLockWatch::LockBusy(Clock::time_point now, bool progress, bool changesWait)

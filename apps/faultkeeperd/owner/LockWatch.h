@@ -37,8 +37,9 @@ public:
     /// For poll(2): how long until Audit has something to do; 0 if it is time.
     int MillisecondsToAudit(Clock::time_point now) const;
 
-    /// Is the lock held just now? The view says on standard error, unlimited, that it cannot have it: it is
-    /// not to be asked then.
+    /// Is the lock held just now? One look, without waiting: readers hold it for a copy of the table, so it
+    /// is worth to look again after a millisecond. The view says on standard error, unlimited, that it cannot
+    /// have the lock: it is not to be asked then.
     bool Held();
 
     /// The lock was busy. That is logged once, with the process that holds it, when it has been so for

@@ -5,7 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
 #include <sys/sem.h>
+
+#include <ctime>
 
 using namespace Support;
 using Faultkeeper::Apps::CLockWatch;
@@ -14,6 +17,7 @@ using std::chrono::milliseconds;
 namespace
 {
 const CLockWatch::Clock::time_point kStart{milliseconds(1000000)};
+int s_sleeps = 0;
 
 class LockWatch : public OwnerTest
 {
@@ -35,6 +39,15 @@ protected:
     bool m_result = false;
 };
 } // namespace
+
+/// Takes the place of the system's for this program, and counts.
+extern "C" int nanosleep(const timespec* duration, timespec* left)
+{
+    using Function = int (*)(const timespec*, timespec*);
+    static const auto next = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "nanosleep"));
+    ++s_sleeps;
+    return next(duration, left);
+}
 
 TEST_F(LockWatch, LeavesALockAloneThatIsRight)
 {
@@ -77,6 +90,15 @@ TEST_F(LockWatch, LooksAgainSoonWhenTheLockWasBusy)
     lock.Release();
     EXPECT_EQ(Audited(1), "");
     EXPECT_TRUE(m_result);
+}
+
+TEST_F(LockWatch, TellsThatTheLockIsHeldWithoutWaitingForIt)
+{
+    EXPECT_FALSE(m_watch.Held());
+    const CBusyLock lock;
+    const int before = s_sleeps;
+    EXPECT_TRUE(m_watch.Held());
+    EXPECT_EQ(s_sleeps, before);
 }
 
 TEST_F(OwnerTest, LockWatchTakesDownALockWithoutATableToo)
