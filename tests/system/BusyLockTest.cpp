@@ -2,6 +2,7 @@
 
 #include "support/FileSizeLimit.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/sem.h>
@@ -10,6 +11,7 @@
 
 using namespace Support;
 using namespace Faultkeeper;
+using testing::HasSubstr;
 
 namespace
 {
@@ -58,11 +60,12 @@ private:
 class BusyLock : public SystemTest
 {
 protected:
-    /// Kills an owner without a store that waits for the lock with a report of the link sensor's fault, and
+    /// Kills an owner without a store that waits for the lock and was told of the link sensor's fault, and
     /// sees that the next one gets it from its reporter.
-    void ExpectSentAgain(CProgram& owner, CLockHolder& holder, CProgram& reporter)
+    /// @param waiting  what the owner says that waits
+    void ExpectSentAgain(CProgram& owner, const std::string& waiting, CLockHolder& holder, CProgram& reporter)
     {
-        ASSERT_TRUE(owner.SaysInTime("which does not let go; changes wait\n"));
+        ASSERT_TRUE(owner.SaysInTime("which does not let go; " + waiting + "\n"));
         Kill(owner);
         EXPECT_TRUE(holder.Release());
         const auto next = StartOwner({"--state", "none"});
@@ -94,7 +97,7 @@ TEST_F(BusyLock, WithoutAStoreNothingIsAcknowledgedThatIsNotInTheTable)
 {
     const auto owner = StartOwner({"--state", "none"});
     CLockHolder holder;
-    ExpectSentAgain(*owner, holder, *StartReporter("confirm raise 0x40C09 9"));
+    ExpectSentAgain(*owner, "changes wait", holder, *StartReporter("confirm raise 0x40C09 9"));
     EXPECT_EQ(Record(kLinkSensor).counter1, 1);
 }
 
@@ -106,7 +109,8 @@ TEST_F(BusyLock, WithoutAStoreNothingIsAcknowledgedBeforeTheTableHasTheFormerSta
     CLockHolder holder(m_directory);
     owner = RunOwner({"--config", Configuration(), "--run-dir", m_directory.Path(), "--state", "none"});
     ASSERT_TRUE(holder.Holds());
-    ExpectSentAgain(*owner, holder, *StartReporter("confirm raise 0x40C09 9")); // changes nothing
+    ExpectSentAgain(*owner, "changes wait", holder,
+                    *StartReporter("confirm raise 0x40C09 9")); // changes nothing
 }
 
 TEST_F(BusyLock, WhatWasStoredMeanwhileComesBackThoughTheNextOwnerCannotWriteTheStore)
@@ -204,6 +208,19 @@ TEST_F(BusyLock, ThatIsNeverGivenBackIsNoFailureWhereNothingWaits)
                              "declared not ready\nfaultkeeperd: info: ended\n"),
         std::string::npos)
         << owner->Errors();
+    EXPECT_TRUE(holder.Release());
+}
+
+TEST_F(BusyLock, IsNotWaitedForAnyLongerByAnOwnerThatIsToldTwiceToEnd)
+{
+    const auto owner = StartOwner();
+    CLockHolder holder;
+    owner->Process().Signal(SIGTERM);
+    owner->Process().Signal(SIGINT);
+    EXPECT_EQ(owner->Wait(), 0);
+    EXPECT_THAT(owner->Errors(),
+                HasSubstr("faultkeeperd: info: told to end once more; the lock is not "
+                          "waited for any longer\nfaultkeeperd: warning: the lock stays busy"));
     EXPECT_TRUE(holder.Release());
 }
 

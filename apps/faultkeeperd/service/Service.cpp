@@ -14,6 +14,7 @@
 #include <poll.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 namespace Faultkeeper::Apps
@@ -23,9 +24,8 @@ namespace
 {
 using Clock = COwner::Clock;
 
-// The pauses between these add up to about four seconds; a lock that is busy longer than that is not coming
-// back.
-constexpr int kEndingTries = 24;
+// A lock that is busy longer than that is not coming back.
+constexpr std::chrono::seconds kEndingPatience(4);
 
 /// The sooner of two waits in milliseconds; negative ones have no end.
 int Sooner(int one, int other)
@@ -218,19 +218,32 @@ bool CService::End()
     // The port stays ours to the last: another owner must not take over the table while this one still writes
     // it.
     m_serviceManager.Stopping();
-    m_owner->Withdraw();
-    for (int attempt = 0; attempt < kEndingTries && !m_owner->Failed(); ++attempt)
-    {
-        m_owner->Publish(Clock::now());
-        if (m_owner->Publisher().Done())
-            break;
-        WaitForInput(nullptr, 0, m_owner->MillisecondsToPublish(Clock::now()));
-    }
+    PublishLast();
     m_keeper.CommitAtOnce(Clock::now());
     Acknowledge();
     m_server.Close();
     m_keeper.CommitAtOnce(Clock::now()); // that the sessions have no connections any more
     return TellEnd();
+}
+
+/// Tries as long as it makes sense and nobody asks again to end.
+void CService::PublishLast()
+{
+    m_signals.TakeFirst();
+    m_owner->Withdraw();
+    const Clock::time_point deadline = Clock::now() + kEndingPatience;
+    struct pollfd input = {m_signals.Descriptor(), POLLIN, 0};
+    for (Clock::time_point now = Clock::now(); now < deadline && input.revents == 0; now = Clock::now())
+    {
+        m_owner->Publish(now);
+        if (m_owner->Publisher().Done() || m_owner->Failed())
+            return;
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - now).count();
+        if (!WaitForInput(&input, 1, Sooner(m_owner->MillisecondsToPublish(now), static_cast<int>(left))))
+            return;
+    }
+    if (input.revents != 0)
+        LogInfo("told to end once more; the lock is not waited for any longer");
 }
 
 /// @return true if nothing is missing from the table

@@ -61,6 +61,7 @@ private:
     void Acknowledge();
     bool Publish();
     bool End();
+    void PublishLast();
     bool TellEnd();
 
     const std::string m_runDirectory;

@@ -93,6 +93,13 @@ int CSignals::Descriptor() const
     return s_pipe[0];
 }
 
+void CSignals::TakeFirst() const
+{
+    char byte = 0; // one for each signal
+    const ssize_t taken = read(s_pipe[0], &byte, 1);
+    static_cast<void>(taken); // nothing, if the program ends for another reason
+}
+
 int CSignals::Received() const
 {
     return s_received;

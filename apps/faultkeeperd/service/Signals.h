@@ -21,6 +21,10 @@ public:
     /// Has input once the program was asked to end.
     int Descriptor() const;
 
+    /// The request to end is seen to: from here on the descriptor has input once the program is asked again,
+    /// or was already. To be called once.
+    void TakeFirst() const;
+
     /// The number of the first signal that asked, or 0.
     int Received() const;
 };

@@ -53,6 +53,34 @@ TEST(Signals, TellTheFirstThatAsksToEnd)
     }
 }
 
+TEST(Signals, TellASecondOneOnceTheFirstIsSeenTo)
+{
+    const CSignals signals;
+    raise(SIGTERM);
+    signals.TakeFirst();
+    EXPECT_FALSE(HasInput(signals));
+    EXPECT_EQ(signals.Received(), SIGTERM);
+    raise(SIGINT);
+    EXPECT_TRUE(HasInput(signals));
+}
+
+TEST(Signals, TellASecondOneThatCameBeforeTheFirstWasSeenTo)
+{
+    const CSignals signals;
+    raise(SIGTERM);
+    raise(SIGINT);
+    signals.TakeFirst();
+    EXPECT_TRUE(HasInput(signals));
+}
+
+TEST(Signals, TellASecondOneWhereThereWasNoFirst)
+{
+    const CSignals signals;
+    signals.TakeFirst(); // and does not wait for one
+    raise(SIGTERM);
+    EXPECT_TRUE(HasInput(signals));
+}
+
 TEST(Signals, AskToEndEvenIfTheyWereBlockedOrIgnored)
 {
     const CDisposition ignored(SIGINT, SIG_IGN);
