@@ -72,6 +72,22 @@ protected:
         EXPECT_EQ(reporter.Wait(), 0) << "it sends again what was not acknowledged";
         EXPECT_EQ(Record(kLinkSensor).flags, kRaisedFlag);
     }
+
+    /// Kills an owner and starts the next one, which finds the lock held.
+    std::unique_ptr<CProgram> HoldUp(const std::vector<std::string>& more)
+    {
+        std::vector<std::string> arguments = {"--config", Configuration(), "--run-dir", m_directory.Path()};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const auto former = StartOwner(more);
+        Report("confirm raise 0x40C09 9");
+        Kill(*former);
+        m_holder = std::make_unique<CLockHolder>(m_directory);
+        auto next = RunOwner(arguments);
+        EXPECT_TRUE(m_holder->Holds());
+        return next;
+    }
+
+    std::unique_ptr<CLockHolder> m_holder;
 };
 
 } // namespace
@@ -109,7 +125,7 @@ TEST_F(BusyLock, WithoutAStoreNothingIsAcknowledgedBeforeTheTableHasTheFormerSta
     CLockHolder holder(m_directory);
     owner = RunOwner({"--config", Configuration(), "--run-dir", m_directory.Path(), "--state", "none"});
     ASSERT_TRUE(holder.Holds());
-    ExpectSentAgain(*owner, "changes wait", holder,
+    ExpectSentAgain(*owner, "the former state waits", holder,
                     *StartReporter("confirm raise 0x40C09 9")); // changes nothing
 }
 
@@ -222,6 +238,32 @@ TEST_F(BusyLock, IsNotWaitedForAnyLongerByAnOwnerThatIsToldTwiceToEnd)
                 HasSubstr("faultkeeperd: info: told to end once more; the lock is not "
                           "waited for any longer\nfaultkeeperd: warning: the lock stays busy"));
     EXPECT_TRUE(holder.Release());
+}
+
+TEST_F(BusyLock, ThatIsHeldFromTheStartLeavesTheFormerStateInTheStore)
+{
+    const auto owner = HoldUp({});
+    ASSERT_TRUE(owner->SaysInTime("which does not let go; the former state waits\n"));
+    owner->Process().Signal(SIGTERM);
+    EXPECT_EQ(owner->Wait(), 0);
+    EXPECT_THAT(
+        owner->Errors(),
+        HasSubstr("faultkeeperd: warning: the lock stays busy: the shared table is empty and was never "
+                  "declared ready; the former state stays in the store\nfaultkeeperd: info: ended\n"));
+    EXPECT_TRUE(m_holder->Release());
+    const auto next = StartOwner();
+    EXPECT_EQ(Record(kPosition).flags, kRaisedFlag);
+}
+
+TEST_F(BusyLock, ThatIsHeldFromTheStartLosesTheFormerStateWhereThereIsNoStore)
+{
+    const auto owner = HoldUp({"--state", "none"});
+    owner->Process().Signal(SIGTERM);
+    EXPECT_EQ(owner->Wait(), 1);
+    EXPECT_THAT(owner->Errors(),
+                HasSubstr("faultkeeperd: error: ended with 3 errors of the former state not published; the "
+                          "shared table was never declared ready\n"));
+    EXPECT_TRUE(m_holder->Release());
 }
 
 TEST_F(BusyLock, AdmitsOneAtATimeAfterAnOwnerWasKilledWhileItWasHeld)

@@ -9,6 +9,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/sem.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -117,6 +118,17 @@ INSTANTIATE_TEST_SUITE_P(Signals, OwnerEnd, testing::Values(SIGTERM, SIGINT, SIG
                                     : signal.param == SIGINT ? "Interrupt"
                                                              : "HangUp";
                          });
+
+TEST_F(OwnerLife, ALockThatIsTakenAwayEndsItWithAWordOfThat)
+{
+    const auto owner = StartOwner();
+    ASSERT_EQ(semctl(m_directory.Semaphore(), 0, IPC_RMID), 0);
+    EXPECT_EQ(owner->Wait(), 1);
+    EXPECT_THAT(owner->Errors(),
+                HasSubstr("faultkeeperd: error: the shared table has failed; nothing can be "
+                          "published any more\nfaultkeeperd: error: ended with a shared table "
+                          "that has failed\n"));
+}
 
 TEST_F(OwnerLife, ANewOwnerTakesOverFromOneThatHasEnded)
 {

@@ -66,16 +66,16 @@ bool CLockWatch::Held()
     return LockValue(m_semaphore) == 0;
 }
 
-void CLockWatch::LockBusy(Clock::time_point now, bool progress, bool changesWait)
+void CLockWatch::LockBusy(Clock::time_point now, bool progress, const std::string& waiting)
 {
     if (progress || !m_busySince)
         m_busySince = now;
     if (m_busyTold || now - *m_busySince < kBusyForLong)
         return;
     m_busyTold = true;
-    m_waitingTold = changesWait;
+    m_waitingTold = !waiting.empty();
     LogWarning("the shared table is locked by process " + std::to_string(LastLocker(Semaphore())) +
-               ", which does not let go" + (changesWait ? "; changes wait" : ""));
+               ", which does not let go" + (waiting.empty() ? "" : "; " + waiting));
 }
 
 void CLockWatch::LockFree()

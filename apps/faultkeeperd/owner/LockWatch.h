@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <optional>
+#include <string>
 
 namespace Faultkeeper
 {
@@ -44,9 +45,9 @@ public:
 
     /// The lock was busy. That is logged once, with the process that holds it, when it has been so for
     /// kBusyForLong.
-    /// @param progress     something was published all the same
-    /// @param changesWait  to be published, and not only a look at the lock
-    void LockBusy(Clock::time_point now, bool progress, bool changesWait);
+    /// @param progress  something was published all the same
+    /// @param waiting   what waits to be published, in words; empty if it is only a look at the lock
+    void LockBusy(Clock::time_point now, bool progress, const std::string& waiting);
 
     /// The lock was free, and everything is published. That is logged if the contrary was.
     void LockFree();

@@ -27,6 +27,13 @@ bool HasCause(const CError& error)
     };
     return std::any_of(error.TriggerSets().begin(), error.TriggerSets().end(), raises);
 }
+
+std::string WhatWaits(const CPublisher& publisher)
+{
+    if (publisher.Changes() > 0)
+        return "changes wait";
+    return publisher.Waiting() > 0 ? "the former state waits" : "";
+}
 } // namespace
 
 COwner::COwner(CErrorDatabase& database, CStateKeeper& keeper, const SFormerState& former)
@@ -144,7 +151,7 @@ void COwner::Publish(Clock::time_point now)
             ++m_lockRetries;
             m_pause.Failed(now);
             if (!Failed())
-                m_lockWatch.LockBusy(now, m_publisher.Waiting() < waiting, m_publisher.Waiting() > 0);
+                m_lockWatch.LockBusy(now, m_publisher.Waiting() < waiting, WhatWaits(m_publisher));
         }
     }
     m_recorder.HandOver();

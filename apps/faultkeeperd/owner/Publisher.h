@@ -61,6 +61,9 @@ public:
     /// Does the table say that it is ready?
     bool Ready() const { return m_stage == epsReady; }
 
+    /// Has the table never been declared ready so far?
+    bool New() const { return m_stage < epsReady; }
+
     /// Changes that the table does not have yet.
     std::size_t Changes() const { return m_changes.size(); }
 

@@ -246,21 +246,42 @@ void CService::PublishLast()
         LogInfo("told to end once more; the lock is not waited for any longer");
 }
 
+/// What is lost with the table; empty if nothing is. What a former owner has left is in the store as well, if
+/// there is one.
+std::string CService::Missing() const
+{
+    const CPublisher& publisher = m_owner->Publisher();
+    const std::size_t changes = publisher.Changes();
+    const std::size_t former = m_keeper.Storing() ? 0 : publisher.Waiting() - changes;
+    std::string missing;
+    const auto add = [&missing](const std::string& text) { missing += (missing.empty() ? "" : ", ") + text; };
+    if (m_owner->Failed())
+        add("a shared table that has failed");
+    if (changes > 0)
+        add(std::to_string(changes) + " changes not published");
+    if (former > 0)
+        add(std::to_string(former) + " errors of the former state not published");
+    if (changes + former > 0 && publisher.New())
+        missing += "; the shared table was never declared ready";
+    return missing;
+}
+
 /// @return true if nothing is missing from the table
 bool CService::TellEnd()
 {
-    // what a former owner has left is in the store as well, if there is one
-    const CPublisher& publisher = m_owner->Publisher();
-    const std::size_t waiting = m_keeper.Storing() ? publisher.Changes() : publisher.Waiting();
-    if (waiting > 0 || m_owner->Failed())
+    const std::string missing = Missing();
+    if (!missing.empty())
     {
-        LogError("ended with " + std::to_string(waiting) + " changes not published");
+        LogError("ended with " + missing);
         return false;
     }
     if (m_owner->Publisher().Done())
         m_claim.Unmark();
     else // displays see by the claim that this owner has gone
-        LogWarning("the lock stays busy: the shared table could not be declared not ready");
+        LogWarning(m_owner->Publisher().Ready()
+                       ? "the lock stays busy: the shared table could not be declared not ready"
+                       : "the lock stays busy: the shared table is empty and was never declared ready; the "
+                         "former state stays in the store");
     LogInfo("ended");
     return true;
 }

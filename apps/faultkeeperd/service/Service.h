@@ -62,6 +62,7 @@ private:
     bool Publish();
     bool End();
     void PublishLast();
+    std::string Missing() const;
     bool TellEnd();
 
     const std::string m_runDirectory;

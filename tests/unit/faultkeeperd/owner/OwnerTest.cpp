@@ -148,6 +148,22 @@ TEST_F(Owner, NamesTheProcessThatKeepsTheLockOnceAndSaysOnceThatItIsFree)
     EXPECT_EQ(said(12000), "");
 }
 
+TEST_F(Owner, SaysSoIfTheFormerStateIsAllThatWaits)
+{
+    Faultkeeper::Apps::SFormerState former;
+    former.errors.resize(1);
+    former.errors[0].entry.problemCode = kDataSensor.first;
+    former.errors[0].entry.problemType = static_cast<std::int16_t>(kDataSensor.second);
+    COwner owner(Database(), Keeper(), former);
+    CBusyLock lock;
+    const auto said = [&](int after)
+    { return WarnedBy([&] { owner.Publish(kStart + milliseconds(after)); }); };
+    EXPECT_EQ(said(0), "");
+    EXPECT_THAT(said(6000), HasSubstr(", which does not let go; the former state waits\n"));
+    lock.Release();
+    EXPECT_EQ(said(8000), "faultkeeperd: info: the shared table is free again; nothing waits\n");
+}
+
 TEST_F(Owner, SaysNothingOfChangesWhereTheLockIsAllThatItWaitsFor)
 {
     const auto made = NewOwner();
