@@ -251,6 +251,17 @@ Core::Time LatestShown(const SFormerState& former, const std::vector<SErrorEntry
     }
     return latest;
 }
+
+/// A journal that is not read to its end tells nothing: what comes later in it may be the contrary. The
+/// keeper gives that of a store that works, and lets go of one that fails meanwhile.
+void JudgeConfiguration(SFormerState& former, CStateKeeper& keeper, const CErrorDatabase& database,
+                        const std::vector<SStoredError>& stored)
+{
+    former.orphans = FindOrphans(keeper, database, stored);
+    former.judged = keeper.Storing();
+    if (!former.judged)
+        former.orphans.clear();
+}
 } // namespace
 
 SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& database, const std::string& boot,
@@ -264,7 +275,7 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
     {
         LogInfo("the state store is of another configuration; what still exists is kept");
         if (contents.OfBoot(boot))
-            former.orphans = FindOrphans(keeper, database, contents.errors);
+            JudgeConfiguration(former, keeper, database, contents.errors);
     }
     const ETableRelation relation = keeper.FormerTable();
     former.sameBoot = contents.OfBoot(boot);

@@ -29,6 +29,7 @@ struct SFormerState
     std::set<ErrorId>
         contradicted;          ///< displays have seen these in the other state, and later: it was not stored
     std::set<ErrorId> orphans; ///< of another configuration, and active by it alone: see FindOrphans
+    bool judged = true;        ///< all that another configuration has left, as far as the store tells
     Core::Time latest;         ///< the latest time that a display can have seen; zero if there is none
 };
 

@@ -45,7 +45,8 @@ COwner::COwner(CErrorDatabase& database, CStateKeeper& keeper, const SFormerStat
     m_database.SetCallback(this);
     ClearOrphans(former.orphans);
     m_recorder.HandOver();
-    keeper.TakeConfiguration();
+    if (former.judged)
+        keeper.TakeConfiguration();
 }
 
 COwner::~COwner()

@@ -10,6 +10,10 @@ namespace Faultkeeper::Apps
 
 namespace
 {
+// In place of a fingerprint, which is made of hexadecimal digits: what is in the store came about under more
+// than one.
+constexpr const char* kSeveral = "several";
+
 /// In one line: of several that are alike the log would leave out all but one.
 void TellDropped(const SStoreContents& contents)
 {
@@ -306,8 +310,8 @@ SStoreBatch CStateKeeper::Batch() const
         batch.sessions.push_back(m_sessions.at(id));
     batch.forgottenSessions.assign(m_forgottenSessions.begin(), m_forgottenSessions.end());
     batch.transitions.assign(m_transitions.begin(), m_transitions.end());
-    if (m_otherConfiguration && m_judged)
-        batch.configuration = m_configuration;
+    if (m_otherConfiguration)
+        batch.configuration = m_judged ? m_configuration : kSeveral;
     return batch;
 }
 

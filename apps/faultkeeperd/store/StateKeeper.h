@@ -64,8 +64,8 @@ public:
     void Begin(const std::vector<SStoredError>& table);
 
     /// What another configuration has left is judged, and what came of it is kept: from the next commit on
-    /// the store is of this configuration. One that could not be read so far stays of the other, for the next
-    /// owner to judge.
+    /// the store is of this configuration. A store of another one that is written without this, or that could
+    /// not be read so far, is of none from then on: the next owner judges, whatever its configuration.
     void TakeConfiguration();
 
     /// Is there a store that works? Otherwise kept means applied.

@@ -1,11 +1,14 @@
 #include "faultkeeperd/owner/Orphans.h"
 
+#include "../store/FailingDisk.h"
 #include "RestoredOwnerFixture.h"
 
+#include "store/BootClock.h"
 #include "support/CapturedOutput.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <random>
 
 using namespace Support;
@@ -34,7 +37,37 @@ protected:
     /// Kills the owner and starts another one with the same configuration.
     void StartAgain() { Start(m_boot, std::to_string(m_configurations)); }
 
+    /// Has one of the sensors raised and cleared so often that the journal does not fit into the memory of
+    /// SQLite.
+    void FillJournal()
+    {
+        STransition transition;
+        transition.problemCode = kDataSensor.first;
+        transition.problemType = kDataSensor.second;
+        transition.sinceBoot = NanosecondsSinceBoot();
+        for (int i = 0; i < 60000; ++i)
+        {
+            transition.raised = i % 2 == 0;
+            Keeper().Keep(transition);
+        }
+        Keeper().CommitAtOnce(CStateKeeper::Clock::now());
+    }
+
+    /// How many reads it takes to open the store and, then, to go through its journal once.
+    std::pair<int, int> Reads()
+    {
+        m_owner.reset();
+        UseStore();
+        FailingDisk::RefuseAfter(-1, 0, 0, FailingDisk::ekRead);
+        Keeper().Open(m_boot, "any");
+        const int opening = FailingDisk::Calls();
+        for (std::uint64_t from = 0; from <= Keeper().JournalLength(); from += 1000)
+            Keeper().Journal(from, 1000);
+        return {opening, FailingDisk::Calls() - opening};
+    }
+
     std::string m_boot = "boot";
+    int m_configurations = 0; // the last one's fingerprint
 
 private:
     static std::string Name(const std::string& word)
@@ -60,8 +93,6 @@ private:
         }
         return parent;
     }
-
-    int m_configurations = 0;
 };
 
 class SameLinks : public LinkedOwner, public testing::WithParamInterface<unsigned>
@@ -200,6 +231,59 @@ TEST_F(LinkedOwner, NamesNoErrorAsTheCauseOfTheClearingOfAnother)
     ASSERT_EQ(transitions.size(), 2u);
     for (const STransition& transition : transitions)
         EXPECT_FALSE(transition.raised || transition.caused) << transition.number;
+}
+
+TEST_F(LinkedOwner, LeavesTheJudgementToTheNextOneIfTheStoreCanOnlyBeRead)
+{
+    Configure({{"9"}}, {}, "");
+    Report(kLinkSensor, true);
+    FailingDisk::RefuseAfter(0, ENOSPC, -1, FailingDisk::ekWrite | FailingDisk::ekOpenToWrite);
+    Configure({}, {}, "");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver}));
+    FailingDisk::Mend();
+    WarnedBy([&] { Report(kDataSensor, true); });
+    EXPECT_TRUE(Keeper().Storing());
+    StartAgain();
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kDataSensor}));
+}
+
+TEST_F(LinkedOwner, LeavesTheJudgementToTheNextOneIfTheJournalCannotBeReadToItsEnd)
+{
+    Configure({{"9"}}, {{"9"}}, "");
+    Report(kLinkSensor, true);
+    FillJournal();
+    Report(kReceiver, false);
+    Report(kReceiver, true); // by its own reporter now
+    const auto [opening, journal] = Reads();
+    ASSERT_GT(journal, 100);
+    const std::vector<Id> before = {kLinkSensor, kReceiver, kPosition};
+    for (const int half : {1, 3}) // of the first reading, and of the second
+    {
+        FailingDisk::RefuseAfter(opening + journal * half / 2, EIO, -1, FailingDisk::ekRead);
+        Configure({}, {}, "");
+        EXPECT_FALSE(Keeper().Storing()) << half;
+        EXPECT_EQ(Raised(), before) << half;
+        FailingDisk::Mend();
+    }
+    StartAgain();
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver}));
+}
+
+TEST_F(LinkedOwner, JudgesWhatAnotherOneHasPutIntoAStoreThatItGotLate)
+{
+    Configure({}, {}, "");
+    {
+        m_owner.reset();
+        const CStateStore other(UseStore());
+        Configure({{"9"}}, {}, "");
+        Report(kLinkSensor, true);
+    }
+    WarnedBy([&] { Keeper().CommitAtOnce(CStateKeeper::Clock::now()); });
+    ASSERT_TRUE(Keeper().Storing());
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver}));
+    m_configurations = 0; // the first one comes back
+    Configure({}, {}, "");
+    EXPECT_EQ(Raised(), std::vector<Id>{kLinkSensor});
 }
 
 TEST_P(SameLinks, ChangeNothingWhateverTheyAreAndWhateverWasReported)
