@@ -23,6 +23,14 @@ struct SStoredError
     std::uint64_t raises = 0;
 };
 
+/// Why an owner has raised or cleared an error by itself. Append only: stores hold the numbers.
+enum EOwnersReason : int
+{
+    eorNone = 0,          ///< it has not
+    eorConfiguration = 1, ///< cleared: it had followed by the links of another configuration
+    eorTable = 2          ///< a former owner's table says so, which was written while the store was not
+};
+
 /// One raise or clear that happened.
 struct STransition
 {
@@ -36,6 +44,7 @@ struct STransition
     bool caused = false; ///< it followed from a change of another error
     int causeCode = 0;   ///< that error, if caused
     int causeType = 0;
+    EOwnersReason reason = eorNone; ///< if nobody reported it and nothing caused it
 };
 
 /// How far a reporting client's session has been applied.

@@ -9,6 +9,8 @@ namespace
 {
 constexpr std::int64_t kTypes = 0x10000; // as many as there can be of one code
 
+constexpr int kNoCode = -1; // no error's: what stands in the place of a cause's type is an owner's reason
+
 /// The number of an error's row.
 std::int64_t IdOf(std::int64_t code, std::int64_t type)
 {
@@ -40,8 +42,26 @@ std::int64_t ChecksumOf(const SStoredSession& session, std::int64_t place)
         .Value();
 }
 
+/// What a transition followed from, as it stands in its row.
+struct SCause
+{
+    explicit SCause(const STransition& transition)
+        : there(transition.caused || transition.reason != eorNone),
+          code(transition.caused ? transition.causeCode
+               : there           ? kNoCode
+                                 : 0),
+          type(transition.caused ? transition.causeType : static_cast<int>(transition.reason))
+    {
+    }
+
+    const bool there;
+    const int code;
+    const int type;
+};
+
 std::int64_t ChecksumOf(const STransition& transition)
 {
+    const SCause cause(transition);
     return CChecksum()
         .Add(static_cast<std::int64_t>(transition.number))
         .Add(transition.time.Nanoseconds())
@@ -50,9 +70,9 @@ std::int64_t ChecksumOf(const STransition& transition)
         .Add(transition.problemCode)
         .Add(transition.problemType)
         .Add(transition.session)
-        .Add(transition.caused ? 1 : 0)
-        .Add(transition.caused ? transition.causeCode : 0)
-        .Add(transition.caused ? transition.causeType : 0)
+        .Add(cause.there ? 1 : 0)
+        .Add(cause.code)
+        .Add(cause.type)
         .Value();
 }
 
@@ -147,8 +167,9 @@ void PutRow(CSqliteStatement& statement, const STransition& transition)
         .Put(transition.problemCode)
         .Put(transition.problemType)
         .Put(transition.session);
-    if (transition.caused)
-        statement.Put(transition.causeCode).Put(transition.causeType);
+    const SCause cause(transition);
+    if (cause.there)
+        statement.Put(cause.code).Put(cause.type);
     else
         statement.PutNothing().PutNothing();
     statement.Put(ChecksumOf(transition));
@@ -163,9 +184,11 @@ bool GetRow(const CSqliteStatement& row, STransition& transition)
     transition.problemCode = static_cast<int>(row.Integer(4));
     transition.problemType = static_cast<int>(row.Integer(5));
     transition.session = row.Text(6);
-    transition.caused = !row.Nothing(7);
-    transition.causeCode = static_cast<int>(row.Integer(7));
-    transition.causeType = static_cast<int>(row.Integer(8));
+    const bool byOwner = !row.Nothing(7) && row.Integer(7) == kNoCode;
+    transition.caused = !row.Nothing(7) && !byOwner;
+    transition.causeCode = transition.caused ? static_cast<int>(row.Integer(7)) : 0;
+    transition.causeType = transition.caused ? static_cast<int>(row.Integer(8)) : 0;
+    transition.reason = byOwner ? static_cast<EOwnersReason>(row.Integer(8)) : eorNone;
     return row.Integer(9) == ChecksumOfTransitionColumns(row);
 }
 

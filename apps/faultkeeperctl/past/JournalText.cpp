@@ -17,7 +17,19 @@ std::string Origin(const STransition& transition)
 {
     if (transition.caused)
         return " follows " + ErrorName(transition.causeCode, transition.causeType);
+    if (transition.reason == eorConfiguration)
+        return ", cleared with the configuration";
+    if (transition.reason != eorNone)
+        return ", taken from the table";
     return transition.session.empty() ? ", reported" : ", reported by " + WithoutControls(transition.session);
+}
+
+/// The same in one word for programs.
+const char* OriginName(const STransition& transition)
+{
+    if (transition.reason == eorNone)
+        return transition.caused ? "trigger" : "report";
+    return transition.reason == eorConfiguration ? "configuration" : "table";
 }
 } // namespace
 
@@ -37,6 +49,7 @@ Json TransitionDocument(const STransition& transition)
     document["changedTime"] = ExactTimeText(transition.time, kAllDigits);
     document["changedSeconds"] = WholeSeconds(transition.time);
     document["sinceBootSeconds"] = transition.sinceBoot / kSecond;
+    document["origin"] = OriginName(transition);
     document["cause"] = transition.caused ? IdDocument(transition.causeCode, transition.causeType) : Json();
     document["session"] = transition.session.empty() ? Json() : Json(transition.session);
     return document;

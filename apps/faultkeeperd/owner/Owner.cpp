@@ -95,7 +95,7 @@ void COwner::ClearOrphans(const std::set<ErrorId>& orphans)
             const CError* const error = m_database.RetrieveError(problemCode, problemType);
             if (error == nullptr || !error->Active() || HasCause(*error))
                 continue;
-            m_recorder.Begin(std::string()); // it follows from none of the others
+            m_recorder.Begin(eorConfiguration); // it follows from none of the others
             m_database.ClearError(problemCode, problemType, true);
             NoteCleared(problemCode, problemType);
             changed = true;

@@ -20,6 +20,13 @@ void CStateRecorder::Begin(const std::string& session)
 {
     m_causes.Begin();
     m_session = session;
+    m_reason = eorNone;
+}
+
+void CStateRecorder::Begin(EOwnersReason reason)
+{
+    Begin(std::string());
+    m_reason = reason;
 }
 
 void CStateRecorder::Note(const ErrorId& id, bool raised)
@@ -60,7 +67,10 @@ void CStateRecorder::Journal(const ErrorId& id, bool raised, const Core::Time& t
     transition.causeCode = cause != nullptr ? cause->ProblemCode() : 0;
     transition.causeType = cause != nullptr ? cause->ProblemType() : 0;
     if (cause == nullptr)
+    {
         transition.session = m_session;
+        transition.reason = m_reason;
+    }
     m_keeper.Keep(transition);
 }
 

@@ -36,6 +36,9 @@ public:
     /// @param session  who asks, for the journal
     void Begin(const std::string& session);
 
+    /// Nobody has asked; what is noted from here on the owner does by itself.
+    void Begin(EOwnersReason reason);
+
     /// An error has changed; one that is in that state already has not.
     void Note(const ErrorId& id, bool raised);
 
@@ -56,6 +59,7 @@ private:
     CStateKeeper& m_keeper;
     CTransitionCauses m_causes;
     std::string m_session;                    // of the request that is being applied
+    EOwnersReason m_reason = eorNone;         // if there is none
     std::map<ErrorId, SStoredError> m_states; // of all errors that ever changed
     std::set<ErrorId> m_changed;              // and not handed over
     std::set<ErrorId> m_untimed;              // with a time that is not the table's

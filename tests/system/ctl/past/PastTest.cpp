@@ -161,6 +161,26 @@ TEST_F(Past, TheJournalTellsThatTheMachineWasStartedAgain)
               "2026-03-01T17:05:19.000+00:00 + Audio:None:Cannot Open:11, reported\n");
 }
 
+TEST_F(Past, TheJournalTellsWhatTheOwnerDidByItself)
+{
+    for (const EOwnersReason reason : {eorConfiguration, eorTable})
+    {
+        Add(0, kSoundId, reason == eorTable);
+        m_batch.transitions.back().reason = reason;
+    }
+    Add(0, kSoundId, false);
+    Write();
+    EXPECT_EQ(Ctl({"journal"}).output,
+              "2026-03-01T17:05:09.000+00:00 - Audio:None:Cannot Open:11, cleared with the configuration\n"
+              "2026-03-01T17:05:09.000+00:00 + Audio:None:Cannot Open:11, taken from the table\n"
+              "2026-03-01T17:05:09.000+00:00 - Audio:None:Cannot Open:11, reported\n");
+    const Json transitions = Document({"journal"})["transitions"];
+    EXPECT_EQ(transitions[0]["origin"], "configuration");
+    EXPECT_EQ(transitions[1]["origin"], "table");
+    EXPECT_EQ(transitions[2]["origin"], "report");
+    EXPECT_EQ(transitions[0]["cause"], Json());
+}
+
 TEST_F(Past, TheJournalIsADocumentToo)
 {
     WriteTheUsual(4);
@@ -173,7 +193,7 @@ TEST_F(Past, TheJournalIsADocumentToo)
     EXPECT_EQ(document["transitions"][1].dump(),
               R"({"id":"Positioning:GPS:No Data:2","problemCode":265243,"problemType":2,"number":5,)"
               R"("raised":false,"changedTime":"2026-03-01T17:05:19.001000000+00:00",)"
-              R"("changedSeconds":1772384719,"sinceBootSeconds":70,)"
+              R"("changedSeconds":1772384719,"sinceBootSeconds":70,"origin":"trigger",)"
               R"("cause":{"id":"Positioning:GPS:Communications:9","problemCode":265225,"problemType":9},)"
               R"("session":null})");
 }

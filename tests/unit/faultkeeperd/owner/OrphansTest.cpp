@@ -230,7 +230,12 @@ TEST_F(LinkedOwner, NamesNoErrorAsTheCauseOfTheClearingOfAnother)
     const std::vector<STransition> transitions = Keeper().Journal(5, 10);
     ASSERT_EQ(transitions.size(), 2u);
     for (const STransition& transition : transitions)
+    {
         EXPECT_FALSE(transition.raised || transition.caused) << transition.number;
+        EXPECT_EQ(transition.reason, eorConfiguration) << transition.number;
+    }
+    Report(kDataSensor, false);
+    EXPECT_EQ(Keeper().Journal(7, 1).at(0).reason, eorNone) << "somebody has reported that";
 }
 
 TEST_F(LinkedOwner, LeavesTheJudgementToTheNextOneIfTheStoreCanOnlyBeRead)

@@ -95,6 +95,23 @@ TEST_F(StateStore, TheJournalNumbersTransitionsWithoutGapsOverReopenings)
     EXPECT_EQ(store.JournalLength(), 3u);
 }
 
+TEST_F(StateStore, TheJournalTellsWhyAnOwnerDidSomethingByItself)
+{
+    SStoreBatch batch;
+    for (const EOwnersReason reason : {eorConfiguration, eorTable, eorNone})
+    {
+        batch.transitions.push_back(Transition(2, false));
+        batch.transitions.back().session.clear();
+        batch.transitions.back().reason = reason;
+    }
+    CStateStore(Settings()).Commit(batch);
+    CStateStore store(Settings());
+    EXPECT_TRUE(store.Read().dropped.empty());
+    EXPECT_EQ(Shown(store.Journal(0, 10)), "1 - 265243:2 at 2002000000000/77 by  by the owner for reason 1\n"
+                                           "2 - 265243:2 at 2002000000000/77 by  by the owner for reason 2\n"
+                                           "3 - 265243:2 at 2002000000000/77 by \n");
+}
+
 TEST_F(StateStore, OfMoreTransitionsThanTheLimitTheOldestGo)
 {
     CStateStore store(Settings(3));

@@ -69,6 +69,8 @@ inline std::string Shown(const std::vector<STransition>& transitions)
              << transition.sinceBoot << " by " << transition.session;
         if (transition.caused)
             text << " because of " << transition.causeCode << ":" << transition.causeType;
+        if (transition.reason != eorNone)
+            text << " by the owner for reason " << transition.reason;
         text << "\n";
     }
     return text.str();
