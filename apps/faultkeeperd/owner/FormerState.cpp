@@ -6,6 +6,7 @@
 #include "faultkeeperd/owner/Orphans.h"
 #include "faultkeeperd/store/FormerTable.h"
 #include "faultkeeperd/store/StateKeeper.h"
+#include "store/BootClock.h"
 
 #include <Faultkeeper/ErrorDatabase.h>
 
@@ -134,6 +135,28 @@ bool StoreKnowsBetter(const SStoredError& stored, const SErrorEntry& record, con
            LastChange(stored.entry) > LastChange(record);
 }
 
+/// Has the error been raised or cleared since it was stored, whatever the journal says of it?
+bool MovedOn(const SErrorEntry& stored, const SErrorEntry& record, bool continued)
+{
+    return !continued || Progress(stored, record) != 0 || LastChange(record) > LastChange(stored);
+}
+
+/// What the journal lacks, so that whoever goes through it comes to the state in the table.
+void AddMissed(std::vector<STransition>& missed, const SErrorEntry& stored, const SErrorEntry& record)
+{
+    STransition transition;
+    transition.time = Core::Time::Now();
+    transition.sinceBoot = NanosecondsSinceBoot();
+    transition.problemCode = record.problemCode;
+    transition.problemType = record.problemType;
+    transition.reason = eorTable;
+    if (stored.flags != 0)
+        missed.push_back(transition);
+    transition.raised = true;
+    if (record.flags != 0)
+        missed.push_back(transition);
+}
+
 /// Does the table count on from what is stored? Where nobody has said: counters only grow, so one that is
 /// lower than it was stored has begun anew.
 bool Continues(const SComparison& comparison, const std::vector<SErrorEntry>& records,
@@ -161,13 +184,16 @@ void TellTable(const SComparison& comparison, bool newer)
 
 /// Since the store was written last an owner may have run that did not write it: its table knows better, but
 /// for what was stored while the lock was busy.
-void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records, const SComparison& comparison)
+/// @return what the journal lacks
+std::vector<STransition> TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records,
+                                   const SComparison& comparison)
 {
     std::map<ErrorId, SStoredError> errors;
     for (const SStoredError& error : former.errors)
         errors[ErrorId(error.entry.problemCode, error.entry.problemType)] = error;
     const bool continued = Continues(comparison, records, errors);
     bool newer = false;
+    std::vector<STransition> missed;
     for (const SErrorEntry& record : records)
     {
         const auto [place, missing] = errors.try_emplace(ErrorId(record.problemCode, record.problemType));
@@ -175,6 +201,10 @@ void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records, co
         if (!missing && continued && StoreKnowsBetter(error, record, comparison))
             continue;
         newer = newer || Progress(error.entry, record) != 0;
+        if (MovedOn(error.entry, record, continued))
+            former.orphans.erase(place->first);
+        if (comparison.sameBoot && (!continued || Progress(error.entry, record) != 0))
+            AddMissed(missed, error.entry, record);
         error = continued ? Continued(error, record) : Added(error, record);
     }
     TellTable(comparison, newer);
@@ -182,6 +212,7 @@ void TakeTable(SFormerState& former, const std::vector<SErrorEntry>& records, co
     for (const auto& error : errors)
         former.errors.push_back(error.second);
     former.sameBoot = true;
+    return missed;
 }
 
 bool Has(const SFormerState& former, const ErrorId& id)
@@ -284,9 +315,10 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
     const bool stored =
         former.sameBoot && keeper.Storing() && (relation == etrUnknown || relation == etrStored);
     std::vector<SStoredError> fromTable;
+    std::vector<STransition> missed;
     if (!stored && !records.empty())
     {
-        TakeTable(former, records, {table.get(), relation, former.sameBoot});
+        missed = TakeTable(former, records, {table.get(), relation, former.sameBoot});
         fromTable = former.errors;
     }
     else if (former.sameBoot)
@@ -294,7 +326,7 @@ SFormerState FindFormerState(CStateKeeper& keeper, const CErrorDatabase& databas
     if (former.sameBoot)
         FindContradictions(former, records, table.get());
     former.latest = LatestShown(former, records, table.get());
-    keeper.Begin(fromTable);
+    keeper.Begin(fromTable, missed);
     return former;
 }
 

@@ -136,10 +136,12 @@ void CStateKeeper::Learn(const SStoreContents& contents)
         m_sessions[session.id] = session;
 }
 
-void CStateKeeper::Begin(const std::vector<SStoredError>& table)
+void CStateKeeper::Begin(const std::vector<SStoredError>& table, const std::vector<STransition>& missed)
 {
     for (const SStoredError& error : table)
         Keep(error);
+    for (const STransition& transition : missed)
+        Keep(transition);
     if (!table.empty() && Storing())
         CommitAtOnce(Clock::now());
     m_begun = true;

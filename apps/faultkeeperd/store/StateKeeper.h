@@ -60,8 +60,9 @@ public:
 
     /// From here on the owner's table is what the store is to have, and what becomes of that is noted beside
     /// the table. To be called once, before the former owner's table is overwritten.
-    /// @param table  what the owner takes from the former owner's table; it is stored at once
-    void Begin(const std::vector<SStoredError>& table);
+    /// @param table   what the owner takes from the former owner's table; it is stored at once
+    /// @param missed  what the journal lacks of it
+    void Begin(const std::vector<SStoredError>& table, const std::vector<STransition>& missed = {});
 
     /// What another configuration has left is judged, and what came of it is kept: from the next commit on
     /// the store is of this configuration. A store of another one that is written without this, or that could

@@ -238,6 +238,43 @@ TEST_F(LinkedOwner, NamesNoErrorAsTheCauseOfTheClearingOfAnother)
     EXPECT_EQ(Keeper().Journal(7, 1).at(0).reason, eorNone) << "somebody has reported that";
 }
 
+TEST_F(LinkedOwner, KeepsWhatWasReportedAnewWhileNothingWasStored)
+{
+    Configure({{"9"}}, {}, "");
+    Report(kLinkSensor, true);
+    m_stored = false;
+    Configure({}, {}, "");
+    Report(kReceiver, false);
+    Report(kReceiver, true);
+    m_stored = true;
+    Configure({}, {}, "");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver}));
+    Configure({}, {}, "another text");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kReceiver})) << "the journal tells it from then on";
+    Report(kReceiver, false);
+    Report(kReceiver, true);
+    EXPECT_EQ(Record(kReceiver).counter1, 3);
+    const std::vector<STransition> transitions = Keeper().Journal(3, 3);
+    ASSERT_EQ(transitions.size(), 3u);
+    EXPECT_FALSE(transitions[0].raised);
+    EXPECT_TRUE(transitions[1].raised);
+    for (const STransition& transition : {transitions[0], transitions[1]})
+        EXPECT_EQ(transition.reason, eorTable) << transition.number;
+    EXPECT_EQ(transitions[2].reason, eorNone);
+}
+
+TEST_F(LinkedOwner, ClearsWhatStayedAsItWasWhileNothingWasStored)
+{
+    Configure({{"9"}}, {}, "");
+    Report(kLinkSensor, true);
+    m_stored = false;
+    Configure({}, {}, "");
+    Report(kDataSensor, true);
+    m_stored = true;
+    Configure({}, {}, "");
+    EXPECT_EQ(Raised(), (std::vector<Id>{kLinkSensor, kDataSensor}));
+}
+
 TEST_F(LinkedOwner, LeavesTheJudgementToTheNextOneIfTheStoreCanOnlyBeRead)
 {
     Configure({{"9"}}, {}, "");
