@@ -83,8 +83,10 @@ void COwner::Restore(const SFormerState& former)
 }
 
 /// What was raised because of another error, and is active by former links alone, would be cleared by nobody,
-/// unless an active error raises it. One that is cleared can leave others behind; those that followed from it
-/// are among the orphans, and what else it is linked into was reported, so that it clears nothing itself.
+/// unless an active error raises it. It clears nothing itself: of the errors above it, those that followed
+/// from it are among the orphans as well, and others were reported. Where the journal does not go back to
+/// what raised one above it, nobody can tell which it is, and it stays until it is reported or its child
+/// changes.
 void COwner::ClearOrphans(const std::set<ErrorId>& orphans)
 {
     for (bool changed = true; changed;)
