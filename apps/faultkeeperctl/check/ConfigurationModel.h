@@ -32,10 +32,10 @@ struct SReference
     std::string text;              ///< as written
     ErrorId id = ErrorId(-1, -1);  ///< names that are not known stand for the nearest ones
     bool doubtful = true;          ///< something is wrong with the text and has been told
-    std::size_t target = kNoError; ///< the error of that identifier, unless it is the one that names it
+    bool guessed = false;          ///< a name in it is not known, so that the identifier is a guess
+    std::size_t target = kNoError; ///< the error of that identifier, if it is no guess nor names itself
     bool toItself = false;
-    int meantMode = -1;           ///< of a failure mode that is written as a name, the number
-    std::size_t meant = kNoError; ///< of one that leads nowhere, the error that was probably meant
+    std::size_t meant = kNoError; ///< of a guess, or one that leads nowhere, the error probably meant
 };
 
 struct STriggerSetModel

@@ -43,17 +43,21 @@ void CHierarchy::Sort()
     }
 }
 
+bool CHierarchy::KnowsAllSets() const
+{
+    const auto known = [this](const STriggerSetModel& set)
+    { return m_model.IsCertain(set) && set.doubtful.empty(); };
+    return m_model.KnowsAllLinks() &&
+           std::all_of(m_model.errors.begin(), m_model.errors.end(),
+                       [&known](const SDefinition& error)
+                       { return std::all_of(error.sets.begin(), error.sets.end(), known); });
+}
+
 bool CHierarchy::Certain() const
 {
-    const auto certain = [this](const SDefinition& error)
-    {
-        return error.identified && error.meantMode < 0 &&
-               std::all_of(error.sets.begin(), error.sets.end(),
-                           [this](const STriggerSetModel& set)
-                           { return m_model.IsCertain(set) && set.doubtful.empty(); });
-    };
-    return m_fromLeaves.size() == m_triggers.size() && m_model.KnowsAllLinks() &&
-           std::all_of(m_model.errors.begin(), m_model.errors.end(), certain);
+    return m_fromLeaves.size() == m_triggers.size() && KnowsAllSets() &&
+           std::all_of(m_model.errors.begin(), m_model.errors.end(),
+                       [](const SDefinition& error) { return error.identified && error.meantMode < 0; });
 }
 
 } // namespace Faultkeeper::Apps

@@ -37,8 +37,9 @@ public:
     /// All errors from the leaves upward, each behind its triggers, but for those on a cycle or above one.
     const Errors& FromLeaves() const { return m_fromLeaves; }
 
-    /// Is it known of all errors which triggers they have and by which options, are all there that were
-    /// meant, and are there no cycles?
+    /// Is it known of all errors which triggers they have and by which options?
+    bool KnowsAllSets() const;
+    /// The same, and are all errors there that were meant, and are there no cycles?
     bool Certain() const;
 
 private:

@@ -45,6 +45,13 @@ std::size_t ErrorCalled(const std::string& name, const std::vector<std::string>&
     return found == names.end() ? kNoError : std::next(model.index.begin(), found - names.begin())->second;
 }
 
+/// @return kNoError if the guess is an error that somebody else means, or that is not there
+std::size_t GuessedBeside(const Names& taken, const SReference& trigger, const SConfigurationModel& model)
+{
+    const std::size_t guessed = model.Find(trigger.id);
+    return guessed == kNoError || taken.count(model.errors[guessed].Name()) != 0 ? kNoError : guessed;
+}
+
 void FindMeantBy(const SDefinition& owner, STriggerSetModel& set, CNearestErrors& nearest,
                  const SConfigurationModel& model)
 {
@@ -52,12 +59,17 @@ void FindMeantBy(const SDefinition& owner, STriggerSetModel& set, CNearestErrors
     std::map<std::string, std::size_t> known; // of this set, by what was typed
     for (SReference& trigger : set.triggers)
     {
-        if (trigger.target == kNoError && trigger.meantMode >= 0)
-            trigger.meant = model.Find(ErrorId(trigger.id.first, trigger.meantMode));
-        if (!model.LeadsNowhere(trigger))
+        if (!trigger.guessed && !model.LeadsNowhere(trigger))
             continue;
         if (taken.empty())
             taken = NamesIn(owner, set, model);
+        if (trigger.guessed)
+        {
+            trigger.meant = GuessedBeside(taken, trigger, model);
+            if (trigger.meant != kNoError)
+                taken.insert(model.errors[trigger.meant].Name());
+            continue;
+        }
         const auto added = known.emplace(trigger.text, kNoError);
         if (added.second)
             added.first->second =

@@ -6,7 +6,8 @@
 namespace Faultkeeper::Apps
 {
 
-/// Finds out which errors were probably meant by triggers that lead nowhere, once all triggers are read.
+/// Finds out which errors were probably meant by triggers that are guesses or lead nowhere, once all triggers
+/// are read.
 void FindMeantErrors(SConfigurationModel& model);
 
 } // namespace Faultkeeper::Apps

@@ -52,7 +52,7 @@ bool Split(const std::string& text, std::vector<std::string>& fields, const Tell
 }
 
 /// Value of a name, or of the one that comes nearest; -1 if none does.
-int ValueOf(const SNameField& field, const std::string& name, bool& doubtful, const Tell& tell)
+int ValueOf(const SNameField& field, const std::string& name, bool& guessed, const Tell& tell)
 {
     const auto named = [&field](const std::string& wanted)
     {
@@ -67,7 +67,7 @@ int ValueOf(const SNameField& field, const std::string& name, bool& doubtful, co
     if (value >= 0)
         return value;
     const SMessage unknown = UnknownName(field.what, name, NamesOf(field.names()), " in an id");
-    doubtful = true;
+    guessed = true;
     tell(field.rule, unknown);
     return named(unknown.suggestion);
 }
@@ -76,11 +76,22 @@ int ValueOf(const SNameField& field, const std::string& name, bool& doubtful, co
 void ReadNames(const std::vector<std::string>& fields, SReference& reference, const Tell& tell)
 {
     int code = 0;
-    bool doubtful = false;
     for (std::size_t i = 0; i < kModeField; ++i)
-        code |= ValueOf(kNameFields[i], fields[i], doubtful, tell);
+        code |= ValueOf(kNameFields[i], fields[i], reference.guessed, tell);
     reference.id = ErrorId(code, NumberOrZero(fields[kModeField]));
-    reference.doubtful = doubtful;
+    reference.doubtful = reference.guessed;
+}
+
+/// Number of the failure mode whose name comes nearest; -1 if none does.
+int NearestMode(const std::string& field)
+{
+    const std::string nearest = NearestName(field, NamesOf(FailureModeNames()));
+    for (const SNamedValue& mode : FailureModeNames())
+    {
+        if (mode.name == nearest)
+            return mode.value;
+    }
+    return -1;
 }
 
 /// Failure modes are names where errors are defined, but numbers where they are named.
@@ -88,19 +99,19 @@ void CheckMode(const std::string& field, SReference& reference, CFindings& findi
 {
     if (IsPlainNumber(field))
         return;
-    reference.doubtful = true;
-    const std::string nearest = NearestName(field, NamesOf(FailureModeNames()));
-    for (const SNamedValue& mode : FailureModeNames())
-    {
-        if (mode.name == nearest)
-            reference.meantMode = mode.value;
-    }
-    const std::string number = reference.meantMode < 0 ? "" : std::to_string(reference.meantMode);
+    const int meant = NearestMode(field);
+    const std::string number = meant < 0 ? "" : std::to_string(meant);
     const std::string question = number.empty() ? "" : "; did you mean \"" + number + "\"?";
     findings.Warning(reference.place,
                      SMessage{"the failure mode in an id is a number, but here it is " + QuotedTyped(field) +
                                   ", which is read as " + std::to_string(reference.id.second) + question,
                               number});
+    reference.doubtful = true;
+    int read = 0;
+    if (meant < 0 && ReadNumber(field, read))
+        return;
+    reference.guessed = true;
+    reference.id.second = meant;
 }
 
 SReference Begun(const CElement& element)

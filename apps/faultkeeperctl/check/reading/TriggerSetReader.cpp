@@ -161,8 +161,8 @@ void CTriggerSetReader::ReadTrigger(const CElement& trigger, STriggerSetModel& s
 {
     SReference reference = ReadTriggerReference(trigger, m_findings);
     const SDefinition& owner = m_model.errors[m_error];
-    reference.toItself = owner.identified && reference.id == owner.id;
-    if (!reference.toItself)
+    reference.toItself = owner.identified && !reference.guessed && reference.id == owner.id;
+    if (!reference.toItself && !reference.guessed)
         reference.target = m_model.Find(reference.id);
     set.triggers.push_back(reference);
 }

@@ -240,15 +240,14 @@ private:
 
 void CheckClearing(const CHierarchy& hierarchy, CFindings& findings)
 {
-    const bool allLinks =
-        hierarchy.Model().KnowsAllLinks(); // by one that is missing a trigger may clear more
+    const bool allSets = hierarchy.KnowsAllSets(); // by one that is not known a trigger may clear more
     for (std::size_t error = 0; error < hierarchy.Model().errors.size(); ++error)
     {
         const std::vector<SAutomatic> sets = AutomaticSets(hierarchy, error);
         if (sets.empty())
             continue;
         const bool common = !InCommon(sets).empty();
-        if (common && allLinks)
+        if (common && allSets)
             CStuckTriggers(hierarchy, error, sets).Tell(findings);
         else if (!common && !TellUnrelated(sets, findings))
             TellNothingInCommon(sets, findings);

@@ -32,7 +32,7 @@ void CheckRepeated(const SPatternModel& pattern, CFindings& findings)
     std::set<ErrorId> before;
     for (const SReference& reference : pattern.ids)
     {
-        if (!before.insert(reference.id).second && pattern.partial)
+        if (!reference.guessed && !before.insert(reference.id).second && pattern.partial)
             findings.Warning(reference.place, QuotedTyped(reference.text) +
                                                   " stands twice in this partial pattern, which makes "
                                                   "no difference");
