@@ -123,14 +123,14 @@ void CModuleReader::ReadContent(const CElement& error, SDefinition& definition)
                                              if (child.Is(kText))
                                                  ReadText(child, definition);
                                              else if (child.Is(kTriggerSets))
-                                                 RememberSets(child, before);
+                                                 RememberSets(child, before, definition);
                                          });
     definition.titleWhole = definition.titleWhole && all;
-    definition.setsWhole = all;
+    definition.setsWhole = definition.setsWhole && all;
 }
 
 /// Of several, the last one counts.
-void CModuleReader::RememberSets(const CElement& triggerSets, std::size_t before)
+void CModuleReader::RememberSets(const CElement& triggerSets, std::size_t before, SDefinition& definition)
 {
     if (m_pending.size() > before)
     {
@@ -139,6 +139,7 @@ void CModuleReader::RememberSets(const CElement& triggerSets, std::size_t before
         m_findings.Warning(triggerSets.Place(), "a second \"TriggerSets\" in one error: the one in line " +
                                                     std::to_string(earlier.Place().line) + " is not read" +
                                                     (emptied ? ", and there is no \"TriggerSet\" here" : ""));
+        definition.setsWhole = definition.setsWhole && earlier.IsEmpty();
         m_pending.pop_back();
     }
     m_pending.emplace_back(m_model.errors.size(), triggerSets);

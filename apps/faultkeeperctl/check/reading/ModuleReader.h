@@ -47,7 +47,7 @@ private:
     void ReadError(int code, const CElement& error);
     int ReadFailureMode(const CElement& error, SDefinition& definition);
     void ReadContent(const CElement& error, SDefinition& definition);
-    void RememberSets(const CElement& triggerSets, std::size_t before);
+    void RememberSets(const CElement& triggerSets, std::size_t before, SDefinition& definition);
     void ReadText(const CElement& text, SDefinition& definition);
     void RequireTexts(const SDefinition& definition);
     void Define(const SDefinition& definition);

@@ -49,6 +49,28 @@ const SCheckCase kSlipCases[] = {
        "        <TriggerSets><Any/></TriggerSets>\n"}},
      "can.xml:9:22: error: unknown element \"Any\" [rule 219: triggerSet.Name() == \"TriggerSet\"]\n"
      "1 error, 0 warnings in 4 files\n"},
+    {"AnErrorWithoutTitleWhoseParentMayBeInTriggerSetsThatAreNotRead",
+     {BusWithoutTitle(),
+      BusVisible(),
+      {kPositioning, "        </TriggerSets>\n",
+       "        </TriggerSets>\n"
+       "        <TriggerSets><TriggerSet><Triggers>\n"
+       "          <Trigger id=\"Positioning:GPS:Communications:9\"/>\n"
+       "        </Triggers></TriggerSet></TriggerSets>\n"}},
+     "positioning.xml:24:9: warning: a second \"TriggerSets\" in one error: the one in line 10 is not read\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ASetThatTriggerSetsThatAreNotReadMayShow",
+     {{kPositioning, "        </TriggerSets>\n",
+       "        </TriggerSets>\n"
+       "        <TriggerSets/>\n"},
+      {kCan, "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n",
+       "        <Text type=\"shortProblem\" text=\"Bus power\"/>\n"
+       "        <TriggerSets><TriggerSet><Triggers>\n"
+       "          <Trigger id=\"Positioning:GPS:Communications:9\"/>\n"
+       "        </Triggers></TriggerSet></TriggerSets>\n"}},
+     "positioning.xml:24:9: warning: a second \"TriggerSets\" in one error: the one in line 10 is not read, "
+     "and there is no \"TriggerSet\" here\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"AnErrorWithoutTitleThatABrokenTriggerMayName",
      {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power"}, BusWithoutTitle(), BusVisible()},
      "positioning.xml:20:24: error: the id \"CAN:Bus:Power\" has 3 fields: it takes four fields, "
