@@ -46,6 +46,11 @@ std::size_t SConfigurationModel::Find(const ErrorId& id) const
     return found == index.end() ? kNoError : found->second;
 }
 
+bool SConfigurationModel::IsReplaced(std::size_t error) const
+{
+    return errors[error].identified && Find(errors[error].id) != error;
+}
+
 bool SConfigurationModel::MayExist(const ErrorId& id) const
 {
     const bool unidentified = unidentifiedModes.count(id.second) != 0 || unidentifiedModes.count(-1) != 0;

@@ -109,6 +109,8 @@ struct SConfigurationModel
 
     /// The error of that identifier, or kNoError.
     std::size_t Find(const ErrorId& id) const;
+    /// Does a later definition take its place, so that no tree shows it?
+    bool IsReplaced(std::size_t error) const;
     /// May it be that the error is there, and only something that was told hides it?
     bool MayExist(const ErrorId& id) const;
     /// Is it known which errors the set holds, and is none of them missing for a slip that was told?

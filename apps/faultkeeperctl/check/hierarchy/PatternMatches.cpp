@@ -93,7 +93,7 @@ std::vector<std::size_t> CPatternMatches::RaisedAlong(const Errors& wanted, cons
     std::vector<std::size_t> along;
     for (std::size_t error = 0; error < m_positions.size(); ++error)
     {
-        if (raised.Active(error) && wanted.count(error) == 0 && model.Find(model.errors[error].id) == error)
+        if (raised.Active(error) && wanted.count(error) == 0 && !model.IsReplaced(error))
             along.push_back(error);
     }
     std::sort(along.begin(), along.end(),

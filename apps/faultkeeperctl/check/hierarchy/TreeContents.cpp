@@ -47,7 +47,8 @@ std::vector<char> FindShown(const CHierarchy& hierarchy, bool perhaps)
     CHierarchy::Errors next;
     for (std::size_t error = 0; error < shown.size(); ++error)
     {
-        if (perhaps ? model.errors[error].mayBeVisible : model.errors[error].visible)
+        if (perhaps ? model.errors[error].mayBeVisible
+                    : model.errors[error].visible && !model.IsReplaced(error))
             next.push_back(error);
     }
     while (!next.empty())

@@ -37,17 +37,19 @@ void CheckDefinitions(const SConfigurationModel& model, CFindings& findings)
 
 void CheckDisplay(const CHierarchy& hierarchy, CFindings& findings)
 {
-    if (!hierarchy.Model().KnowsAllLinks())
+    const SConfigurationModel& model = hierarchy.Model();
+    if (!model.KnowsAllLinks())
         return; // a link that is missing may show any error
     const std::vector<char> shown = FindShown(hierarchy, true);
     const std::vector<char> shownAlone = FindShownAlone(hierarchy, shown);
     for (std::size_t error = 0; error < shown.size(); ++error)
     {
+        const bool hidden = shown[error] == 0 && !model.IsReplaced(error);
         for (const CHierarchy::SSet& set : hierarchy.Sets(error))
         {
             const bool mayRaise =
                 set.model->autoTrigger || set.model->Doubts(ConfigurationFormat::kAutoTrigger);
-            if (shown[error] == 0 && !mayRaise && !set.triggers.empty())
+            if (hidden && !mayRaise && !set.triggers.empty())
                 findings.Warning(
                     set.model->place,
                     std::string("this set is never shown, and while its error is active it hides "

@@ -144,7 +144,7 @@ void CheckTexts(const CHierarchy& hierarchy, int lineWidth, CFindings& findings)
     {
         for (const auto& text : model.errors[error].texts)
             CheckText(text.first, text.second, lineWidth, findings);
-        if (allLinks && meant[error] == 0 && raising[error] == 0)
+        if (allLinks && meant[error] == 0 && raising[error] == 0 && !model.IsReplaced(error))
             CheckTitle(hierarchy, error, findings);
         for (const STriggerSetModel& set : model.errors[error].sets)
         {
