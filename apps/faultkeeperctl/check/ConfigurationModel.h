@@ -68,7 +68,8 @@ struct SDefinition
     SPlace place;
     ErrorId id = ErrorId(-1, -1);
     int meantMode = -1;      ///< of a failure mode that is not known, the one that comes nearest
-    bool identified = false; ///< all its names are known, or come near one that is
+    bool identified = false; ///< all its names are known, or come near some that no other error has
+    bool guessed = false;    ///< a name of its module, sub-module or problem is not known
     bool visible = false;
     bool mayBeVisible = false; ///< it is, or only a slip that was told keeps it from that
     int severity = eesUnknown;

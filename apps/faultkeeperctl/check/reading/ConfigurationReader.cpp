@@ -82,8 +82,9 @@ void CConfigurationReader::ReadEntry(const CElement& entry)
         m_model.unreadModules.insert(module.value);
         return;
     }
-    TellTwice(entry, module.value);
-    ReadModule(module.value, File(name));
+    if (module.known)
+        TellTwice(entry, module.value);
+    ReadModule(module, File(name));
 }
 
 void CConfigurationReader::TellTwice(const CElement& entry, int module)
@@ -95,12 +96,12 @@ void CConfigurationReader::TellTwice(const CElement& entry, int module)
                                               ": all of its errors are defined twice");
 }
 
-void CConfigurationReader::ReadModule(int module, const SFile& file)
+void CConfigurationReader::ReadModule(const SNameRead& module, const SFile& file)
 {
     if (file.top != nullptr && file.top->Name() == kModule)
         m_modules.Read(module, CElement(ModuleForm(), file.path, *file.top));
     else
-        m_model.unreadModules.insert(module);
+        m_model.unreadModules.insert(module.value);
 }
 
 } // namespace Faultkeeper::Apps

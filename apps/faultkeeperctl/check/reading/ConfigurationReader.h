@@ -49,7 +49,7 @@ private:
     void SkipEntries(const CElement& list);
     void ReadEntry(const CElement& entry);
     void TellTwice(const CElement& entry, int module);
-    void ReadModule(int module, const SFile& file);
+    void ReadModule(const SNameRead& module, const SFile& file);
 
     const std::string m_prefix;
     CFindings& m_findings;

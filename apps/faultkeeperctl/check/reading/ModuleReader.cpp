@@ -26,9 +26,10 @@ int ValueIn(const std::vector<SNamedValue>& names, const std::string& name)
     return found == names.end() ? kNotNear : found->value;
 }
 
-int Joined(int code, int value)
+SNameRead Joined(const SNameRead& left, const SNameRead& right)
 {
-    return code < 0 || value < 0 ? kNotNear : code | value;
+    const bool near = left.value >= 0 && right.value >= 0;
+    return {near ? left.value | right.value : kNotNear, left.known && right.known};
 }
 
 std::vector<std::string> TextTypes()
@@ -53,40 +54,41 @@ SNameRead ReadName(const CElement& element, const char* attribute, const std::st
     return {ValueIn(names, message.suggestion), false};
 }
 
-void CModuleReader::Read(int module, const CElement& top)
+void CModuleReader::Read(const SNameRead& module, const CElement& top)
 {
     top.TellUnread(m_findings);
     if (!top.VisitChildren(m_findings, [&](const CElement& child) { ReadSubModule(module, child); }))
-        m_model.unreadModules.insert(module);
+        m_model.unreadModules.insert(module.value);
 }
 
-void CModuleReader::ReadSubModule(int module, const CElement& subModule)
+void CModuleReader::ReadSubModule(const SNameRead& module, const CElement& subModule)
 {
     const SNameRead name =
         ReadName(subModule, kIdentifier, "sub-module", SubModuleNames(), kSubModuleIsKnown, m_findings);
-    const int code = Joined(module, name.value);
+    const SNameRead code = Joined(module, name);
     if (!subModule.VisitChildren(m_findings, [&](const CElement& child) { ReadProblem(code, child); }))
-        m_model.unreadModules.insert(module);
+        m_model.unreadModules.insert(module.value);
 }
 
-void CModuleReader::ReadProblem(int code, const CElement& problem)
+void CModuleReader::ReadProblem(const SNameRead& code, const CElement& problem)
 {
     const SNameRead name =
         ReadName(problem, kIdentifier, "problem", ProblemNames(), kProblemIsKnown, m_findings);
-    const int whole = Joined(code, name.value);
+    const SNameRead whole = Joined(code, name);
     if (!problem.VisitChildren(m_findings, [&](const CElement& child) { ReadError(whole, child); }))
-        m_model.unreadModules.insert(code < 0 ? kNotNear : code & kModuleMask);
+        m_model.unreadModules.insert(code.value < 0 ? kNotNear : code.value & kModuleMask);
 }
 
-void CModuleReader::ReadError(int code, const CElement& error)
+void CModuleReader::ReadError(const SNameRead& code, const CElement& error)
 {
     SDefinition definition;
     definition.place = error.Place();
-    definition.id.first = code;
+    definition.id.first = code.value;
     definition.visible = error.Value(kVisible) == kFlagOn;
     definition.mayBeVisible = error.MayBeOn(kVisible);
     definition.id.second = ReadFailureMode(error, definition);
-    definition.identified = code >= 0 && definition.id.second >= 0;
+    definition.identified = code.value >= 0 && definition.id.second >= 0;
+    definition.guessed = !code.known;
     definition.severity =
         ReadName(error, kSeverity, "severity", SeverityNames(), kSeverityIsKnown, m_findings).value;
     ReadContent(error, definition);
@@ -181,17 +183,28 @@ void CModuleReader::RequireTexts(const SDefinition& definition)
     }
 }
 
+/// Two of which one is guessed are hardly the same: then nobody knows which one that is.
 void CModuleReader::Define(const SDefinition& definition)
 {
     m_model.errors.push_back(definition);
-    if (!definition.identified)
+    const std::size_t before = m_model.Find(definition.id);
+    if (before != kNoError && m_model.errors[before].guessed && !definition.guessed)
+        Doubt(m_model.errors[before]);
+    if (!definition.identified || (before != kNoError && definition.guessed))
     {
-        m_model.unidentifiedModes.insert(definition.id.second);
+        Doubt(m_model.errors.back());
         return;
     }
     m_model.index[definition.id] = m_model.errors.size() - 1;
     if (definition.meantMode >= 0)
         m_model.meant.insert(ErrorId(definition.id.first, definition.meantMode));
+}
+
+/// The error may be any one of its failure mode.
+void CModuleReader::Doubt(SDefinition& guessed)
+{
+    guessed.identified = false;
+    m_model.unidentifiedModes.insert(guessed.id.second);
 }
 
 } // namespace Faultkeeper::Apps

@@ -11,7 +11,7 @@
 namespace Faultkeeper::Apps
 {
 
-/// What an attribute that holds a name stands for.
+/// What an attribute that holds a name stands for, or several of them together.
 struct SNameRead
 {
     int value;  ///< of the nearest name if the name itself is not known; -1 if none is near
@@ -35,22 +35,22 @@ public:
     /// @param model  borrowed; gets the errors
     CModuleReader(SConfigurationModel& model, CFindings& findings) : m_model(model), m_findings(findings) {}
 
-    /// @param module  its value, or -1
-    /// @param top     the file's top element; its document must be there as long as PendingSets is used
-    void Read(int module, const CElement& top);
+    /// @param top  the file's top element; its document must be there as long as PendingSets is used
+    void Read(const SNameRead& module, const CElement& top);
 
     const PendingSets& Pending() const { return m_pending; }
 
 private:
-    void ReadSubModule(int module, const CElement& subModule);
-    void ReadProblem(int code, const CElement& problem);
-    void ReadError(int code, const CElement& error);
+    void ReadSubModule(const SNameRead& module, const CElement& subModule);
+    void ReadProblem(const SNameRead& code, const CElement& problem);
+    void ReadError(const SNameRead& code, const CElement& error);
     int ReadFailureMode(const CElement& error, SDefinition& definition);
     void ReadContent(const CElement& error, SDefinition& definition);
     void RememberSets(const CElement& triggerSets, std::size_t before, SDefinition& definition);
     void ReadText(const CElement& text, SDefinition& definition);
     void RequireTexts(const SDefinition& definition);
     void Define(const SDefinition& definition);
+    void Doubt(SDefinition& guessed);
 
     SConfigurationModel& m_model;
     CFindings& m_findings;

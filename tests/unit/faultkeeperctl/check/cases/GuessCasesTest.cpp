@@ -18,9 +18,30 @@ SEdit SetOfBus(const std::string& trigger)
                     "        </TriggerSet></TriggerSets>\n")};
 }
 
+// Another sub-module of the bus's module, with the same error.
+std::string SubModuleLikeBus(const std::string& name)
+{
+    return "  <SubModule identifier=\"" + name +
+           "\">\n"
+           "    <Problem identifier=\"Power\">\n"
+           "      <Error identifier=\"4\" severity=\"Medium\">\n"
+           "        <Text type=\"title\" text=\"Strange\"/>\n"
+           "        <Text type=\"problem\" text=\"Strange things happen.\"/>\n"
+           "        <Text type=\"solution\" text=\"Wait.\"/>\n"
+           "        <Text type=\"shortProblem\" text=\"Strange\"/>\n"
+           "      </Error>\n"
+           "    </Problem>\n"
+           "  </SubModule>\n";
+}
+
 const char* const kUnknownBusInAnId =
     "positioning.xml:20:24: error: unknown sub-module \"Bos\" in an id; did you mean \"Bus\"? [rule 305: "
     "subModuleId != esmiUnknown]\n"
+    "1 error, 0 warnings in 4 files\n";
+
+const char* const kUnknownSubModuleInCan =
+    "can.xml:12:14: error: unknown sub-module \"Bos\"; did you mean \"Bus\"? [rule 97: subModuleId != "
+    "esmiUnknown]\n"
     "1 error, 0 warnings in 4 files\n";
 
 // Names that are not known, and come near one that was probably not meant.
@@ -98,6 +119,30 @@ const SCheckCase kGuessCases[] = {
        "      <error id=\"Positioning:GSP:No Data:2\"/>\n"}},
      "ErrorPatterns.xml:9:14: warning: unknown sub-module \"GSP\" in an id; did you mean \"GPS\"?\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"AFileOfTwoModulesThatNobodyKnows",
+     {{kList, "\"Positioning\" file=\"positioning.xml\"", "\"Qwertyuiop\" file=\"can.xml\""},
+      {kList, "\"CAN\"", "\"Zxcvbnmzxcv\""},
+      {kPatterns, kWhole, "<ErrorPatterns><Patterns/></ErrorPatterns>\n"}},
+     "FaultkeeperConfig.xml:3:13: error: unknown module \"Qwertyuiop\" [rule 47: moduleId != emiUnknown]\n"
+     "FaultkeeperConfig.xml:4:13: error: unknown module \"Zxcvbnmzxcv\" [rule 47: moduleId != emiUnknown]\n"
+     "2 errors, 0 warnings in 3 files\n"},
+    {"AFileOfAModuleAndOfOneWhoseNameComesNearIt",
+     {{kList, "  </ErrorList>", "    <Module identifier=\"CAM\" file=\"can.xml\"/>\n  </ErrorList>"}},
+     "FaultkeeperConfig.xml:5:13: error: unknown module \"CAM\"; did you mean \"CAN\"? [rule 47: moduleId != "
+     "emiUnknown]\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"AnErrorBehindTheOneThatItsNameComesNear",
+     {{kCan, "</Module>\n", SubModuleLikeBus("Bos") + "</Module>\n"}},
+     kUnknownSubModuleInCan},
+    {"AnErrorInFrontOfTheOneThatItsNameComesNear",
+     {{kCan, "\"Bus\"", "\"Bos\""}, {kCan, "</Module>\n", SubModuleLikeBus("Bus") + "</Module>\n"}},
+     "can.xml:2:14: error: unknown sub-module \"Bos\"; did you mean \"Bus\"? [rule 97: subModuleId != "
+     "esmiUnknown]\n"
+     "1 error, 0 warnings in 4 files\n"},
+    {"ATriggerOfAnErrorThatOneBesideTheNearestMayBe",
+     {{kCan, "</Module>\n", SubModuleLikeBus("Bos") + "</Module>\n"},
+      {kPositioning, "CAN:Bus:Power:4", "CAN:CAN:Power:4"}},
+     kUnknownSubModuleInCan},
 };
 
 INSTANTIATE_TEST_SUITE_P(Guess, CheckTest, testing::ValuesIn(kGuessCases), NameOf);
