@@ -10,15 +10,24 @@ namespace Faultkeeper::Apps
 namespace
 {
 constexpr std::uint64_t kLargestPosition = std::numeric_limits<std::int32_t>::max();
-}
+} // namespace
 
+/// An error whose sets link nothing is no leaf: nothing is counted from it upward.
 CPatternMatches::CPatternMatches(const CHierarchy& hierarchy)
     : m_hierarchy(hierarchy), m_positions(hierarchy.Model().errors.size(), 1)
 {
+    Marks fromLeaf(m_positions.size(), 0);
     for (const std::size_t error : hierarchy.FromLeaves())
     {
-        for (const std::size_t trigger : hierarchy.Triggers(error))
-            m_positions[error] = std::min(m_positions[error] + m_positions[trigger], kLargestPosition);
+        const CHierarchy::Errors& triggers = hierarchy.Triggers(error);
+        const bool aboveLeaf = std::any_of(triggers.begin(), triggers.end(),
+                                           [&](std::size_t trigger) { return fromLeaf[trigger] != 0; });
+        fromLeaf[error] = aboveLeaf || hierarchy.Sets(error).empty() ? 1 : 0;
+        for (const std::size_t trigger : triggers)
+        {
+            if (aboveLeaf)
+                m_positions[error] = std::min(m_positions[error] + m_positions[trigger], kLargestPosition);
+        }
     }
 }
 

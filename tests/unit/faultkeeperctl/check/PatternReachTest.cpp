@@ -56,6 +56,8 @@ CConfigurationBuilder RandomErrors(std::mt19937& random)
             set.errorLinking = random() % 4 == 0 ? "shallow" : "";
             parent.sets.push_back(set);
         }
+        if (random() % 6 == 0)
+            parent.sets.emplace_back(); // no trigger: the error is no leaf, nor larger for it
         builder.Add(parent);
     }
     return builder;

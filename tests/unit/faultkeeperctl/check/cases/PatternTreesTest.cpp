@@ -47,6 +47,19 @@ TEST(PatternTreeTest, AnErrorOfTheSameSizeBesideTheTreeIsNot)
     EXPECT_EQ(Checked(Twins(), {kPower, kChecksum}), "0 errors, 0 warnings in 3 files\n");
 }
 
+/// One whose only set has no triggers is no leaf, so that its parent does not grow above it.
+TEST(PatternTreeTest, AParentOfAnErrorWhoseSetIsEmptyIsNoLarger)
+{
+    const CConfigurationBuilder builder =
+        CConfigurationBuilder().Parent(kChecksum, {}).Parent(kPower, {kChecksum});
+    const std::string told = "module0.xml:10:1: warning: this \"TriggerSet\" has no triggers\n";
+    EXPECT_EQ(Checked(builder, {kChecksum}), told + "0 errors, 1 warning in 3 files\n");
+    EXPECT_EQ(Checked(builder, {kChecksum, kPower}),
+              told + "ErrorPatterns.xml:2:1: warning: this pattern never matches: no tree can hold exactly "
+                     "these errors\n"
+                     "0 errors, 2 warnings in 3 files\n");
+}
+
 TEST(PatternTreeTest, OnlyErrorsThatStayRaisedByThemselvesAreInTheWay)
 {
     EXPECT_EQ(
