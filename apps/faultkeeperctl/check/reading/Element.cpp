@@ -147,6 +147,19 @@ bool CElement::HoldsMisspelled(const char* name) const
                        });
 }
 
+bool CElement::HasMisspelled(const char* attribute) const
+{
+    const std::vector<std::string> names = AttributeNames(*m_form);
+    const auto& attributes = m_node->Attributes();
+    return std::any_of(attributes.begin(), attributes.end(),
+                       [&](const auto& there)
+                       {
+                           const std::string& name = there.first;
+                           return std::find(names.begin(), names.end(), name) == names.end() &&
+                                  NearestName(name, names) == attribute;
+                       });
+}
+
 std::string CElement::Lacks(const char* attribute) const
 {
     return "this " + Quoted(m_node->Name()) + " has no " + Quoted(attribute);

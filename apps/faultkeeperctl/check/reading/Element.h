@@ -66,6 +66,9 @@ public:
     /// Does it hold an element that does not belong there, and probably was to be one of this name?
     bool HoldsMisspelled(const char* name) const;
 
+    /// Does it have an attribute that does not belong there, and probably was to be this one?
+    bool HasMisspelled(const char* attribute) const;
+
     /// "this "Error" has no "identifier"".
     std::string Lacks(const char* attribute) const;
 

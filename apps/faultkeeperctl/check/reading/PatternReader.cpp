@@ -44,11 +44,11 @@ void ReadAll(const CElement& patterns, SConfigurationModel& model, CFindings& fi
                            [&](const CElement& element)
                            {
                                const SPatternModel pattern = ReadPattern(element, model, findings);
-                               if (pattern.code.empty())
+                               if (!pattern.code.empty())
+                                   model.patterns.push_back(pattern);
+                               else if (!element.HasMisspelled(kFixedCode))
                                    findings.Warning(element.Place(kFixedCode),
                                                     "this \"pattern\" has no \"fixedCode\" and is not read");
-                               else
-                                   model.patterns.push_back(pattern);
                            });
 }
 

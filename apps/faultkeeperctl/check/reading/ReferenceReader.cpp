@@ -151,7 +151,7 @@ bool ReadPatternReference(const CElement& element, CFindings& findings, SReferen
     const Tell tell = [&](const SConfigurationRule&, const SMessage& message)
     { findings.Warning(read.place, message); };
     std::vector<std::string> fields;
-    if (read.text.empty())
+    if (read.text.empty() && !element.HasMisspelled(kId))
         findings.Warning(read.place, element.Lacks(kId) + " and is not read");
     if (read.text.empty() || !Split(read.text, fields, tell))
         return false;

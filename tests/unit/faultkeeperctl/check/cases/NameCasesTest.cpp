@@ -34,9 +34,17 @@ const SCheckCase kNameCases[] = {
      "0 errors, 1 warning in 4 files\n"},
     {"ACodeUnderAnotherName",
      {{kPatterns, "fixedCode=\"P-2\"", "fixCode=\"P-2\""}},
-     "ErrorPatterns.xml:7:5: warning: this \"pattern\" has no \"fixedCode\" and is not read\n"
      "ErrorPatterns.xml:7:14: warning: unknown attribute \"fixCode\"; did you mean \"fixedCode\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ACodeUnderANameThatNobodyCouldMean",
+     {{kPatterns, "fixedCode=\"P-2\"", "number=\"P-2\""}},
+     "ErrorPatterns.xml:7:5: warning: this \"pattern\" has no \"fixedCode\" and is not read\n"
+     "ErrorPatterns.xml:7:14: warning: unknown attribute \"number\"\n"
      "0 errors, 2 warnings in 4 files\n"},
+    {"AnIdUnderAnotherName",
+     {{kPatterns, "<error id=", "<error ID="}},
+     "ErrorPatterns.xml:4:14: warning: unknown attribute \"ID\"; did you mean \"id\"?\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"AFlagThatIsTrue",
      {{kPositioning, "visible=\"yes\"", "visible=\"true\""}},
      "positioning.xml:4:81: warning: \"visible\" is \"true\", which counts as \"no\": write \"yes\" or "
