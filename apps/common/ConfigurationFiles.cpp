@@ -1,5 +1,8 @@
 #include "common/ConfigurationFiles.h"
 
+#include "common/text/NearestName.h"
+#include "common/text/TypedText.h"
+
 #include <Core/IO/XMLDocument.h>
 #include <Faultkeeper/StatusTable.h>
 
@@ -100,11 +103,25 @@ void CConfigurationFiles::ReadList(const std::string& path)
     const XMLNode* const list = top.Name() == "Faultkeeper" ? top.Child("ErrorList") : nullptr;
     if (top.Name() != "Faultkeeper")
         Add(true, path, top.Line(), top.Column(),
-            "the top element is not \"Faultkeeper\" but \"" + top.Name() + "\"");
+            "the top element is not \"Faultkeeper\" but \"" + top.Name() + "\"",
+            NearestName(top.Name(), {"Faultkeeper"}));
     else if (list == nullptr)
-        Add(true, path, top.Line(), top.Column(), "there is no \"ErrorList\" in \"Faultkeeper\"");
+        AddMissingList(path, top);
     else
         ReadModules(path, *list);
+}
+
+void CConfigurationFiles::AddMissingList(const std::string& path, const XMLNode& top)
+{
+    const std::string name = "ErrorList";
+    const auto misspelled =
+        std::find_if(top.Children().begin(), top.Children().end(),
+                     [&name](const XMLNode& child) { return NearestName(child.Name(), {name}) == name; });
+    if (misspelled == top.Children().end())
+        Add(true, path, top.Line(), top.Column(), "there is no \"" + name + "\" in \"Faultkeeper\"");
+    else
+        Add(true, path, misspelled->Line(), misspelled->Column(),
+            "unknown element " + QuotedTyped(misspelled->Name()) + "; did you mean \"" + name + "\"?", name);
 }
 
 void CConfigurationFiles::ReadModules(const std::string& path, const XMLNode& list)
@@ -158,9 +175,12 @@ void CConfigurationFiles::CountErrors(const std::string& path, const XMLDocument
     if (content.errors + content.foreign > 0)
         return;
     m_faulty.insert(path);
-    Add(true, path, top.Line(), top.Column(),
-        top.Name() == "Module" ? "the \"Module\" is empty: it defines no error"
-                               : "the top element is not \"Module\" but \"" + top.Name() + "\"");
+    if (top.Name() == "Module")
+        Add(true, path, top.Line(), top.Column(), "the \"Module\" is empty: it defines no error");
+    else
+        Add(true, path, top.Line(), top.Column(),
+            "the top element is not \"Module\" but \"" + top.Name() + "\"",
+            NearestName(top.Name(), {"Module"}));
 }
 
 void CConfigurationFiles::CheckCapacity(const std::string& path, const XMLNode& list)
@@ -174,9 +194,9 @@ void CConfigurationFiles::CheckCapacity(const std::string& path, const XMLNode& 
 }
 
 void CConfigurationFiles::Add(bool fatal, const std::string& file, int line, int column,
-                              const std::string& text)
+                              const std::string& text, const std::string& suggestion)
 {
-    m_findings.push_back({fatal, file, line, column, text});
+    m_findings.push_back({fatal, file, line, column, text, suggestion});
 }
 
 } // namespace Faultkeeper::Apps

@@ -25,6 +25,7 @@ struct SConfigurationFinding
     int line = 1;   ///< from 1, as in all editors
     int column = 1; ///< from 1, in characters
     std::string text;
+    std::string suggestion{}; ///< the name that was probably meant; "" if there is none
 
     /// "file:line:column: error: text", or "warning" for "error".
     std::string Line() const;
@@ -66,11 +67,13 @@ public:
 
 private:
     void ReadList(const std::string& path);
+    void AddMissingList(const std::string& path, const Core::IO::XMLNode& top);
     void ReadModules(const std::string& path, const Core::IO::XMLNode& list);
     void ReadModule(const std::string& listPath, const Core::IO::XMLNode& entry);
     void CountErrors(const std::string& path, const Core::IO::XMLDocument& document);
     void CheckCapacity(const std::string& path, const Core::IO::XMLNode& list);
-    void Add(bool fatal, const std::string& file, int line, int column, const std::string& text);
+    void Add(bool fatal, const std::string& file, int line, int column, const std::string& text,
+             const std::string& suggestion = "");
 
     std::string m_prefix;
     int m_errorCount;

@@ -35,7 +35,7 @@ Json FindingDocument(const SCheckFinding& finding)
     document["column"] = finding.what.column;
     document["severity"] = finding.what.fatal ? "error" : "warning";
     document["text"] = finding.what.text;
-    document["suggestion"] = finding.suggestion.empty() ? Json() : Json(finding.suggestion);
+    document["suggestion"] = finding.what.suggestion.empty() ? Json() : Json(finding.what.suggestion);
     document["rule"] = RuleDocument(finding);
     return document;
 }

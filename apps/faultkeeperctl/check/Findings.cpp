@@ -46,8 +46,7 @@ void CFindings::Add(const SConfigurationFinding& finding)
 
 SCheckFinding& CFindings::Add(bool error, const SPlace& place, const SMessage& message)
 {
-    Add({error, place.file, place.line, place.column, message.text});
-    m_findings.back().suggestion = message.suggestion;
+    Add({error, place.file, place.line, place.column, message.text, message.suggestion});
     return m_findings.back();
 }
 
@@ -70,10 +69,12 @@ std::vector<SCheckFinding> CFindings::InOrder() const
                      [this](const SCheckFinding& left, const SCheckFinding& right)
                      { return Before(left, right); });
     std::set<std::string> told; // the first of several came first, and has the smallest load order
-    findings.erase(std::remove_if(findings.begin(), findings.end(),
-                                  [&told](const SCheckFinding& finding)
-                                  { return !told.insert(finding.Line()).second; }),
-                   findings.end());
+    const auto toldBefore = [&told](SCheckFinding finding)
+    {
+        finding.what.fatal = true;
+        return !told.insert(finding.Line()).second;
+    };
+    findings.erase(std::remove_if(findings.begin(), findings.end(), toldBefore), findings.end());
     return findings;
 }
 

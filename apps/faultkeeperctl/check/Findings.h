@@ -40,8 +40,7 @@ SMessage UnknownName(const std::string& what, const std::string& typed, const st
 /// Something that is wrong with a configuration.
 struct SCheckFinding
 {
-    SConfigurationFinding what; ///< an error is "fatal"
-    std::string suggestion;
+    SConfigurationFinding what;               ///< an error is "fatal"
     const SConfigurationRule* rule = nullptr; ///< not null: the library ends the process over this
     int loadOrder = 0;                        ///< of broken rules: when the library meets it, from 1
     bool acrossFiles = false;                 ///< follows from what stands in several places
@@ -73,7 +72,8 @@ public:
     /// An error that no file has on its own.
     void ErrorAcross(const SPlace& place, const std::string& text);
 
-    /// File by file, in each by position, and those across files at the end; nothing twice.
+    /// File by file, in each by position, and those across files at the end; nothing twice, nor as a warning
+    /// what is an error before.
     std::vector<SCheckFinding> InOrder() const;
 
 private:

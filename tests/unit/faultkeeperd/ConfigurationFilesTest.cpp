@@ -87,9 +87,16 @@ TEST_F(ConfigurationFiles, WantsAFaultkeeperElementOnTop)
 
 TEST_F(ConfigurationFiles, WantsAnErrorList)
 {
-    Write("FaultkeeperConfig.xml", "<Faultkeeper>\n  <Errors/>\n</Faultkeeper>\n");
+    Write("FaultkeeperConfig.xml", "<Faultkeeper>\n  <Modules/>\n</Faultkeeper>\n");
     EXPECT_EQ(Findings(),
               "DIR/FaultkeeperConfig.xml:1:1: error: there is no \"ErrorList\" in \"Faultkeeper\"\n");
+}
+
+TEST_F(ConfigurationFiles, PointsAtAnErrorListThatIsMisspelled)
+{
+    Write("FaultkeeperConfig.xml", "<Faultkeeper>\n  <Modules/>\n  <Errors/>\n</Faultkeeper>\n");
+    EXPECT_EQ(Findings(), "DIR/FaultkeeperConfig.xml:3:3: error: unknown element \"Errors\"; did you mean "
+                          "\"ErrorList\"?\n");
 }
 
 TEST_F(ConfigurationFiles, WantsModulesInTheErrorList)

@@ -36,6 +36,25 @@ TEST(CheckReportTest, ADocumentHasNumbersAndAllFindings)
         "\\\"no\\\"\",\"suggestion\":null,\"rule\":null}]}");
 }
 
+/// What is suggested for the only finding.
+Json Suggested(const std::vector<CheckCases::SEdit>& edits)
+{
+    return CheckDocument(Checked(edits)).at("findings").at(0).at("suggestion");
+}
+
+TEST(CheckReportTest, TheRightNameIsSuggestedForTopElements)
+{
+    EXPECT_EQ(Suggested({{CheckCases::kList, CheckCases::kWhole, "<Faultkeper/>"}}), "Faultkeeper");
+    EXPECT_EQ(Suggested({{CheckCases::kCan, CheckCases::kWhole, "<Modul/>"}}), "Module");
+    EXPECT_EQ(Suggested({{CheckCases::kCan, CheckCases::kWhole, "<Anything/>"}}), Json());
+}
+
+TEST(CheckReportTest, TheRightNameIsSuggestedForAMisspelledErrorList)
+{
+    EXPECT_EQ(Suggested({{CheckCases::kList, CheckCases::kWhole, "<Faultkeeper><ErorList/></Faultkeeper>"}}),
+              "ErrorList");
+}
+
 TEST(CheckReportTest, NothingFoundIsADocumentToo)
 {
     EXPECT_EQ(CheckDocument(Checked({})).dump(), "{\"errors\":0,\"warnings\":0,\"files\":4,\"findings\":[]}");

@@ -20,10 +20,14 @@ const SCheckCase kFileCases[] = {
      "FaultkeeperConfig.xml:1:1: error: the top element is not \"Faultkeeper\" but \"FaultKeeper\"\n"
      "1 error, 0 warnings in 2 files\n"},
     {"ThereIsNoErrorList",
-     {{kList, "<ErrorList>", "<Errorlist>"}, {kList, "</ErrorList>", "</Errorlist>"}},
+     {{kList, "<ErrorList>", "<Modules>"}, {kList, "</ErrorList>", "</Modules>"}},
      "FaultkeeperConfig.xml:1:1: error: there is no \"ErrorList\" in \"Faultkeeper\"\n"
-     "FaultkeeperConfig.xml:2:3: warning: unknown element \"Errorlist\"; did you mean \"ErrorList\"?\n"
+     "FaultkeeperConfig.xml:2:3: warning: \"Modules\" in \"Faultkeeper\" is not read\n"
      "1 error, 1 warning in 2 files\n"},
+    {"TheErrorListIsMisspelled",
+     {{kList, "<ErrorList>", "<Errorlist>"}, {kList, "</ErrorList>", "</Errorlist>"}},
+     "FaultkeeperConfig.xml:2:3: error: unknown element \"Errorlist\"; did you mean \"ErrorList\"?\n"
+     "1 error, 0 warnings in 2 files\n"},
     {"TheListIsEmpty",
      {{kList,
        "    <Module identifier=\"Positioning\" file=\"positioning.xml\"/>\n"
