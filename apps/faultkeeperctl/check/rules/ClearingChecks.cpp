@@ -31,8 +31,8 @@ bool ShareOne(const SAutomatic& left, const SAutomatic& right)
                        [&right](std::size_t member) { return Holds(right, member); });
 }
 
-/// An error without several automatic sets has none here, nor has one with a set that is in doubt.
-/// Triggers that the library skips are none.
+/// An error without several automatic sets has none here, nor has one with a set that is in doubt or links
+/// nothing, which was told. Triggers that the library skips are none.
 std::vector<SAutomatic> AutomaticSets(const CHierarchy& hierarchy, std::size_t error)
 {
     std::vector<SAutomatic> sets;
@@ -40,7 +40,7 @@ std::vector<SAutomatic> AutomaticSets(const CHierarchy& hierarchy, std::size_t e
     {
         if (!set.model->autoTrigger)
             continue;
-        if (!hierarchy.Model().IsCertain(*set.model) || !set.model->doubtful.empty())
+        if (!hierarchy.Model().IsCertain(*set.model) || !set.model->doubtful.empty() || set.triggers.empty())
             return {};
         SAutomatic automatic = {&set, set.triggers};
         Errors& members = automatic.members;

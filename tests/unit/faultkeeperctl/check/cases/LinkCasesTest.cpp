@@ -225,6 +225,34 @@ const SCheckCase kLinkCases[] = {
      "positioning.xml:23:11: warning: this set and the one in line 11 are automatic but share no trigger: "
      "the error is never cleared by its triggers\n"
      "0 errors, 2 warnings in 4 files\n"},
+    {"TwoAutomaticSetsOneOfWhichOnlyLinksToItself",
+     {{kPositioning, "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n", ""},
+      {kPositioning, "CAN:Bus:Power:4", "Positioning:GPS:No Data:2"},
+      SecondSetOfBus(),
+      PatternOfSatellitesOnly()},
+     "positioning.xml:11:11: warning: this \"TriggerSet\" is left without triggers: none names another "
+     "error\n"
+     "positioning.xml:19:24: warning: the error \"Positioning:GPS:No Data:2\" links to itself: the trigger "
+     "is skipped\n"
+     "0 errors, 2 warnings in 4 files\n"},
+    {"TwoAutomaticSetsOneOfWhichNamesOnlyWhatIsNotDefined",
+     {{kPositioning, "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n", ""},
+      {kPositioning, "CAN:Bus:Power:4", "Service:Navigation:Initialisation:11"},
+      SecondSetOfBus(),
+      PatternOfSatellitesOnly()},
+     "positioning.xml:11:11: warning: this \"TriggerSet\" is left without triggers: none names another "
+     "error\n"
+     "positioning.xml:19:24: warning: no error \"Service:Navigation:Initialisation:11\" is defined\n"
+     "0 errors, 2 warnings in 4 files\n"},
+    {"TwoAutomaticSetsOneOfWhichHasNoTriggers",
+     {{kPositioning,
+       "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n"
+       "              <Trigger id=\"CAN:Bus:Power:4\"/>\n",
+       ""},
+      SecondSetOfBus(),
+      PatternOfSatellitesOnly()},
+     "positioning.xml:11:11: warning: this \"TriggerSet\" has no triggers\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"TwoAutomaticSetsOneOfWhichHasAMisspelledTrigger",
      {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Data:17"}, SecondSetOfBus()},
      "positioning.xml:20:24: warning: no error \"CAN:Bus:Data:17\" is defined; did you mean "
