@@ -106,7 +106,7 @@ int CModuleReader::ReadFailureMode(const CElement& error, SDefinition& definitio
         m_findings.BrokenRule(error.Place(kIdentifier), kErrorHasIdentifier, error.Lacks(kIdentifier));
         return kNotNear;
     }
-    const bool exact = mode != eptUnknown && (IsPlainNumber(name) || ValueIn(FailureModeNames(), name) >= 0);
+    const bool exact = mode != eptUnknown && (IsWholeNumber(name) || ValueIn(FailureModeNames(), name) >= 0);
     if (exact)
         return mode;
     const SMessage unknown = UnknownName("failure mode", name, NamesOf(FailureModeNames()),

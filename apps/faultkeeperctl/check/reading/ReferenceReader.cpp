@@ -7,7 +7,6 @@
 
 #include <Core/Utilities/SplitString.h>
 
-#include <algorithm>
 #include <functional>
 
 namespace Faultkeeper::Apps
@@ -21,6 +20,7 @@ namespace
 constexpr const char* kFormHint = "it takes four fields, Module:Sub-module:Problem:Failure mode, such as "
                                   "\"Positioning:GPS:No Data:2\"";
 constexpr std::size_t kModeField = 3;
+constexpr const char* kWhiteSpace = " \t\n\v\f\r";
 
 /// A field that holds a name.
 struct SNameField
@@ -94,10 +94,11 @@ int NearestMode(const std::string& field)
     return -1;
 }
 
-/// Failure modes are names where errors are defined, but numbers where they are named.
+/// Failure modes are names where errors are defined, but numbers where they are named; no blanks stand around
+/// the colons.
 void CheckMode(const std::string& field, SReference& reference, CFindings& findings)
 {
-    if (IsPlainNumber(field))
+    if (IsWholeNumber(field) && field.find_first_of(kWhiteSpace) == std::string::npos)
         return;
     const int meant = NearestMode(field);
     const std::string number = meant < 0 ? "" : std::to_string(meant);
@@ -123,10 +124,13 @@ SReference Begun(const CElement& element)
 }
 } // namespace
 
-bool IsPlainNumber(const std::string& text)
+bool IsWholeNumber(const std::string& text)
 {
-    return !text.empty() &&
-           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    const std::size_t start = text.find_first_not_of(kWhiteSpace);
+    if (start == std::string::npos)
+        return false;
+    const std::size_t digits = start + (text[start] == '+' || text[start] == '-' ? 1 : 0);
+    return digits < text.size() && text.find_first_not_of("0123456789", digits) == std::string::npos;
 }
 
 SReference ReadTriggerReference(const CElement& element, CFindings& findings)

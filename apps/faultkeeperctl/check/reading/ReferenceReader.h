@@ -7,8 +7,8 @@
 namespace Faultkeeper::Apps
 {
 
-/// How an identifier's failure mode is written, if it is a number: digits and nothing else.
-bool IsPlainNumber(const std::string& text);
+/// Is it read as a number to its end? White space in front of it and a sign belong to it.
+bool IsWholeNumber(const std::string& text);
 
 /// Reads the "id" of a trigger, as the library does. What breaks a rule is told as such.
 SReference ReadTriggerReference(const CElement& element, CFindings& findings);

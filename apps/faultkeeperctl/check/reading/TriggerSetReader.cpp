@@ -29,11 +29,6 @@ std::vector<std::string> LinkingNames()
         names.emplace_back(word.word);
     return names;
 }
-
-bool IsWholeNumber(const std::string& text)
-{
-    return IsPlainNumber(text) || (!text.empty() && text.front() == '-' && IsPlainNumber(text.substr(1)));
-}
 } // namespace
 
 void CTriggerSetReader::Read(const CElement& triggerSets)

@@ -239,6 +239,22 @@ TEST(GoodConfigurationTest, NothingIsToldOfOptionsThatSayWhatIsUsual)
               kNothingInFour);
 }
 
+TEST(GoodConfigurationTest, NothingIsToldOfNumbersWithBlanksInFrontAndSigns)
+{
+    for (const char* const one : {"1", " 1", "+1", "&#9;&#10;&#13;+01"})
+        EXPECT_EQ(CheckedEdited({{CheckCases::kPositioning, "name=\"triggersNeeded\" value=\"1\"",
+                                  "name=\"triggersNeeded\" value=\"" + std::string(one) + "\""}}),
+                  kNothingInFour)
+            << one;
+    for (const char* const four : {"4", "04", " 4", "+4", "&#9;+4"})
+        EXPECT_EQ(CheckedEdited(
+                      {{CheckCases::kCan, "identifier=\"4\"", "identifier=\"" + std::string(four) + "\""}}),
+                  kNothingInFour)
+            << four;
+    EXPECT_EQ(CheckedEdited({{CheckCases::kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power:+4"}}),
+              kNothingInFour);
+}
+
 TEST(GoodConfigurationTest, NothingIsToldOfASchemaThatEditorsFind)
 {
     EXPECT_EQ(CheckedEdited({{CheckCases::kCan, "<Module>",

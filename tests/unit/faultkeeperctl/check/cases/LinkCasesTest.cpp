@@ -47,6 +47,11 @@ const SCheckCase kLinkCases[] = {
      "positioning.xml:20:24: warning: the failure mode in an id is a number, but here it is \"4 \", which is "
      "read as 4\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"ATriggerWithABlankInFrontOfTheNumber",
+     {{kPositioning, "CAN:Bus:Power:4", "CAN:Bus:Power: 4"}},
+     "positioning.xml:20:24: warning: the failure mode in an id is a number, but here it is \" 4\", which is "
+     "read as 4\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"ASelfLink",
      {{kPositioning, "CAN:Bus:Power:4", "Positioning:GPS:No Data:2"}},
      "positioning.xml:20:24: warning: the error \"Positioning:GPS:No Data:2\" links to itself: the trigger "
@@ -196,6 +201,14 @@ const SCheckCase kLinkCases[] = {
     {"AThresholdThatIsNoNumber",
      {{kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"two\""}},
      "positioning.xml:14:45: warning: \"triggersNeeded\" is \"two\", which is read as 0\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"AThresholdOfASignOnly",
+     {{kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\" +\""}},
+     "positioning.xml:14:45: warning: \"triggersNeeded\" is \" +\", which is read as 0\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"AThresholdWithABlankBehindTheSign",
+     {{kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"+ 1\""}},
+     "positioning.xml:14:45: warning: \"triggersNeeded\" is \"+ 1\", which is read as 0\n"
      "0 errors, 1 warning in 4 files\n"},
     {"AThresholdWithTextBehindIt",
      {{kPositioning, "\"triggersNeeded\" value=\"1\"", "\"triggersNeeded\" value=\"2x\""},
