@@ -9,6 +9,7 @@
 #include "Common/database/ConfigurationFormat.h"
 
 #include <algorithm>
+#include <cstring>
 #include <sstream>
 
 namespace Faultkeeper::Apps
@@ -16,9 +17,54 @@ namespace Faultkeeper::Apps
 
 namespace
 {
+// All characters that count as white space, in UTF-8.
+const char* const kBlanks[] = {" ",
+                               "\t",
+                               "\n",
+                               "\r",
+                               "\xC2\x85",
+                               "\xC2\xA0",
+                               "\xE1\x9A\x80",
+                               "\xE2\x80\x80",
+                               "\xE2\x80\x81",
+                               "\xE2\x80\x82",
+                               "\xE2\x80\x83",
+                               "\xE2\x80\x84",
+                               "\xE2\x80\x85",
+                               "\xE2\x80\x86",
+                               "\xE2\x80\x87",
+                               "\xE2\x80\x88",
+                               "\xE2\x80\x89",
+                               "\xE2\x80\x8A",
+                               "\xE2\x80\xA8",
+                               "\xE2\x80\xA9",
+                               "\xE2\x80\xAF",
+                               "\xE2\x81\x9F",
+                               "\xE3\x80\x80"};
+
+/// Bytes of the blank that starts at a position; 0 if there is none.
+std::size_t BlankBytes(const std::string& text, std::size_t start)
+{
+    for (const char* const blank : kBlanks)
+    {
+        const std::size_t bytes = std::strlen(blank);
+        if (text.compare(start, bytes, blank) == 0)
+            return bytes;
+    }
+    return 0;
+}
+
 bool IsBlank(const std::string& text)
 {
-    return std::all_of(text.begin(), text.end(), [](char c) { return c == ' ' || c == '\n' || c == '\t'; });
+    std::size_t end = 0;
+    while (end < text.size())
+    {
+        const std::size_t bytes = BlankBytes(text, end);
+        if (bytes == 0)
+            return false;
+        end += bytes;
+    }
+    return true;
 }
 
 int WidestLine(const std::string& text)

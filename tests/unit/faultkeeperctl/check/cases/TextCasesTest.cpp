@@ -64,6 +64,18 @@ const SCheckCase kTextCases[] = {
      {{kCan, "\"Check the fuse.\"", "\"  \""}},
      "can.xml:7:31: warning: the text \"solution\" has nothing but blanks in it\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"ATextOfBlanksThatDoNotBreak",
+     {{kCan, "\"Check the fuse.\"", "\"&#xA0; &#x202F;\""}},
+     "can.xml:7:31: warning: the text \"solution\" has nothing but blanks in it\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextOfWideBlanks",
+     {{kCan, "\"Check the fuse.\"", "\"\u3000&#x2003;&#x205F;\""}},
+     "can.xml:7:31: warning: the text \"solution\" has nothing but blanks in it\n"
+     "0 errors, 1 warning in 4 files\n"},
+    {"ATextOfLineEnds",
+     {{kCan, "\"Check the fuse.\"", "\"&#13;&#10;&#x85;&#x2028;\""}},
+     "can.xml:7:31: warning: the text \"solution\" has nothing but blanks in it\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"ATextWithATag",
      {{kCan, "\"Check the fuse.\"", "\"Check the &lt;b>fuse&lt;/b>.\""}},
      "can.xml:7:31: warning: the text \"solution\" has markup in it, which screens show as it stands: "
