@@ -300,30 +300,36 @@ TEST_F(StateKeyModelTest, AChainOf400HasABitForEachLinkAndComesBack)
 
 // ---- The way round
 
-class StateKeyCircleTest : public StateKeyModelTest, public testing::WithParamInterface<int>
+/// How many errors lead to a circle, and how many it has.
+class StateKeyCircleTest : public StateKeyModelTest, public testing::WithParamInterface<std::pair<int, int>>
 {
 };
 
-TEST_P(StateKeyCircleTest, ATreeTurnsBackWhereItBeganAndSoDoesTheOneThatComesBack)
+TEST_P(StateKeyCircleTest, ATreeTurnsBackWhereItHasBeenAndSoDoesTheOneThatComesBack)
 {
-    const int circle = GetParam();
+    const auto [lead, circle] = GetParam();
+    const int count = lead + circle;
     std::vector<Support::STestError> errors;
     std::vector<int> all;
     std::string lines;
-    for (int number = 0; number < circle; ++number)
+    for (int number = 0; number < count; ++number)
     {
-        errors.push_back(Node(number, {Set({(number + 1) % circle})}));
+        errors.push_back(Node(number, {Set({number + 1 < count ? number + 1 : lead})}));
         all.push_back(number);
         lines += NumberedErrors::Name(number) + "\n";
     }
     Load(errors);
     Activate(all);
     const std::string key = Tree(0).stateKey;
-    EXPECT_EQ(key, Packed("0000000000" + std::string(static_cast<std::size_t>(circle), '1')));
+    EXPECT_EQ(key, Packed("0000000000" + std::string(static_cast<std::size_t>(count), '1')));
     Activate({});
-    EXPECT_EQ(Rebuilt(key).lines, lines + NumberedErrors::Name(0) + "\n");
+    EXPECT_EQ(Rebuilt(key).lines, lines + NumberedErrors::Name(lead) + "\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(Errors, StateKeyCircleTest, testing::Values(2, 32, 33, 34, 100));
+INSTANTIATE_TEST_SUITE_P(Errors, StateKeyCircleTest,
+                         testing::Values(std::pair(0, 2), std::pair(0, 32), std::pair(0, 33),
+                                         std::pair(0, 34), std::pair(0, 100), std::pair(30, 2),
+                                         std::pair(31, 2), std::pair(32, 2), std::pair(33, 2),
+                                         std::pair(60, 40)));
 
 } // namespace
