@@ -1,5 +1,7 @@
 #include "faultkeeperctl/check/ConfigurationModel.h"
 
+#include "Common/database/ConfigurationFormat.h"
+
 #include <algorithm>
 
 namespace Faultkeeper::Apps
@@ -62,6 +64,11 @@ bool SConfigurationModel::LeadsNowhere(const SReference& reference) const
 {
     return !reference.doubtful && !reference.toItself && reference.target == kNoError &&
            !MayExist(reference.id);
+}
+
+bool STriggerSetModel::DoubtsWhatClears() const
+{
+    return Doubts(ConfigurationFormat::kAutoTrigger) || Doubts(ConfigurationFormat::kTriggersNeeded);
 }
 
 bool SConfigurationModel::IsCertain(const STriggerSetModel& set) const

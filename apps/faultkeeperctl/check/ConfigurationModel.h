@@ -52,6 +52,9 @@ struct STriggerSetModel
 
     /// Was something told of the option, so that its setting is not known?
     bool Doubts(const char* option) const { return doubtful.count(option) != 0; }
+
+    /// Is it in doubt what raises and clears its error? How it links texts does not matter to that.
+    bool DoubtsWhatClears() const;
     /// The errors that are linked, in order; one named twice stands twice.
     std::vector<std::size_t> Linked() const;
 };

@@ -43,19 +43,25 @@ void CHierarchy::Sort()
     }
 }
 
-bool CHierarchy::KnowsAllSets() const
+/// @param known  is it known of this set, whose triggers are, by which options it acts?
+template <typename Known> bool CHierarchy::KnowsAllSets(const Known& known) const
 {
-    const auto known = [this](const STriggerSetModel& set)
-    { return m_model.IsCertain(set) && set.doubtful.empty(); };
+    const auto whole = [&](const STriggerSetModel& set) { return m_model.IsCertain(set) && known(set); };
     return m_model.KnowsAllLinks() &&
            std::all_of(m_model.errors.begin(), m_model.errors.end(),
-                       [&known](const SDefinition& error)
-                       { return std::all_of(error.sets.begin(), error.sets.end(), known); });
+                       [&whole](const SDefinition& error)
+                       { return std::all_of(error.sets.begin(), error.sets.end(), whole); });
+}
+
+bool CHierarchy::KnowsWhatClears() const
+{
+    return KnowsAllSets([](const STriggerSetModel& set) { return !set.DoubtsWhatClears(); });
 }
 
 bool CHierarchy::Certain() const
 {
-    return m_fromLeaves.size() == m_triggers.size() && KnowsAllSets() &&
+    return m_fromLeaves.size() == m_triggers.size() &&
+           KnowsAllSets([](const STriggerSetModel& set) { return set.doubtful.empty(); }) &&
            std::all_of(m_model.errors.begin(), m_model.errors.end(),
                        [](const SDefinition& error) { return error.identified && error.meantMode < 0; });
 }

@@ -37,12 +37,14 @@ public:
     /// All errors from the leaves upward, each behind its triggers, but for those on a cycle or above one.
     const Errors& FromLeaves() const { return m_fromLeaves; }
 
-    /// Is it known of all errors which triggers they have and by which options?
-    bool KnowsAllSets() const;
-    /// The same, and are all errors there that were meant, and are there no cycles?
+    /// Is it known of all errors what raises and clears them?
+    bool KnowsWhatClears() const;
+    /// Is it known of all errors which triggers they have and by which options, are all there that were
+    /// meant, and are there no cycles?
     bool Certain() const;
 
 private:
+    template <typename Known> bool KnowsAllSets(const Known& known) const;
     void Sort();
 
     const SConfigurationModel& m_model;

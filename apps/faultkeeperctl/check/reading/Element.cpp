@@ -156,7 +156,7 @@ bool CElement::HasMisspelled(const char* attribute) const
                        {
                            const std::string& name = there.first;
                            return std::find(names.begin(), names.end(), name) == names.end() &&
-                                  NearestName(name, names) == attribute;
+                                  !BelongsToXml(name) && NearestName(name, names) == attribute;
                        });
 }
 

@@ -40,7 +40,7 @@ std::vector<SAutomatic> AutomaticSets(const CHierarchy& hierarchy, std::size_t e
     {
         if (!set.model->autoTrigger)
             continue;
-        if (!hierarchy.Model().IsCertain(*set.model) || !set.model->doubtful.empty() || set.triggers.empty())
+        if (!hierarchy.Model().IsCertain(*set.model) || set.model->DoubtsWhatClears() || set.triggers.empty())
             return {};
         SAutomatic automatic = {&set, set.triggers};
         Errors& members = automatic.members;
@@ -240,7 +240,7 @@ private:
 
 void CheckClearing(const CHierarchy& hierarchy, CFindings& findings)
 {
-    const bool allSets = hierarchy.KnowsAllSets(); // by one that is not known a trigger may clear more
+    const bool allSets = hierarchy.KnowsWhatClears(); // by a set that is not known a trigger may clear more
     for (std::size_t error = 0; error < hierarchy.Model().errors.size(); ++error)
     {
         const std::vector<SAutomatic> sets = AutomaticSets(hierarchy, error);

@@ -276,6 +276,12 @@ const SCheckCase kLinkCases[] = {
      "positioning.xml:11:11: warning: \"Positioning:GPS:Communications:9\" raises the error by this "
      "automatic set, but does not stand in the one in line 23: clearing it does not clear the error\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"TwoAutomaticSetsOneOfWhichRaisesAloneBesideAMisspelledLinking",
+     {SecondSetOfBus(), {kPositioning, "value=\"verbose\"", "value=\"verbos\""}},
+     "positioning.xml:11:11: warning: \"Positioning:GPS:Communications:9\" raises the error by this "
+     "automatic set, but does not stand in the one in line 23: clearing it does not clear the error\n"
+     "positioning.xml:15:43: warning: unknown way of linking \"verbos\"; did you mean \"verbose\"?\n"
+     "0 errors, 2 warnings in 4 files\n"},
     {"ASetThatIsNotAutomaticAndNeverShown",
      {SatellitesNotVisible(),
       {kPositioning, "name=\"autoTrigger\" value=\"yes\"", "name=\"autoTrigger\" value=\"no\""}},

@@ -36,6 +36,10 @@ const SCheckCase kNameCases[] = {
      {{kPatterns, "fixedCode=\"P-2\"", "fixCode=\"P-2\""}},
      "ErrorPatterns.xml:7:14: warning: unknown attribute \"fixCode\"; did you mean \"fixedCode\"?\n"
      "0 errors, 1 warning in 4 files\n"},
+    {"APatternWhoseCodeBelongsToSomebodyElse",
+     {{kPatterns, "fixedCode=\"P-2\"", "x:fixedCode=\"P-2\""}},
+     "ErrorPatterns.xml:7:5: warning: this \"pattern\" has no \"fixedCode\" and is not read\n"
+     "0 errors, 1 warning in 4 files\n"},
     {"ACodeUnderANameThatNobodyCouldMean",
      {{kPatterns, "fixedCode=\"P-2\"", "number=\"P-2\""}},
      "ErrorPatterns.xml:7:5: warning: this \"pattern\" has no \"fixedCode\" and is not read\n"
