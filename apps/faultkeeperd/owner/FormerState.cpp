@@ -203,7 +203,7 @@ std::vector<STransition> TakeTable(SFormerState& former, const std::vector<SErro
         newer = newer || Progress(error.entry, record) != 0;
         if (MovedOn(error.entry, record, continued))
             former.orphans.erase(place->first);
-        if (comparison.sameBoot && (!continued || Progress(error.entry, record) != 0))
+        if (!continued || Progress(error.entry, record) != 0)
             AddMissed(missed, error.entry, record);
         error = continued ? Continued(error, record) : Added(error, record);
     }

@@ -69,6 +69,18 @@ TEST_F(FormerState, OfAStoreThatMissedThisBootIsCompletedFromTheTable)
     EXPECT_EQ(m_former.errors.at(0).entry.raisedTime, Core::Time(1000));
 }
 
+TEST_F(FormerState, OfAStoreThatMissedThisBootIsToldToItsJournal)
+{
+    LeaveStore("boot before", "c");
+    LeaveTable();
+    Found();
+    const std::vector<STransition> transitions = Keeper().Journal(0, 10);
+    ASSERT_EQ(transitions.size(), 1u);
+    EXPECT_EQ(Id(transitions[0].problemCode, transitions[0].problemType), kDataSensor);
+    EXPECT_TRUE(transitions[0].raised);
+    EXPECT_EQ(transitions[0].reason, eorTable);
+}
+
 TEST_F(FormerState, OfAStoreThatAnOwnerReadButCouldNotWriteIsNotCountedTwice)
 {
     LeaveStore("boot before", "c");
