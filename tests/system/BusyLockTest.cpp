@@ -240,6 +240,37 @@ TEST_F(BusyLock, IsNotWaitedForAnyLongerByAnOwnerThatIsToldTwiceToEnd)
     EXPECT_TRUE(holder.Release());
 }
 
+TEST_F(BusyLock, ThatIsFreeAgainIsTakenOnceMoreByAnOwnerThatIsToldTwiceToEnd)
+{
+    const auto owner = StartOwner({"--state", "none"});
+    CLockHolder holder;
+    const auto reporter = StartReporter("confirm raise 0x40C09 9");
+    ASSERT_TRUE(owner->SaysInTime("which does not let go; changes wait\n"));
+    owner->Process().Signal(SIGSTOP);
+    EXPECT_TRUE(holder.Release());
+    for (const int signal : {SIGTERM, SIGINT, SIGCONT})
+        owner->Process().Signal(signal);
+    EXPECT_EQ(owner->Wait(), 0);
+    EXPECT_EQ(Record(kLinkSensor).flags, kRaisedFlag);
+}
+
+TEST_F(BusyLock, ThatIsHeldFromTheStartIsNoMatterWhereThereIsNoFormerState)
+{
+    {
+        const auto former = StartOwner({"--state", "none"});
+        former->Process().Signal(SIGTERM);
+        EXPECT_EQ(former->Wait(), 0);
+    }
+    CLockHolder holder(m_directory);
+    const auto owner =
+        RunOwner({"--config", Configuration(), "--run-dir", m_directory.Path(), "--state", "none"});
+    ASSERT_TRUE(holder.Holds());
+    owner->Process().Signal(SIGTERM);
+    EXPECT_EQ(owner->Wait(), 0);
+    EXPECT_THAT(owner->Errors(), Not(HasSubstr("warning")));
+    EXPECT_TRUE(holder.Release());
+}
+
 TEST_F(BusyLock, ThatIsHeldFromTheStartLeavesTheFormerStateInTheStore)
 {
     const auto owner = HoldUp({});

@@ -160,6 +160,12 @@ void COwner::Publish(Clock::time_point now)
     m_recorder.HandOver();
 }
 
+void COwner::Withdraw()
+{
+    m_publisher.Withdraw();
+    m_pause.Succeeded();
+}
+
 bool COwner::PublishChanges()
 {
     return m_publisher.Publish() && (!m_recorder.WantsTimes() || TakeTimes());

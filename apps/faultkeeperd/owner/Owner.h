@@ -71,8 +71,12 @@ public:
 
     const CPublisher& Publisher() const { return m_publisher; }
 
-    /// From here on the table is declared not ready as soon as everything is published.
-    void Withdraw() { m_publisher.Withdraw(); }
+    /// From here on the table is declared not ready as soon as everything is published. The next Publish
+    /// tries that whatever pause there is.
+    void Withdraw();
+
+    /// Has the table all there is, and the keeper its times?
+    bool Settled() const { return m_publisher.Done() && !m_recorder.WantsTimes(); }
 
 private:
     void ErrorRaised(int problemCode, int problemType) override;

@@ -236,7 +236,7 @@ void CService::PublishLast()
     for (Clock::time_point now = Clock::now(); now < deadline && input.revents == 0; now = Clock::now())
     {
         m_owner->Publish(now);
-        if (m_owner->Publisher().Done() || m_owner->Failed())
+        if (m_owner->Settled() || m_owner->Failed())
             return;
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - now).count();
         if (!WaitForInput(&input, 1, Sooner(m_owner->MillisecondsToPublish(now), static_cast<int>(left))))
@@ -277,11 +277,11 @@ bool CService::TellEnd()
     }
     if (m_owner->Publisher().Done())
         m_claim.Unmark();
-    else // displays see by the claim that this owner has gone
-        LogWarning(m_owner->Publisher().Ready()
-                       ? "the lock stays busy: the shared table could not be declared not ready"
-                       : "the lock stays busy: the shared table is empty and was never declared ready; the "
-                         "former state stays in the store");
+    else if (m_owner->Publisher().Ready()) // displays see by the claim that this owner has gone
+        LogWarning("the lock stays busy: the shared table could not be declared not ready");
+    else if (m_owner->Publisher().Waiting() > 0)
+        LogWarning("the lock stays busy: the shared table is empty and was never declared ready; the former "
+                   "state stays in the store");
     LogInfo("ended");
     return true;
 }
