@@ -1,9 +1,9 @@
+#include "support/EveryCase.h"
 #include "unit/Common/models/LinkedDatabase.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <functional>
 #include <string>
 
@@ -29,8 +29,7 @@ constexpr int kLargestThreshold = 3;
 
 bool Full()
 {
-    const char* const wish = std::getenv("FAULTKEEPER_TEST_FULL");
-    return wish == nullptr ? FAULTKEEPER_TEST_EVERY_CASE : std::string(wish) == "1";
+    return Support::EveryCase(FAULTKEEPER_TEST_EVERY_CASE);
 }
 
 /// All sets of some of the errors whose bits are set.

@@ -1,6 +1,7 @@
 #include "StoreFixture.h"
 
 #include "common/text/ErrorNames.h"
+#include "support/EveryCase.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -19,12 +20,6 @@ using namespace StoreFixture;
 
 namespace
 {
-
-bool Full()
-{
-    const char* const wish = std::getenv("FAULTKEEPER_TEST_FULL");
-    return wish != nullptr && wish[0] != '\0';
-}
 
 /// How many bytes lie between one cut and the next, unless the environment says otherwise.
 std::size_t TruncationStep(int usual)
@@ -208,7 +203,7 @@ TEST_F(StoreDamage, OneBitThatFlipsNeverGivesWhatWasNotWritten)
     Store(1);
     const std::string whole = ReadFile(Settings().path);
     const std::vector<std::string> written = Look().lines;
-    for (std::size_t bit = 0; bit < whole.size() * 8; bit += Full() ? 1 : 101)
+    for (std::size_t bit = 0; bit < whole.size() * 8; bit += Support::EveryCase(false) ? 1 : 101)
     {
         SCOPED_TRACE(bit);
         const SSeen seen = ExpectHonest(Flipped(whole, bit), written);
@@ -230,7 +225,8 @@ TEST_F(StoreDamage, OneBitThatFlipsInWhatARowSaysCostsNoOtherRow)
     {
         for (std::size_t at = whole.find(said); at != std::string::npos; at = whole.find(said, at + 1))
         {
-            for (std::size_t bit = at * 8; bit < (at + said.size()) * 8; bit += Full() ? 1 : 5)
+            for (std::size_t bit = at * 8; bit < (at + said.size()) * 8;
+                 bit += Support::EveryCase(false) ? 1 : 5)
             {
                 SCOPED_TRACE(bit);
                 const SSeen seen = ExpectHonest(Flipped(whole, bit), written);
@@ -320,7 +316,7 @@ TEST_F(KilledStore, WhoseLogIsCutAtAnyByteIsTheStateBeforeOrAfterTheCommit)
 
 TEST_F(KilledStore, InWhoseLogABitFlipsIsTheStateBeforeOrAfterTheCommit)
 {
-    for (std::size_t bit = 0; bit < m_log.size() * 8; bit += Full() ? 1 : 211)
+    for (std::size_t bit = 0; bit < m_log.size() * 8; bit += Support::EveryCase(false) ? 1 : 211)
     {
         SCOPED_TRACE(bit);
         ExpectBeforeOrAfter(Flipped(m_log, bit));
