@@ -122,6 +122,11 @@ SEdit SatellitesWithTheirOwnTitle()
     return {kPositioning, "value=\"trigger\"", "value=\"parent\""};
 }
 
+SEdit SatellitesWithoutReceiver()
+{
+    return {kPositioning, "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n", ""};
+}
+
 SEdit SecondSetOfBus()
 {
     return {kPositioning,

@@ -44,6 +44,8 @@ SEdit BusVisible();
 SEdit SatellitesWithoutBus(); ///< as a trigger
 SEdit SatellitesNotVisible();
 SEdit SatellitesWithTheirOwnTitle();
+/// The first set without its first trigger, the silent receiver.
+SEdit SatellitesWithoutReceiver();
 /// Another automatic set behind the first, of the bus alone.
 SEdit SecondSetOfBus();
 /// The first pattern, without its second error.

@@ -48,7 +48,7 @@ const char* const kUnknownSubModuleInCan =
 const SCheckCase kGuessCases[] = {
     {"AnUnknownNameNearTheErrorThatHoldsIt",
      {{kPositioning, "CAN:Bus:Power:4", "Positioning:GSP:No Data:2"},
-      {kPositioning, "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n", ""},
+      SatellitesWithoutReceiver(),
       PatternOfSatellitesOnly()},
      "positioning.xml:19:24: error: unknown sub-module \"GSP\" in an id; did you mean \"GPS\"? [rule 305: "
      "subModuleId != esmiUnknown]\n"

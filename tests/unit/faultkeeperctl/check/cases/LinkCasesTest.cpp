@@ -59,7 +59,7 @@ const SCheckCase kLinkCases[] = {
      "0 errors, 1 warning in 4 files\n"},
     {"OnlyASelfLink",
      {{kPositioning, "CAN:Bus:Power:4", "Positioning:GPS:No Data:2"},
-      {kPositioning, "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n", ""},
+      SatellitesWithoutReceiver(),
       PatternOfSatellitesOnly()},
      "positioning.xml:11:11: warning: this \"TriggerSet\" is left without triggers: none names another "
      "error\n"
@@ -239,7 +239,7 @@ const SCheckCase kLinkCases[] = {
      "the error is never cleared by its triggers\n"
      "0 errors, 2 warnings in 4 files\n"},
     {"TwoAutomaticSetsOneOfWhichOnlyLinksToItself",
-     {{kPositioning, "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n", ""},
+     {SatellitesWithoutReceiver(),
       {kPositioning, "CAN:Bus:Power:4", "Positioning:GPS:No Data:2"},
       SecondSetOfBus(),
       PatternOfSatellitesOnly()},
@@ -249,7 +249,7 @@ const SCheckCase kLinkCases[] = {
      "is skipped\n"
      "0 errors, 2 warnings in 4 files\n"},
     {"TwoAutomaticSetsOneOfWhichNamesOnlyWhatIsNotDefined",
-     {{kPositioning, "              <Trigger id=\"Positioning:GPS:Communications:9\"/>\n", ""},
+     {SatellitesWithoutReceiver(),
       {kPositioning, "CAN:Bus:Power:4", "Service:Navigation:Initialisation:11"},
       SecondSetOfBus(),
       PatternOfSatellitesOnly()},
